@@ -1,0 +1,126 @@
+// Times the kernels of its own build for a program of another build. Lines on the standard input:
+//   FAMILY METHOD WIDTHxHEIGHT WIDTHxHEIGHT [set=NAME]   selects the work; answers "ready"
+//   round                                                answers nanoseconds per call of one round
+// for instance "RGB24 bilinear 1920x1080 1280x720 set=ssse3". What cannot be done is answered with
+// "error" and a reason.
+
+#include <cstdio>
+#include <iostream>
+#include <optional>
+#include <sstream>
+#include <string>
+
+#include "bench/scaling.h"
+#include "bench/stopwatch.h"
+#include "bench/workloads.h"
+#include "resample/kernel_table.h"
+#include "resample/row_ops.h"
+
+namespace tavo::bench {
+namespace {
+
+// What "set=" can ask for: a processor level, and the row operations that its members run on.
+struct ForcedSet {
+    const char* name;
+    int cpuLevel;
+    InstructionSet set;
+};
+constexpr ForcedSet kForcedSets[] = {
+    {"portable", 0, InstructionSet::Portable}, {"mmx", 1, InstructionSet::Mmx},
+    {"sse", 2, InstructionSet::Mmx},           {"ssse3", 2, InstructionSet::Ssse3},
+    {"avx2", 2, InstructionSet::Avx2},
+};
+
+// Gives the reason where it fails, otherwise nothing.
+std::string ForceSet(const std::string& name) {
+    if (name == "auto") {
+        FillKernelTable();
+        return {};
+    }
+    for (const ForcedSet& forced : kForcedSets) {
+        if (name != forced.name) continue;
+        if (!CanRun(forced.set)) return "this processor cannot run " + name;
+        FillKernelTable(forced.cpuLevel, 0);
+        ChooseRowOps(forced.set);
+        return {};
+    }
+    return "there is no instruction set " + name;
+}
+
+bool ReadSize(std::istream& in, int32_t& width, int32_t& height) {
+    char by = 0;
+    return (in >> width >> by >> height) && by == 'x' && width > 0 && height > 0;
+}
+
+std::optional<Case> ReadCase(std::istream& in) {
+    std::string family, method;
+    Sizes sizes{};
+    if (!(in >> family >> method) || !ReadSize(in, sizes.srcWidth, sizes.srcHeight) ||
+        !ReadSize(in, sizes.dstWidth, sizes.dstHeight)) {
+        return std::nullopt;
+    }
+    for (const FamilyInfo& info : kFamilies) {
+        if (family != info.name) continue;
+        for (const Method known : {Method::Bilinear, Method::Nearest, Method::Copy}) {
+            if (method == NameOf(known)) return Case{info.family, known, sizes};
+        }
+    }
+    return std::nullopt;
+}
+
+KernelSlot SlotOf(Method method) { return method == Method::Nearest ? SlotNearestAuto : SlotAuto; }
+
+class Kernel {
+  public:
+    explicit Kernel(const Case& work) : scaling_(work.Info(), work.sizes) {
+        entry_ = KernelTable[scaling_.Row()][SlotOf(work.method)];
+    }
+
+    bool IsReady() const { return scaling_.IsReady(); }
+    void operator()() const { scaling_.Run(entry_); }
+
+  private:
+    Scaling scaling_;
+    KernelEntry entry_;
+};
+
+class Worker {
+  public:
+    std::string Answer(const std::string& line) {
+        if (line != "round") return Select(line);
+        if (!stopwatch_) return "error nothing is selected";
+        char text[32];
+        std::snprintf(text, sizeof text, "%.1f", stopwatch_->Round());
+        return text;
+    }
+
+  private:
+    std::string Select(const std::string& line) {
+        stopwatch_.reset();
+        std::istringstream in(line);
+        const std::optional<Case> work = ReadCase(in);
+        if (!work) return "error this is no work: " + line;
+        std::string option;
+        in >> option;
+        if (!option.empty() && option.rfind("set=", 0) != 0) return "error no option: " + option;
+        const std::string failure = ForceSet(option.empty() ? "auto" : option.substr(4));
+        if (!failure.empty()) return "error " + failure;
+        Kernel kernel(*work);
+        if (!kernel.IsReady()) return "error out of memory";
+        stopwatch_.emplace(std::move(kernel));
+        return "ready";
+    }
+
+    std::optional<Stopwatch<Kernel>> stopwatch_;
+};
+
+}  // namespace
+}  // namespace tavo::bench
+
+int main() {
+    tavo::bench::Worker worker;
+    for (std::string line; std::getline(std::cin, line);) {
+        std::cout << worker.Answer(line) << std::endl;
+    }
+    return 0;
+}

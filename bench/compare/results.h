@@ -1,0 +1,64 @@
+// What one run has measured, and what follows from it.
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "bench/workloads.h"
+
+namespace tavo::bench {
+
+// Our own contestants.
+enum Build { Build64, Build32, Ssse3Build64, Ssse3Build32 };
+inline constexpr int kBuilds = 4;
+inline constexpr const char* kBuildNames[kBuilds] = {"64-bit", "32-bit", "64-bit SSSE3",
+                                                     "32-bit SSSE3"};
+
+// Median nanoseconds per picture. 0 stands for what was not measured.
+struct PeerTime {
+    size_t peer;  // index into Results::peerNames
+    std::string setting;
+    double nanoseconds;
+};
+
+struct CaseResult {
+    Case work;
+    double ours[kBuilds] = {};
+    double memory = 0;
+    std::vector<PeerTime> peers;
+
+    // The fastest way of one peer, or of all of them; null where there is none.
+    const PeerTime* BestOf(size_t peer) const;
+    const PeerTime* Best() const;
+
+    // How many times faster than the best peer.
+    double Ratio(Build build) const;
+    // Time as a multiple of the memory limit's.
+    double TimeToMemory(Build build) const;
+};
+
+struct Results {
+    std::string processor;
+    std::string set;  // the instruction set that our kernels are held to, or "auto"
+    int rounds = 0;
+    std::vector<std::string> peerNames;
+    std::vector<CaseResult> cases;
+
+    // Geometric mean of the ratios that were measured, of the cases that are chosen; 0 if none was.
+    template <typename Choose>
+    double MeanRatio(Build build, Choose choose) const {
+        std::vector<double> ratios;
+        for (const CaseResult& result : cases) {
+            if (choose(result.work)) ratios.push_back(result.Ratio(build));
+        }
+        return GeometricMean(ratios);
+    }
+    static double GeometricMean(const std::vector<double>& values);
+};
+
+// "RGB24 bilinear both 1920x1080 > 1280x720"
+std::string TextOf(const Case& work);
+std::string TextOf(const Sizes& sizes);
+
+}  // namespace tavo::bench

@@ -1,0 +1,53 @@
+// One case done by the kernels of this project, called as the filter calls them.
+
+#pragma once
+
+#include <memory>
+
+#include "bench/picture.h"
+#include "bench/workloads.h"
+#include "resample/axis_map.h"
+#include "resample/kernel_table.h"
+
+namespace tavo::bench {
+
+class Scaling {
+  public:
+    Scaling(const FamilyInfo& family, const Sizes& sizes)
+        : row_(family.RowFor(sizes)),
+          bitsPerPixel_(family.bitsPerPixel),
+          sizes_(sizes),
+          src_(family.Stride(sizes.srcWidth), sizes.srcHeight),
+          dst_(family.Stride(sizes.dstWidth), sizes.dstHeight),
+          xMap_(BuildAxisMap(sizes.srcWidth, sizes.dstWidth, 0)),
+          yMap_(BuildAxisMap(sizes.srcHeight, sizes.dstHeight, 0)) {}
+
+    bool IsReady() const { return xMap_ && yMap_; }
+    int32_t Row() const { return row_; }
+    size_t Bytes() const { return src_.Bytes() + dst_.Bytes(); }
+
+    void Run(const KernelEntry& entry) const {
+        if (row_ < kFirstScaleRow) {
+            entry.copy(dst_.Data(), src_.Data(), sizes_.dstWidth, sizes_.dstHeight, bitsPerPixel_);
+        } else {
+            entry.scale(dst_.Data(), src_.Data(), sizes_.dstWidth, sizes_.dstHeight,
+                        sizes_.srcWidth, sizes_.srcHeight, xMap_.get(), yMap_.get());
+        }
+    }
+
+  private:
+    struct FreeMap {
+        void operator()(AxisMap* map) const { FreeAxisMap(map); }
+    };
+    using OwnedMap = std::unique_ptr<AxisMap, FreeMap>;
+
+    int32_t row_;
+    int32_t bitsPerPixel_;
+    Sizes sizes_;
+    Picture src_;
+    Picture dst_;
+    OwnedMap xMap_;
+    OwnedMap yMap_;
+};
+
+}  // namespace tavo::bench

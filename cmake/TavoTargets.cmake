@@ -1,0 +1,58 @@
+# What every target of this project is compiled with, and the two ways to declare one.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE Release)
+endif()
+
+if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+    set(TAVO_32BIT ON)
+else()
+    set(TAVO_32BIT OFF)
+endif()
+
+add_library(tavo_options INTERFACE)
+target_include_directories(tavo_options INTERFACE "${PROJECT_SOURCE_DIR}")
+if(MSVC)
+    target_compile_options(tavo_options INTERFACE /W4 /utf-8 /permissive-)
+    target_compile_definitions(tavo_options INTERFACE NOMINMAX)
+else()
+    target_compile_options(tavo_options INTERFACE -Wall -Wextra -Werror)
+    if(TAVO_32BIT)
+        # Windows enters 32-bit code with a stack aligned to 4 bytes only.
+        target_compile_options(tavo_options INTERFACE -mstackrealign)
+    endif()
+endif()
+if(WIN32)
+    target_compile_definitions(tavo_options INTERFACE
+        UNICODE _UNICODE WINVER=0x0601 _WIN32_WINNT=0x0601)
+    if(MINGW)
+        # One file to install: no run-time library beside the module.
+        target_link_options(tavo_options INTERFACE -static)
+    endif()
+endif()
+if(TAVO_SANITIZE)
+    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
+        -fno-omit-frame-pointer)
+    add_link_options(-fsanitize=address,undefined)
+endif()
+
+# tavo_library(NAME SOURCES...): a static library of product code.
+function(tavo_library name)
+    add_library(${name} STATIC ${ARGN})
+    target_link_libraries(${name} PUBLIC tavo_options)
+endfunction()
+
+# tavo_test(NAME SOURCES... [LIBS libraries...]): a GoogleTest program, run by ctest as one test.
+function(tavo_test name)
+    cmake_parse_arguments(arg "" "" "LIBS" ${ARGN})
+    add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
+    target_link_libraries(${name} PRIVATE ${arg_LIBS} GTest::gtest_main tavo_options)
+    target_precompile_headers(${name} REUSE_FROM tavo_test_headers)
+    add_test(NAME ${name} COMMAND ${name})
+    set_tests_properties(${name} PROPERTIES TIMEOUT 600)
+endfunction()

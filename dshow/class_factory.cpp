@@ -1,0 +1,57 @@
+// CClassFactory.
+
+#include "dshow/class_factory.h"
+
+#include "dshow/helpers.h"
+
+volatile LONG CClassFactory::m_locks = 0;
+
+CClassFactory::CClassFactory(const CFactoryTemplate* pTemplate)
+    : CBaseObject(NAME("CClassFactory")), m_template(pTemplate) {}
+
+bool CClassFactory::IsLocked() { return m_locks > 0; }
+
+STDMETHODIMP CClassFactory::QueryInterface(REFIID riid, void** ppv) {
+    CheckPointer(ppv, E_POINTER);
+    if (riid == IID_IUnknown || riid == IID_IClassFactory) {
+        return GetInterface(static_cast<IClassFactory*>(this), ppv);
+    }
+    *ppv = nullptr;
+    return E_NOINTERFACE;
+}
+
+STDMETHODIMP_(ULONG) CClassFactory::AddRef() { return InterlockedIncrement(&m_cRef); }
+
+STDMETHODIMP_(ULONG) CClassFactory::Release() {
+    const LONG count = InterlockedDecrement(&m_cRef);
+    if (count == 0) delete this;
+    return count;
+}
+
+STDMETHODIMP CClassFactory::CreateInstance(LPUNKNOWN pUnkOuter, REFIID riid, void** ppv) {
+    CheckPointer(ppv, E_POINTER);
+    *ppv = nullptr;
+    if (pUnkOuter && riid != IID_IUnknown) return E_NOINTERFACE;
+
+    HRESULT hr = NOERROR;
+    CUnknown* object = m_template->CreateInstance(pUnkOuter, &hr);
+    if (!object) return FAILED(hr) ? hr : E_OUTOFMEMORY;
+    if (FAILED(hr)) {
+        delete object;
+        return hr;
+    }
+    // The reference held meanwhile makes a refused interface the end of the object.
+    object->NonDelegatingAddRef();
+    hr = object->NonDelegatingQueryInterface(riid, ppv);
+    object->NonDelegatingRelease();
+    return hr;
+}
+
+STDMETHODIMP CClassFactory::LockServer(BOOL lock) {
+    if (lock) {
+        InterlockedIncrement(&m_locks);
+    } else {
+        InterlockedDecrement(&m_locks);
+    }
+    return NOERROR;
+}

@@ -1,0 +1,141 @@
+// AMovieDllRegisterServer2: the classes of the module in the registry and in the filter mapper.
+
+#include "dshow/module_registration.h"
+
+#include <algorithm>
+#include <cwchar>
+#include <iterator>
+#include <memory>
+#include <new>
+
+#include "dshow/internal/com_ptr.h"
+#include "dshow/module.h"
+
+using tavo::dshow::ComPtr;
+
+namespace {
+
+constexpr WCHAR kClassRoot[] = L"CLSID\\";
+constexpr size_t kGuidCapacity = 39;  // characters of {...} and the final zero
+constexpr size_t kClassKeyCapacity = std::size(kClassRoot) - 1 + kGuidCapacity;
+// No path of a module is longer.
+constexpr DWORD kLongestPath = 32768;
+
+HRESULT ModulePath(std::unique_ptr<WCHAR[]>& path) {
+    for (DWORD capacity = 256; capacity <= kLongestPath; capacity *= 2) {
+        path.reset(new (std::nothrow) WCHAR[capacity]);
+        if (!path) return E_OUTOFMEMORY;
+        const DWORD length = GetModuleFileNameW(g_hInst, path.get(), capacity);
+        if (length == 0) {
+            const DWORD error = GetLastError();
+            return HRESULT_FROM_WIN32(error);
+        }
+        if (length < capacity) return NOERROR;
+    }
+    return HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER);
+}
+
+// "CLSID\{...}"
+struct ClassKey {
+    WCHAR text[kClassKeyCapacity];
+
+    explicit ClassKey(REFCLSID clsid) {
+        std::copy(std::begin(kClassRoot), std::end(kClassRoot), text);
+        StringFromGUID2(clsid, text + std::size(kClassRoot) - 1, kGuidCapacity);
+    }
+};
+
+// An open registry key.
+class Key {
+  public:
+    Key() = default;
+    Key(const Key&) = delete;
+    Key& operator=(const Key&) = delete;
+    ~Key() {
+        if (m_key) RegCloseKey(m_key);
+    }
+
+    HRESULT Create(HKEY parent, const WCHAR* name) {
+        const LSTATUS status = RegCreateKeyExW(parent, name, 0, nullptr, REG_OPTION_NON_VOLATILE,
+                                               KEY_WRITE, nullptr, &m_key, nullptr);
+        return HRESULT_FROM_WIN32(status);
+    }
+    // A null name is the default value.
+    HRESULT SetText(const WCHAR* name, const WCHAR* text) {
+        const auto bytes = static_cast<DWORD>((std::wcslen(text) + 1) * sizeof(WCHAR));
+        const LSTATUS status =
+            RegSetValueExW(m_key, name, 0, REG_SZ, reinterpret_cast<const BYTE*>(text), bytes);
+        return HRESULT_FROM_WIN32(status);
+    }
+    HKEY Get() const { return m_key; }
+
+  private:
+    HKEY m_key = nullptr;
+};
+
+HRESULT AddClass(const CFactoryTemplate& entry, const WCHAR* path) {
+    Key key;
+    HRESULT hr = key.Create(HKEY_CLASSES_ROOT, ClassKey(*entry.m_ClsID).text);
+    if (FAILED(hr)) return hr;
+    hr = key.SetText(nullptr, entry.m_Name);
+    if (FAILED(hr)) return hr;
+
+    Key server;
+    hr = server.Create(key.Get(), L"InprocServer32");
+    if (FAILED(hr)) return hr;
+    hr = server.SetText(nullptr, path);
+    if (FAILED(hr)) return hr;
+    return server.SetText(L"ThreadingModel", L"Both");
+}
+
+HRESULT AddClasses(const WCHAR* path) {
+    for (int i = 0; i < g_cTemplates; ++i) {
+        const HRESULT hr = AddClass(g_Templates[i], path);
+        if (FAILED(hr)) return hr;
+    }
+    return NOERROR;
+}
+
+// A key that is missing, or that may not be deleted, is no reason to stop.
+void RemoveClasses() {
+    for (int i = 0; i < g_cTemplates; ++i) {
+        RegDeleteTreeW(HKEY_CLASSES_ROOT, ClassKey(*g_Templates[i].m_ClsID).text);
+    }
+}
+
+HRESULT UpdateMapper(BOOL add) {
+    ComPtr<IFilterMapper2> mapper;
+    HRESULT hr = CoCreateInstance(CLSID_FilterMapper2, nullptr, CLSCTX_INPROC_SERVER,
+                                  IID_IFilterMapper2, mapper.PutVoid());
+    if (FAILED(hr)) return hr;
+    for (int i = 0; i < g_cTemplates; ++i) {
+        const AMOVIESETUP_FILTER* setup = g_Templates[i].m_pAMovieSetup_Filter;
+        if (!setup) continue;
+        hr = AMovieSetupRegisterFilter2(setup, mapper.Get(), add);
+        if (FAILED(hr)) return hr;
+    }
+    return NOERROR;
+}
+
+}  // namespace
+
+STDAPI AMovieDllRegisterServer2(BOOL bRegister) {
+    std::unique_ptr<WCHAR[]> path;
+    HRESULT hr = ModulePath(path);
+    if (FAILED(hr)) return hr;
+    if (bRegister) {
+        hr = AddClasses(path.get());
+        if (FAILED(hr)) return hr;
+    }
+
+    // A thread that has chosen another apartment already is as good, but is not ours to leave.
+    const bool entered = SUCCEEDED(CoInitialize(nullptr));
+    hr = UpdateMapper(bRegister);
+    CoFreeUnusedLibraries();
+    if (entered) CoUninitialize();
+    if (FAILED(hr)) return hr;
+
+    // The filters go out of the mapper before their classes go.
+    if (!bRegister) RemoveClasses();
+    return NOERROR;
+}

@@ -1,0 +1,186 @@
+// Choosing and calling the kernel for one frame.
+
+#include "filter/conversion.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "resample/axis_map.h"
+#include "resample/copy_kernels.h"
+#include "resample/kernel_table.h"
+
+namespace tavo {
+namespace {
+
+// Block copies move up to seven bytes past a picture.
+constexpr int64_t kSlack = 8;
+
+int32_t Change(int32_t source, int32_t output) {
+    return source > output ? -1 : source < output ? 1 : 0;
+}
+
+// The picture's planes in memory order. Offsets and heights come from magnitudes; the sign of the
+// height says how rows are stored in each plane.
+struct Planes {
+    int32_t width;
+    int32_t height;
+    int32_t shift;
+
+    explicit Planes(const Picture& picture)
+        : width(picture.width), height(picture.height), shift(picture.format->chromaShift) {}
+
+    ptrdiff_t Offset(int plane) const {
+        const ptrdiff_t luma = static_cast<ptrdiff_t>(width) * std::abs(height);
+        return plane == 0 ? 0 : luma + (plane - 1) * (luma >> (2 * shift));
+    }
+    int32_t Width(int plane) const { return plane == 0 ? width : width >> shift; }
+    int32_t Height(int plane) const {
+        const int32_t rows = plane == 0 ? std::abs(height) : std::abs(height) >> shift;
+        return height < 0 ? -rows : rows;
+    }
+};
+
+constexpr int kPlaneCount = 3;
+
+}  // namespace
+
+void AxisMapRelease::operator()(AxisMap* map) const { FreeAxisMap(map); }
+
+bool FrameBuffer::Allocate(int64_t bytes) {
+    data_.reset(new (std::nothrow) uint8_t[static_cast<size_t>(bytes + kSlack)]());
+    size_ = data_ ? static_cast<size_t>(bytes) : 0;
+    return data_ != nullptr;
+}
+
+Conversion::Conversion(const Picture& source, const Picture& output)
+    : source_(source), output_(output) {}
+
+std::unique_ptr<Conversion> Conversion::Build(const Picture& source, const Picture& output) {
+    std::unique_ptr<Conversion> conversion(new (std::nothrow) Conversion(source, output));
+    if (!conversion) return nullptr;
+    if (!output.format) return conversion;
+    conversion->horizontalChange_ = Change(source.width, output.width);
+    // Deliberate: heights are compared with the source's sign, against the output's magnitude. So a
+    // top-down source counts as smaller than any output.
+    conversion->verticalChange_ = Change(source.height, std::abs(output.height));
+    if (!conversion->BuildMaps() || !conversion->BuildBuffers()) return nullptr;
+    return conversion;
+}
+
+bool Conversion::BuildMaps() {
+    horizontalMap_.reset(BuildAxisMap(source_.width, output_.width, 0));
+    verticalMap_.reset(BuildAxisMap(source_.height, output_.height, 0));
+    if (!horizontalMap_ || !verticalMap_) return false;
+    if (output_.format->group != FormatGroup::Planar) return true;
+
+    const Planes source(source_);
+    const Planes output(output_);
+    const int32_t width = std::max(output.Width(1), 1);
+    const int32_t height = std::max(std::abs(output.Height(1)), 1);
+    chromaHorizontalMap_.reset(BuildBoundedAxisMap(*horizontalMap_, source.Width(1), width));
+    chromaVerticalMap_.reset(
+        BuildBoundedAxisMap(*verticalMap_, std::abs(source.Height(1)), height));
+    return chromaHorizontalMap_ && chromaVerticalMap_;
+}
+
+bool Conversion::BuildBuffers() {
+    sourceBytes_ = static_cast<size_t>(KernelBytes(source_));
+    outputBytes_ = static_cast<size_t>(KernelBytes(output_));
+    outputFrameBytes_ = static_cast<size_t>(FrameBytes(output_));
+    if (!workBuffer_.Allocate(FrameBytes(output_))) return false;
+
+    if (IsSameSize() && SpillOfCopy(SlotBilinearAuto) != 0) {  // that slot moves most
+        return roomySource_.Allocate(KernelBytes(source_)) &&
+               roomyOutput_.Allocate(KernelBytes(output_));
+    }
+    bool spills = false;
+    for (int32_t slot = 0; slot < kKernelSlots; ++slot) {
+        spills = spills || ScaleSpill(ChooseRow(), slot) != 0;
+    }
+    return !spills || roomyOutput_.Allocate(KernelBytes(output_));
+}
+
+HRESULT Conversion::Scale(FrameSpan output, FrameSpan source, int32_t scaleMethod) {
+    if (!output_.format) return E_FAIL;
+    if (!output.data || !source.data) return E_FAIL;
+    if (output.size < outputBytes_ || source.size < sourceBytes_) return E_FAIL;
+
+    const int32_t slot = MethodToSlot(scaleMethod);
+    const bool isAutomatic = slot <= SlotBilinearAuto;
+    if (IsSameSize() && isAutomatic) return Copy(output, source, slot);
+    const int32_t row = ChooseRow();
+    currentKernel_ = KernelTable[row][slot].scale;
+    if (!currentKernel_) return E_FAIL;
+    const bool hasRoom = output.size >= outputBytes_ + static_cast<size_t>(ScaleSpill(row, slot));
+    if (!hasRoom && !roomyOutput_) return E_FAIL;
+    uint8_t* const target = hasRoom ? output.data : roomyOutput_.Data();
+    ScalePicture(currentKernel_, target, source.data);
+    if (!hasRoom) std::memcpy(output.data, target, outputBytes_);
+    return S_OK;
+}
+
+int32_t Conversion::ChooseRow() const {
+    const FormatRows& rows = *output_.format->rows;
+    if (verticalChange_ != 0) return horizontalChange_ != 0 ? rows.both : rows.vertical;
+    if (source_.width == 720 && output_.width == 480) return rows.horizontal720To480;
+    if (source_.width == 640 && output_.width == 480) return rows.horizontal640To480;
+    return rows.horizontal;
+}
+
+void Conversion::ScalePicture(ScaleKernel kernel, uint8_t* output, const uint8_t* source) const {
+    if (output_.format->group != FormatGroup::Planar) {
+        kernel(output, source, output_.width, output_.height, source_.width, source_.height,
+               horizontalMap_.get(), verticalMap_.get());
+        return;
+    }
+    const Planes from(source_);
+    const Planes to(output_);
+    for (int plane = 0; plane < kPlaneCount; ++plane) {
+        const AxisMap* xMap = plane == 0 ? horizontalMap_.get() : chromaHorizontalMap_.get();
+        const AxisMap* yMap = plane == 0 ? verticalMap_.get() : chromaVerticalMap_.get();
+        kernel(output + to.Offset(plane), source + from.Offset(plane), to.Width(plane),
+               to.Height(plane), from.Width(plane), from.Height(plane), xMap, yMap);
+    }
+}
+
+// Past the end of the picture, in the source as in the output. The blocks past a luma plane stay
+// inside the frame as long as the chroma planes are not smaller than a block.
+size_t Conversion::SpillOfCopy(int32_t slot) const {
+    const PictureFormat& format = *output_.format;
+    const auto spill =
+        static_cast<size_t>(CopySpill(format.rows->copy, slot, output_.width, format.bitsPerPixel));
+    if (format.group != FormatGroup::Planar) return spill;
+    const size_t chromaBytes = outputBytes_ - static_cast<size_t>(Planes(output_).Offset(1));
+    return spill > chromaBytes ? spill - chromaBytes : 0;
+}
+
+HRESULT Conversion::Copy(FrameSpan output, FrameSpan source, int32_t slot) {
+    const size_t spill = SpillOfCopy(slot);
+    const bool sourceHasRoom = source.size >= sourceBytes_ + spill;
+    const bool outputHasRoom = output.size >= outputBytes_ + spill;
+    if (sourceHasRoom && outputHasRoom) {
+        CopyPicture(output.data, source.data, slot);
+        return S_OK;
+    }
+    if (!roomySource_ || !roomyOutput_) return E_FAIL;
+    std::memcpy(roomySource_.Data(), source.data, sourceBytes_);
+    CopyPicture(roomyOutput_.Data(), roomySource_.Data(), slot);
+    std::memcpy(output.data, roomyOutput_.Data(), outputBytes_);
+    return S_OK;
+}
+
+void Conversion::CopyPicture(uint8_t* output, const uint8_t* source, int32_t slot) const {
+    const PictureFormat& format = *output_.format;
+    const CopyKernel copy = KernelTable[format.rows->copy][slot].copy;
+    copy(output, source, output_.width, output_.height, format.bitsPerPixel);
+    if (format.group != FormatGroup::Planar) return;
+    const Planes planes(output_);
+    for (int plane = 1; plane < kPlaneCount; ++plane) {
+        CopyPlane_Portable(output + planes.Offset(plane), source + planes.Offset(plane),
+                           planes.Width(plane), planes.Height(plane), 8);
+    }
+}
+
+}  // namespace tavo

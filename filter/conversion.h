@@ -1,0 +1,100 @@
+// One conversion from a source picture to an output picture: everything a frame needs, built once
+// when the types are set. Not thread-safe; the filter keeps it under its streaming lock.
+
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <utility>
+
+#include "filter/picture_format.h"
+#include "resample/scale_kernel.h"
+
+namespace tavo {
+
+struct AxisMapRelease {
+    void operator()(AxisMap* map) const;
+};
+using AxisMapPtr = std::unique_ptr<AxisMap, AxisMapRelease>;
+
+// Bytes of the filter's own, with room behind them for what a block copy moves past a picture.
+class FrameBuffer {
+  public:
+    // All zero. False, and empty, when memory runs out.
+    bool Allocate(int64_t bytes);
+
+    uint8_t* Data() const { return data_.get(); }
+    size_t Size() const { return size_; }
+    explicit operator bool() const { return data_ != nullptr; }
+
+  private:
+    std::unique_ptr<uint8_t[]> data_;
+    size_t size_ = 0;
+};
+
+// A block of memory that a frame is read from or written to.
+struct FrameSpan {
+    uint8_t* data;
+    size_t size;
+};
+
+class Conversion {
+  public:
+    // Null when memory runs out. Both pictures must be usable (IsUsableSource, IsUsableOutput) and
+    // of the same format; or the output has no format, and then every frame fails.
+    static std::unique_ptr<Conversion> Build(const Picture& source, const Picture& output);
+
+    // Scales one frame with the kernel that the format, the change of size and the ScaleMethod
+    // code select. S_OK; E_FAIL when a buffer is too small for its picture or no kernel exists.
+    HRESULT Scale(FrameSpan output, FrameSpan source, int32_t scaleMethod);
+
+    const Picture& Source() const { return source_; }
+    const Picture& Output() const { return output_; }
+
+    // Bytes of an output frame, as the type states it.
+    size_t OutputFrameBytes() const { return outputFrameBytes_; }
+
+    // What of them holds the picture: less than the frame for some odd sizes of planar formats.
+    size_t OutputPictureBytes() const { return outputBytes_; }
+
+    // One output frame, kept by the time regulator between two samples.
+    FrameSpan WorkBuffer() const { return {workBuffer_.Data(), workBuffer_.Size()}; }
+    // Takes over the frame that a conversion to the same output has kept.
+    void TakeWorkBuffer(Conversion& other) { std::swap(workBuffer_, other.workBuffer_); }
+
+  private:
+    Conversion(const Picture& source, const Picture& output);
+
+    bool BuildMaps();
+    bool BuildBuffers();
+    HRESULT Copy(FrameSpan output, FrameSpan source, int32_t slot);
+    void CopyPicture(uint8_t* output, const uint8_t* source, int32_t slot) const;
+    bool IsSameSize() const { return horizontalChange_ == 0 && verticalChange_ == 0; }
+    int32_t ChooseRow() const;
+    void ScalePicture(ScaleKernel kernel, uint8_t* output, const uint8_t* source) const;
+    size_t SpillOfCopy(int32_t slot) const;
+
+    Picture source_;
+    Picture output_;
+    int32_t horizontalChange_ = 0;  // -1 source larger, 0 equal, 1 source smaller
+    int32_t verticalChange_ = 0;
+    size_t sourceBytes_ = 0;  // what the kernels touch
+    size_t outputBytes_ = 0;
+    size_t outputFrameBytes_ = 0;
+
+    AxisMapPtr horizontalMap_;
+    AxisMapPtr verticalMap_;
+    // The same for chroma planes, bounded to them; null for formats without such planes.
+    AxisMapPtr chromaHorizontalMap_;
+    AxisMapPtr chromaVerticalMap_;
+
+    FrameBuffer workBuffer_;
+    // Stand in for samples that end where their picture ends, when a kernel moves more than that.
+    FrameBuffer roomySource_;
+    FrameBuffer roomyOutput_;
+
+    ScaleKernel currentKernel_ = nullptr;
+};
+
+}  // namespace tavo

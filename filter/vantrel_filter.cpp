@@ -1,0 +1,185 @@
+// The filter object: construction, interfaces, pins, settings and statistics.
+
+#include "filter/video_regulator.h"
+
+#include <new>
+
+#include "cpu/double_precision.h"
+#include "filter/vantrel_pins.h"
+#include "resample/kernel_table.h"
+
+namespace {
+
+static_assert(std::atomic<OutputSize>::is_always_lock_free);
+static_assert(std::atomic<REFERENCE_TIME>::is_always_lock_free);
+
+// A rate counts in hundredths of a frame per second.
+constexpr REFERENCE_TIME kHundredthsDuration = 100 * UNITS;
+
+// The duration of a frame, or 0 for a rate that none can express: below a hundredth, above one
+// frame per unit of time, not a number. Out of line: see DoublePrecisionScope.
+[[gnu::noinline]] REFERENCE_TIME FrameDuration(double fps) {
+    const double hundredths = fps * 100;
+    if (!(hundredths >= 1.0) || hundredths >= static_cast<double>(kHundredthsDuration) + 1.0) {
+        return 0;
+    }
+    return kHundredthsDuration / static_cast<REFERENCE_TIME>(hundredths);
+}
+
+[[gnu::noinline]] double Quotient(double dividend, double divisor, double factor) {
+    return dividend / divisor * factor;
+}
+
+double PerSecond(double count, uint32_t milliseconds) {
+    if (milliseconds == 0) return 0.0;
+    const tavo::DoublePrecisionScope scope;
+    return Quotient(count, milliseconds, 1000.0);
+}
+
+constexpr int kSettingsSuccess = 1;
+
+}  // namespace
+
+CUnknown* CALLBACK CVantrelFilter::CreateInstance(LPUNKNOWN outer, HRESULT* result) {
+    auto* const filter = new (std::nothrow) CVantrelFilter(outer, result);
+    if (!filter && result) *result = E_OUTOFMEMORY;
+    return filter;
+}
+
+CVantrelFilter::CVantrelFilter(LPUNKNOWN outer, HRESULT* result)
+    : CTransformFilter(NAME("Mira Vantrel"), outer, CLSID_VantrelFilter),
+      stopEvent_(CreateEvent(nullptr, TRUE, FALSE, nullptr)) {
+    if (!stopEvent_ && result) *result = E_OUTOFMEMORY;
+    tavo::FillKernelTable();
+}
+
+CVantrelFilter::~CVantrelFilter() {
+    LowerTimerPeriod();
+    ReleaseOwnClock();
+    if (stopEvent_) CloseHandle(stopEvent_);
+}
+
+STDMETHODIMP CVantrelFilter::NonDelegatingQueryInterface(REFIID riid, void** object) {
+    CheckPointer(object, E_POINTER);
+    if (IsEqualIID(riid, IID_IVantrelSettings)) {
+        return GetInterface(static_cast<IVantrelSettings*>(this), object);
+    }
+    if (IsEqualIID(riid, IID_ISpecifyPropertyPages)) {
+        return GetInterface(static_cast<ISpecifyPropertyPages*>(this), object);
+    }
+    return CTransformFilter::NonDelegatingQueryInterface(riid, object);
+}
+
+STDMETHODIMP CVantrelFilter::GetPages(CAUUID* pages) {
+    CheckPointer(pages, E_POINTER);
+    pages->cElems = 2;
+    pages->pElems = static_cast<GUID*>(CoTaskMemAlloc(2 * sizeof(GUID)));
+    if (!pages->pElems) return E_OUTOFMEMORY;
+    pages->pElems[0] = CLSID_ResamplePropertyPage;
+    pages->pElems[1] = CLSID_TimeRegulatorPropertyPage;
+    return S_OK;
+}
+
+// Pins are asked for by any thread and made once, both or neither.
+CBasePin* CVantrelFilter::GetPin(int index) {
+    CAutoLock lock(&settingsLock_);
+    if (!m_pInput) {
+        HRESULT result = S_OK;
+        auto* const input = new (std::nothrow) CVantrelInputPin(this, &result);
+        auto* const output = new (std::nothrow) CVantrelOutputPin(this, &result);
+        if (!input || !output || FAILED(result)) {
+            delete output;
+            delete input;
+            return nullptr;
+        }
+        m_pOutput = output;
+        m_pInput = input;
+    }
+    if (index == 0) return m_pInput;
+    if (index == 1) return m_pOutput;
+    return nullptr;
+}
+
+HRESULT CVantrelFilter::CopyInputType(CMediaType* type) {
+    CAutoLock lock(&settingsLock_);
+    return type->Set(inputType_);
+}
+
+HRESULT CVantrelFilter::CopyOutputType(CMediaType* type) {
+    CAutoLock lock(&settingsLock_);
+    return type->Set(outputType_);
+}
+
+int STDMETHODCALLTYPE CVantrelFilter::SetOutputSize(int width, int height) {
+    outputSize_ = OutputSize{width, height};
+    return kSettingsSuccess;
+}
+
+int STDMETHODCALLTYPE CVantrelFilter::GetOutputSize(int* width, int* height) {
+    const OutputSize size = outputSize_;
+    *width = size.width;
+    *height = size.height;
+    return kSettingsSuccess;
+}
+
+int STDMETHODCALLTYPE CVantrelFilter::SetScaleMethod(int method) {
+    scaleMethod_ = method;
+    return kSettingsSuccess;
+}
+
+int STDMETHODCALLTYPE CVantrelFilter::GetScaleMethod(int* method) {
+    *method = scaleMethod_;
+    return kSettingsSuccess;
+}
+
+int STDMETHODCALLTYPE CVantrelFilter::SetOutputFormat(int format) {
+    outputFormat_ = format;
+    return kSettingsSuccess;
+}
+
+int STDMETHODCALLTYPE CVantrelFilter::GetOutputFormat(int* format) {
+    *format = outputFormat_;
+    return kSettingsSuccess;
+}
+
+int STDMETHODCALLTYPE CVantrelFilter::SetVideoType(int type) {
+    videoType_ = type;
+    return kSettingsSuccess;
+}
+
+int STDMETHODCALLTYPE CVantrelFilter::GetVideoType(int* type) {
+    *type = videoType_;
+    return kSettingsSuccess;
+}
+
+int STDMETHODCALLTYPE CVantrelFilter::SetFrameRate(double fps) {
+    const tavo::DoublePrecisionScope scope;
+    const REFERENCE_TIME duration = FrameDuration(fps);
+    frameRate_ = duration > 0 ? fps : 0.0;
+    frameDuration_ = duration;
+    return kSettingsSuccess;
+}
+
+int STDMETHODCALLTYPE CVantrelFilter::GetFrameRate(double* fps) {
+    *fps = frameRate_;
+    return kSettingsSuccess;
+}
+
+int STDMETHODCALLTYPE CVantrelFilter::GetModuleTime(double* milliseconds) {
+    const uint32_t frames = processedFrames_;
+    const tavo::DoublePrecisionScope scope;
+    *milliseconds = frames == 0 ? 0.0 : Quotient(processingTime_, frames, 1.0);
+    return kSettingsSuccess;
+}
+
+int STDMETHODCALLTYPE CVantrelFilter::GetSystemFps(double* fps) {
+    *fps = PerSecond(processedFrames_, lastTime_ - startTime_);
+    return kSettingsSuccess;
+}
+
+int STDMETHODCALLTYPE CVantrelFilter::GetGenerateFps(double* fps) {
+    *fps = IsRegulatorOn()
+               ? PerSecond(static_cast<double>(generatedFrames_.load()), lastTime_ - startTime_)
+               : 0.0;
+    return kSettingsSuccess;
+}

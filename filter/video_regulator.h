@@ -1,0 +1,198 @@
+// CVantrelFilter, the one filter of this module: a transform filter that resizes uncompressed video
+// without converting its format and can deliver it at a fixed frame rate.
+//
+// Threads and locks. Settings and statistics are atomic values that anybody reads and writes
+// without a lock. The negotiated types are guarded by the settings lock, which is held for moments
+// only and never while another lock is asked for. The conversion, with its maps and buffers, is
+// guarded by the base class's streaming lock, so it never changes under a frame in progress. The
+// streaming thread never takes the filter lock.
+
+#pragma once
+
+#include "streams.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "filter/conversion.h"
+#include "filter/picture_format.h"
+#include "filter/vantrel_settings.h"
+
+// Width and height that change together.
+struct OutputSize {
+    int32_t width;
+    int32_t height;
+};
+
+class CVantrelFilter final : public CTransformFilter,
+                             public IVantrelSettings,
+                             public ISpecifyPropertyPages {
+  public:
+    // Creation function for the class table.
+    static CUnknown* CALLBACK CreateInstance(LPUNKNOWN outer, HRESULT* result);
+
+    DECLARE_IUNKNOWN
+    STDMETHODIMP NonDelegatingQueryInterface(REFIID riid, void** object) override;
+
+    // ISpecifyPropertyPages
+    STDMETHODIMP GetPages(CAUUID* pages) override;
+
+    // IVantrelSettings; the contract stands in its header.
+    int STDMETHODCALLTYPE SetOutputSize(int width, int height) override;
+    int STDMETHODCALLTYPE GetOutputSize(int* width, int* height) override;
+    int STDMETHODCALLTYPE SetScaleMethod(int method) override;
+    int STDMETHODCALLTYPE GetScaleMethod(int* method) override;
+    int STDMETHODCALLTYPE SetOutputFormat(int format) override;
+    int STDMETHODCALLTYPE GetOutputFormat(int* format) override;
+    int STDMETHODCALLTYPE SetVideoType(int type) override;
+    int STDMETHODCALLTYPE GetVideoType(int* type) override;
+    int STDMETHODCALLTYPE GetModuleTime(double* milliseconds) override;
+    int STDMETHODCALLTYPE GetSystemFps(double* fps) override;
+    int STDMETHODCALLTYPE ApplySettings() override;
+    int STDMETHODCALLTYPE GetGenerateFps(double* fps) override;
+    int STDMETHODCALLTYPE SetFrameRate(double fps) override;
+    int STDMETHODCALLTYPE GetFrameRate(double* fps) override;
+
+    // CTransformFilter: objects
+    CBasePin* GetPin(int index) override;
+    STDMETHODIMP SetSyncSource(IReferenceClock* clock) override;
+
+    // CTransformFilter: negotiation
+    HRESULT CheckInputType(const CMediaType* type) override;
+    HRESULT CheckTransform(const CMediaType* input, const CMediaType* output) override;
+    HRESULT GetMediaType(int position, CMediaType* type) override;
+    HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* wishes) override;
+    HRESULT SetMediaType(PIN_DIRECTION direction, const CMediaType* type) override;
+
+    // CTransformFilter: streaming
+    HRESULT StartStreaming() override;
+    HRESULT StopStreaming() override;
+    HRESULT BeginFlush() override;
+    HRESULT Receive(IMediaSample* sample) override;
+    HRESULT Transform(IMediaSample* input, IMediaSample* output) override;
+
+    // For the filter's own pins.
+    //
+    // Held while a pin's media type is replaced or copied.
+    CCritSec& SettingsLock() { return settingsLock_; }
+    // The types that the pins were given last; E_OUTOFMEMORY when they cannot be copied.
+    HRESULT CopyInputType(CMediaType* type);
+    HRESULT CopyOutputType(CMediaType* type);
+    // Streaming is about to stop: a sample in progress makes no more frames.
+    void AbandonSample();
+
+  private:
+    // What Transform does with the frame that it is given while the time regulator is on.
+    struct RegulatorState {
+        bool isRegulating = false;       // the sample in progress is a regulated one
+        bool repeatFrame = true;         // what goes out is the kept frame, or becomes it
+        bool bufferEmpty = true;         // no frame is kept, or it is to be replaced
+        bool hasKeptFrame = false;       // the work buffer holds a frame
+        REFERENCE_TIME nextSlotEnd = 0;  // 0 until the first slot
+        REFERENCE_TIME outputStart = 0;
+        REFERENCE_TIME outputStop = 0;
+        BOOL syncPoint = TRUE;
+        BOOL preroll = FALSE;
+        BOOL discontinuity = FALSE;
+
+        void ForgetKeptFrame() {
+            repeatFrame = true;
+            bufferEmpty = true;
+            hasKeptFrame = false;
+        }
+        void MarkFrameKept() {
+            bufferEmpty = false;
+            hasKeptFrame = true;
+        }
+        // Settles times and flags of the next slot. Durations are above 0.
+        void BeginSlot(REFERENCE_TIME sampleStart, REFERENCE_TIME duration);
+        void EndSlot(REFERENCE_TIME nextDuration);
+    };
+
+    // A kept frame has the size of the output: it outlives a new source, but no new output.
+    enum class KeptFrame { Keep, Forget };
+
+    // A sample's stretch of stream time.
+    struct SampleWindow {
+        REFERENCE_TIME start;
+        REFERENCE_TIME end;
+    };
+
+    CVantrelFilter(LPUNKNOWN outer, HRESULT* result);
+    ~CVantrelFilter() override;
+
+    // Negotiation
+    bool PassesTypeTest(const CMediaType& type) const;
+    HRESULT BuildOutputType(CMediaType* type);
+    HRESULT SetInputType(const CMediaType& type);
+    HRESULT SetOutputType(const CMediaType& type);
+    HRESULT RebuildConversion(KeptFrame keptFrame);
+    void TakeSizeWhereUnset(const tavo::Picture& source);
+    void StoreNegotiatedSize(OutputSize asked, OutputSize negotiated);
+    int ReconnectOutput(IPin* peer, const CMediaType& type);
+
+    // Frame path
+    HRESULT FollowInputSampleType(IMediaSample* sample);
+    HRESULT FollowOutputSampleType(IMediaSample* sample);
+    HRESULT ProcessFrame(IMediaSample* input, IMediaSample* output);
+    HRESULT ProcessRegulatedFrame(tavo::FrameSpan output, tavo::FrameSpan input);
+    HRESULT ScaleFrame(tavo::FrameSpan output, tavo::FrameSpan input);
+    HRESULT StampPlainSample(IMediaSample* input, IMediaSample* output);
+    HRESULT StampRegulatedSample(IMediaSample* input, IMediaSample* output);
+
+    // Streaming and time regulation
+    HRESULT ReceiveRegulated(IMediaSample* sample, REFERENCE_TIME duration);
+    HRESULT DeliverSlots(IMediaSample* sample, SampleWindow window, REFERENCE_TIME duration);
+    SampleWindow WindowOf(IMediaSample* sample, REFERENCE_TIME duration);
+    bool SampleIsAbandoned() const;
+    void ReadStreamBaseTime();
+    void ForgetStreamBaseTime();
+    REFERENCE_TIME StreamTimeByClock();
+    bool ReadClock(REFERENCE_TIME* now);
+    IReferenceClock* OwnClock();
+    void ReleaseOwnClock();
+    void LowerTimerPeriod();
+    void ResetFrameCounts();
+    bool IsRegulatorOn() const { return frameDuration_.load() > 0; }
+
+    CCritSec settingsLock_;
+
+    // Guarded by the settings lock.
+    CMediaType inputType_;
+    CMediaType outputType_;
+    tavo::Picture source_;
+    tavo::Picture output_;
+    int32_t bitsPerPixel_ = 0;  // of the type set last, of either direction
+
+    // Guarded by the streaming lock.
+    std::unique_ptr<tavo::Conversion> conversion_;
+    RegulatorState regulator_;
+
+    // Settings.
+    std::atomic<OutputSize> outputSize_{OutputSize{0, 0}};
+    std::atomic<int32_t> scaleMethod_{VantrelMethodAuto};
+    std::atomic<int32_t> outputFormat_{VantrelFormatAuto};
+    std::atomic<int32_t> videoType_{VantrelTypeAuto};
+    std::atomic<double> frameRate_{0.0};
+    std::atomic<REFERENCE_TIME> frameDuration_{0};  // 0 while the time regulator is off
+
+    // Statistics; times are milliseconds of timeGetTime.
+    std::atomic<uint32_t> startTime_{0};
+    std::atomic<uint32_t> lastTime_{0};
+    std::atomic<uint32_t> processingTime_{0};
+    std::atomic<uint32_t> processedFrames_{0};
+    std::atomic<int64_t> generatedFrames_{0};
+
+    // Time regulation, where a flush meets the streaming thread.
+    std::atomic<bool> isResetPending_{false};
+
+    // Guarded by the clock lock, which nobody holds while asking for another lock of the filter's.
+    CCritSec clockLock_;
+    CBaseReferenceClock* ownClock_ = nullptr;  // counted; serves when the graph has no clock
+    REFERENCE_TIME streamBaseTime_ = 0;        // what the clock said at the start or flush
+    bool hasStreamBaseTime_ = false;
+
+    HANDLE stopEvent_ = nullptr;  // manual reset; signalled from the stop until the next start
+    bool isTimerPeriodRaised_ = false;
+};

@@ -1,0 +1,40 @@
+// The header of an AVI file with one uncompressed video stream, as bytes.
+
+#ifndef TAVO_HOST_AVI_HEADER_H
+#define TAVO_HOST_AVI_HEADER_H
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "host/frame_rate.h"
+#include "host/pixel_format.h"
+
+namespace tavo {
+
+// Where one segment's index chunk stands, as the super index of the header lists it.
+struct SegmentEntry {
+    uint64_t offset = 0;
+    uint32_t size = 0;  // with its chunk header
+    uint32_t frames = 0;
+};
+
+struct AviHeader {
+    VideoFormat video;
+    FrameRate rate;
+    uint32_t chunkCode = 0;
+    uint32_t totalFrames = 0;
+    std::span<const SegmentEntry> segments;
+    uint32_t segmentRoom = 0;  // entries to leave room for
+};
+
+// Code of the frame chunks: dibs and other data have different ones.
+uint32_t FrameChunkCode(const VideoFormat& video);
+
+// The hdrl list, whole. Its length depends on the video format and `segmentRoom` alone, so that it
+// can be written over when the file is finished.
+std::vector<std::byte> HeaderList(const AviHeader& header);
+
+}  // namespace tavo
+
+#endif

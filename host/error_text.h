@@ -1,0 +1,25 @@
+// Words for result codes.
+
+#ifndef TAVO_HOST_ERROR_TEXT_H
+#define TAVO_HOST_ERROR_TEXT_H
+
+#include <windows.h>
+
+#include <string>
+
+#include "host/avi_reader.h"
+#include "host/byte_store.h"
+
+namespace tavo {
+
+// What a failure means, and its code: "no combination of filters connects the pins (0x80040217)".
+std::wstring ErrorText(HRESULT hr);
+
+// The same for a code of GetLastError.
+std::wstring SystemErrorText(DWORD error);
+
+const wchar_t* IoText(IoResult result);
+
+}  // namespace tavo
+
+#endif

@@ -1,0 +1,33 @@
+// Frame rates as fractions, and the duration of a frame in units of 100 ns.
+
+#ifndef TAVO_HOST_FRAME_RATE_H
+#define TAVO_HOST_FRAME_RATE_H
+
+#include <cstdint>
+
+namespace tavo {
+
+constexpr int64_t kUnitsPerSecond = 10'000'000;
+
+// rate / scale frames per second, as in an AVI stream header. Neither is 0.
+struct FrameRate {
+    uint32_t rate = 25;
+    uint32_t scale = 1;
+
+    double Fps() const { return static_cast<double>(rate) / scale; }
+    bool operator==(const FrameRate&) const = default;
+};
+
+// The plainest fraction that a frame duration can mean: 333667 is 30000/1001, 400000 is 25/1.
+// Durations that are no such rate keep their exact value. Not for durations of 0 or less.
+FrameRate RateFromDuration(int64_t units);
+
+// Duration of one frame, rounded to the nearest unit, at least 1.
+int64_t DurationOf(FrameRate rate);
+
+// When frame n (below 2^32) begins, counted from the first; exact, rounded down.
+int64_t FrameStart(FrameRate rate, uint64_t frame);
+
+}  // namespace tavo
+
+#endif

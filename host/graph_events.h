@@ -1,0 +1,17 @@
+// What a running graph reports.
+
+#ifndef TAVO_HOST_GRAPH_EVENTS_H
+#define TAVO_HOST_GRAPH_EVENTS_H
+
+#include "streams.h"
+
+namespace tavo {
+
+enum class Ending { None, Complete, ClosedByUser, Aborted };
+
+// Takes all events that have come; `reason` is that of an abort. The gravest of them counts.
+Ending TakeEvents(IMediaEvent& events, HRESULT& reason);
+
+}  // namespace tavo
+
+#endif

@@ -1,0 +1,32 @@
+// Small helpers around pins and filters of a graph.
+
+#ifndef TAVO_HOST_GRAPH_PINS_H
+#define TAVO_HOST_GRAPH_PINS_H
+
+#include <string>
+#include <vector>
+
+#include "host/com_ptr.h"
+#include "streams.h"
+
+namespace tavo {
+
+std::vector<ComPtr<IPin>> PinsOf(IBaseFilter* filter, PIN_DIRECTION direction);
+
+// The first pin of that direction; null without one.
+ComPtr<IPin> FirstPin(IBaseFilter* filter, PIN_DIRECTION direction);
+
+// Null while unconnected.
+ComPtr<IPin> PeerOf(IPin* pin);
+
+ComPtr<IBaseFilter> FilterOf(IPin* pin);
+
+// The name that the filter has in its graph.
+std::wstring NameOf(IBaseFilter* filter);
+
+// Type of a pin's connection; false, and an empty type, while unconnected.
+bool ConnectionTypeOf(IPin* pin, CMediaType& type);
+
+}  // namespace tavo
+
+#endif

@@ -1,0 +1,152 @@
+// vantrel: scales a video file with the filter Mira Vantrel and writes it as an AVI, or plays it.
+
+#include <windows.h>
+
+#include <filesystem>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "host/console.h"
+#include "host/error_text.h"
+#include "host/filter_factory.h"
+#include "host/graph_run.h"
+#include "host/graph_text.h"
+#include "host/options.h"
+#include "host/playback.h"
+#include "host/processor_text.h"
+#include "host/raw_movie.h"
+#include "host/video_graph.h"
+
+namespace tavo {
+namespace {
+
+enum ExitCode { kDone = 0, kFailed = 1, kWrongCommandLine = 2, kStopped = 3 };
+
+int Complain(const std::wstring& error, int code) {
+    PrintError(L"vantrel: " + error + L"\n");
+    return code;
+}
+
+// What can be said about the two paths before anything is done with them.
+std::wstring CheckInput(const std::filesystem::path& input) {
+    std::error_code ignored;
+    const std::wstring in = L"\"" + input.wstring() + L"\"";
+    if (!std::filesystem::exists(input, ignored)) return in + L" does not exist";
+    if (std::filesystem::is_directory(input, ignored)) return in + L" is a folder";
+    FileStore file;
+    const IoResult readable = file.OpenForReading(input);
+    if (readable != IoResult::Ok) return in + L" cannot be opened: " + IoText(readable);
+    if (file.Size() == 0) return in + L" is empty";
+    return {};
+}
+
+std::wstring CheckOutput(const std::filesystem::path& output, const std::filesystem::path& input) {
+    std::error_code ignored;
+    const std::wstring out = L"\"" + output.wstring() + L"\"";
+    if (std::filesystem::is_directory(output, ignored)) return out + L" is a folder";
+    if (std::filesystem::equivalent(input, output, ignored)) {
+        return L"the input and the output are the same file, \"" + input.wstring() + L"\"";
+    }
+    const std::filesystem::path folder = output.parent_path();
+    if (!folder.empty() && !std::filesystem::is_directory(folder, ignored)) {
+        return L"the folder of " + out + L" does not exist";
+    }
+    return {};
+}
+
+// Null unless the file is an AVI that the program can read itself.
+std::shared_ptr<RawMovie> OpenRawMovie(const std::filesystem::path& input) {
+    auto movie = std::make_shared<RawMovie>();
+    if (movie->file.OpenForReading(input) != IoResult::Ok ||
+        movie->reader.Open(movie->file) != AviResult::Ok) {
+        return nullptr;
+    }
+    return movie;
+}
+
+int Write(const Options& options, VideoGraph& graph, StopRequest& stop,
+          const std::shared_ptr<RawMovie>& movie) {
+    const RunResult result = RunGraph(graph, options.output, stop, !options.quiet);
+    if (!options.quiet && result.file.frames > 0) PrintOut(StatisticsText(graph, result));
+    if (movie && movie->reader.IsCutOff()) {
+        PrintError(L"vantrel: warning: \"" + options.input +
+                   L"\" is cut off; all whole frames were read\n");
+    }
+    if (!result.error.empty()) return Complain(result.error, kFailed);
+    if (result.stopped) {
+        return Complain(L"stopped after " + std::to_wstring(result.file.frames) + L" frames",
+                        kStopped);
+    }
+    return kDone;
+}
+
+int Play(const Options& options, VideoGraph& graph, StopRequest& stop) {
+    const PlayResult result = PlayGraph(graph, stop, options.pages);
+    if (!options.quiet && result.error.empty()) PrintOut(FiguresText(graph, result.figures));
+    if (!result.error.empty()) return Complain(result.error, kFailed);
+    return result.stopped ? Complain(L"stopped", kStopped) : kDone;
+}
+
+int Scale(const Options& options) {
+    std::wstring error = CheckInput(options.input);
+    if (error.empty() && !options.ToScreen()) error = CheckOutput(options.output, options.input);
+    if (!error.empty()) return Complain(error, kFailed);
+
+    FilterFactory factory;
+    if (options.registered) {
+        error = factory.UseRegistered();
+    } else {
+        error = factory.UseModule(options.module.empty() ? ProgramFolder() / L"TavoResample.ax"
+                                                         : std::filesystem::path(options.module));
+    }
+    if (!error.empty()) return Complain(error, kFailed);
+
+    if (options.pages) {
+        const HRESULT hr = factory.AnnouncePages();
+        if (FAILED(hr))
+            return Complain(L"the property pages are missing: " + ErrorText(hr), kFailed);
+    }
+
+    StopRequest stop;
+    const std::shared_ptr<RawMovie> movie = OpenRawMovie(options.input);
+    const auto graph = BuildVideoGraph(options, factory, movie, error);
+    if (!graph) return Complain(error, kFailed);
+    if (options.graph) PrintOut(GraphText(graph->builder.Get()));
+    if (stop.IsSet()) return Complain(L"stopped before the first frame", kStopped);
+
+    return options.ToScreen() ? Play(options, *graph, stop) : Write(options, *graph, stop, movie);
+}
+
+int Run(const std::vector<std::wstring_view>& arguments) {
+    const ParsedOptions parsed = ParseOptions(arguments);
+    if (!parsed.error.empty()) {
+        return Complain(parsed.error + L"; try --help", kWrongCommandLine);
+    }
+    if (parsed.options.help) return PrintOut(UsageText()), kDone;
+    if (parsed.options.version) return PrintOut(L"vantrel " TAVO_VERSION L"\n"), kDone;
+
+    if (parsed.options.cpu) return PrintOut(ThisProcessorText()), kDone;
+
+    // Windows belong to one thread, and so do the objects that show them.
+    const HRESULT hr = CoInitializeEx(
+        nullptr, parsed.options.ToScreen() ? COINIT_APARTMENTTHREADED : COINIT_MULTITHREADED);
+    if (FAILED(hr)) return Complain(L"COM is not available: " + ErrorText(hr), kFailed);
+    const int code = Scale(parsed.options);
+    CoUninitialize();
+    return code;
+}
+
+}  // namespace
+}  // namespace tavo
+
+int wmain(int count, wchar_t** values) {
+    try {
+        return tavo::Run(std::vector<std::wstring_view>(values + 1, values + count));
+    } catch (const std::bad_alloc&) {
+        return tavo::Complain(L"out of memory", tavo::kFailed);
+    } catch (const std::exception&) {
+        return tavo::Complain(L"an unexpected error of the C++ library", tavo::kFailed);
+    }
+}

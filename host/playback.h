@@ -1,0 +1,26 @@
+// Plays a graph in its renderer's window, with or without the filter's property pages beside it.
+
+#ifndef TAVO_HOST_PLAYBACK_H
+#define TAVO_HOST_PLAYBACK_H
+
+#include <string>
+
+#include "host/console.h"
+#include "host/graph_run.h"
+#include "host/video_graph.h"
+
+namespace tavo {
+
+struct PlayResult {
+    std::wstring error;    // one line; empty when all is well
+    bool stopped = false;  // by Ctrl-C
+    FilterFigures figures;
+};
+
+// The calling thread's apartment is single-threaded. Without pages the movie is played once; with
+// pages over and over, until they or the window are closed. The graph is stopped when this returns.
+PlayResult PlayGraph(VideoGraph& graph, StopRequest& stop, bool withPages);
+
+}  // namespace tavo
+
+#endif

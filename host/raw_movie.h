@@ -1,0 +1,21 @@
+// An input file that this program can read by itself: an AVI with uncompressed video.
+
+#ifndef TAVO_HOST_RAW_MOVIE_H
+#define TAVO_HOST_RAW_MOVIE_H
+
+#include "host/avi_reader.h"
+#include "host/file_store.h"
+
+namespace tavo {
+
+struct RawMovie {
+    FileStore file;
+    AviReader reader;
+
+    // In units of 100 ns.
+    int64_t Duration() const { return FrameStart(reader.Rate(), reader.FrameCount()); }
+};
+
+}  // namespace tavo
+
+#endif

@@ -1,0 +1,44 @@
+// Watches the start times of a stream's frames: is it regular enough for a file of fixed rate?
+
+#ifndef TAVO_HOST_TIME_STAMPS_H
+#define TAVO_HOST_TIME_STAMPS_H
+
+#include <cstdint>
+
+namespace tavo {
+
+// Times are in units of 100 ns. Not for several threads at once.
+class TimeStamps {
+  public:
+    // One frame's start time; times that run backwards count as irregular.
+    void Add(int64_t start);
+
+    // A frame without a time.
+    void AddUnknown() { ++unknown_; }
+
+    // From the first two times; 0 when there are none, or the second is not later.
+    int64_t FirstInterval() const { return firstInterval_; }
+
+    // Frames further apart, or nearer, than the average by more than a tenth of it and 2 ms: twice
+    // the rounding of a source that counts milliseconds.
+    bool IsIrregular() const;
+
+    bool HasIntervals() const { return count_ > 1; }
+    uint64_t Unknown() const { return unknown_; }
+    double ShortestMs() const;
+    double LongestMs() const;
+    double MeanMs() const;
+
+  private:
+    int64_t first_ = 0;
+    int64_t last_ = 0;
+    int64_t firstInterval_ = 0;
+    int64_t shortest_ = 0;
+    int64_t longest_ = 0;
+    uint64_t count_ = 0;
+    uint64_t unknown_ = 0;
+};
+
+}  // namespace tavo
+
+#endif

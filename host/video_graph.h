@@ -1,0 +1,53 @@
+// Builds the graph of a run: source -> what the platform puts between -> Mira Vantrel -> AVI sink
+// or the platform's video renderer.
+
+#ifndef TAVO_HOST_VIDEO_GRAPH_H
+#define TAVO_HOST_VIDEO_GRAPH_H
+
+#include <memory>
+#include <string>
+
+#include "filter/vantrel_settings.h"
+#include "host/avi_sink_filter.h"
+#include "host/com_ptr.h"
+#include "host/filter_factory.h"
+#include "host/frame_counter_filter.h"
+#include "host/options.h"
+#include "host/raw_movie.h"
+#include "streams.h"
+
+namespace tavo {
+
+// A whole graph, connected and stopped. It goes with the last of these.
+struct VideoGraph {
+    ComPtr<IGraphBuilder> builder;
+    ComPtr<IBaseFilter> filter;
+    ComPtr<IVantrelSettings> settings;
+    ComPtr<IBaseFilter> sinkFilter;
+    ComPtr<IBaseFilter> counterFilter;
+    // Owned by the two above; both are null on the way to the screen, and the counter also when the
+    // source would not have it.
+    CAviSink* sink = nullptr;
+    CFrameCounter* counter = nullptr;
+
+    // Of the filter's pins.
+    CMediaType inputType;
+    CMediaType outputType;
+    REFERENCE_TIME duration = 0;  // of the movie; 0 when nobody knows
+
+    VideoGraph() = default;
+    ~VideoGraph();
+    VideoGraph(const VideoGraph&) = delete;
+    VideoGraph& operator=(const VideoGraph&) = delete;
+};
+
+// `movie` is null unless the input is an uncompressed AVI that this program can read itself. Such
+// a file is left to the platform as long as that delivers the file's own format unchanged. Returns
+// null and one line for the user on failure. May throw std::bad_alloc.
+std::unique_ptr<VideoGraph> BuildVideoGraph(const Options& options, const FilterFactory& factory,
+                                            const std::shared_ptr<RawMovie>& movie,
+                                            std::wstring& error);
+
+}  // namespace tavo
+
+#endif

@@ -1,0 +1,95 @@
+// The connection, the dialog's messages and applying, for both pages.
+
+#include "pages/settings_page.h"
+
+#include <commctrl.h>
+
+#include <cstdio>
+
+namespace {
+
+constexpr UINT kRefreshMs = 1000;
+// The largest double has 309 digits before its three decimals.
+constexpr size_t kFigureCapacity = 320;
+
+}  // namespace
+
+CSettingsPage::CSettingsPage(LPUNKNOWN outer, int dialogId, int titleId, UINT_PTR timer)
+    : CBasePropertyPage(NAME("Settings page"), outer, dialogId, titleId), timer_(timer) {
+    InitCommonControls();
+}
+
+// A frame may drop a page whose dialog is still open: nothing must reach the page any more, not
+// even where the dialog belongs to another thread and cannot be destroyed from here.
+CSettingsPage::~CSettingsPage() {
+    if (!dialog_) return;
+    SetWindowLongPtr(dialog_, DWLP_USER, 0);
+    DestroyWindow(dialog_);
+}
+
+HRESULT CSettingsPage::OnConnect(IUnknown* object) {
+    CheckPointer(object, E_POINTER);
+    OnDisconnect();
+    void* settings = nullptr;
+    if (FAILED(object->QueryInterface(IID_IVantrelSettings, &settings))) return E_NOINTERFACE;
+    regulator_ = static_cast<IVantrelSettings*>(settings);
+    ReadSettings(*regulator_);
+    return S_OK;
+}
+
+HRESULT CSettingsPage::OnDisconnect() {
+    if (regulator_) {
+        IVantrelSettings* const settings = regulator_;
+        regulator_ = nullptr;
+        settings->Release();
+    }
+    return S_OK;
+}
+
+HRESULT CSettingsPage::OnActivate() { return S_OK; }
+
+HRESULT CSettingsPage::OnDeactivate() { return S_OK; }
+
+HRESULT CSettingsPage::OnApplyChanges() {
+    IVantrelSettings* const settings = regulator_;
+    if (!settings) return E_UNEXPECTED;
+    // The message box runs a loop of its own, in which the frame may disconnect the page.
+    settings->AddRef();
+    WriteSettings(*settings);
+    if (!settings->ApplySettings()) {
+        MessageBox(nullptr, TEXT("Graph Refresh Fail."), TEXT("Error"), MB_OK);
+    }
+    settings->Release();
+    m_bDirty = FALSE;
+    return S_OK;
+}
+
+INT_PTR CSettingsPage::OnReceiveMessage(HWND dialog, UINT message, WPARAM wParam, LPARAM lParam) {
+    switch (message) {
+        case WM_INITDIALOG:
+            dialog_ = dialog;
+            FillDialog(dialog);
+            SetTimer(dialog, timer_, kRefreshMs, nullptr);
+            return TRUE;
+        case WM_COMMAND: OnCommand(dialog, LOWORD(wParam), HIWORD(wParam)); return TRUE;
+        case WM_TIMER:
+            if (regulator_) ShowFigures(dialog, *regulator_);
+            return TRUE;
+        case WM_DESTROY:
+            KillTimer(dialog, timer_);
+            dialog_ = nullptr;
+            return TRUE;
+        default: return CBasePropertyPage::OnReceiveMessage(dialog, message, wParam, lParam);
+    }
+}
+
+void CSettingsPage::SetDirty() {
+    m_bDirty = TRUE;
+    if (m_pPageSite) m_pPageSite->OnStatusChange(PROPPAGESTATUS_DIRTY);
+}
+
+void CSettingsPage::ShowFigure(HWND dialog, int control, double value) {
+    char text[kFigureCapacity] = "0";
+    if (value != 0.0) std::snprintf(text, sizeof text, "%.3f", value);
+    SetDlgItemTextA(dialog, control, text);
+}

@@ -1,0 +1,79 @@
+// Frame copies: two row shapes, each with a portable and a block-wise member.
+
+#include "resample/copy_kernels.h"
+
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+
+#include "resample/row_ops.h"
+
+namespace tavo {
+namespace {
+
+struct RowShape {
+    int32_t bytes;
+    int32_t stride;
+};
+
+RowShape PlaneRow(int32_t width) { return {width, width}; }
+
+RowShape PackedRow(int32_t width, int32_t bitsPerPixel) {
+    const int32_t bytes = width * bitsPerPixel / 8;
+    return {bytes, (bytes + 3) & ~3};
+}
+
+// Calls copyRow(dst, src) for every row, ascending in the destination's memory.
+template <typename CopyRow>
+int32_t CopyRows(uint8_t* dst, const uint8_t* src, int32_t height, int32_t stride,
+                 CopyRow copyRow) {
+    const int32_t rows = std::abs(height);
+    for (int32_t y = 0; y < rows; ++y) {
+        const int32_t srcY = height < 0 ? rows - 1 - y : y;
+        copyRow(dst + static_cast<ptrdiff_t>(y) * stride,
+                src + static_cast<ptrdiff_t>(srcY) * stride);
+    }
+    return rows;
+}
+
+int32_t CopyWords(uint8_t* dst, const uint8_t* src, int32_t height, RowShape row) {
+    return CopyRows(dst, src, height, row.stride,
+                    [bytes = row.bytes](uint8_t* to, const uint8_t* from) {
+                        const int32_t words = bytes & ~3;
+                        for (int32_t i = 0; i < words; i += 4) std::memcpy(to + i, from + i, 4);
+                        for (int32_t i = words; i < bytes; ++i) to[i] = from[i];
+                    });
+}
+
+int32_t CopyBlocks(uint8_t* dst, const uint8_t* src, int32_t height, RowShape row) {
+    const RowOpsScope ops(Member::Mmx);
+    const int32_t blocks = (row.bytes + 7) / 8;
+    if (height > 0 && blocks * 8 == row.stride) {
+        ops->CopyBlocks(dst, src, blocks * height);
+        return height;
+    }
+    return CopyRows(dst, src, height, row.stride,
+                    [&](uint8_t* to, const uint8_t* from) { ops->CopyBlocks(to, from, blocks); });
+}
+
+}  // namespace
+
+TAVO_COPY_KERNEL(CopyPlane_Portable) {
+    (void)bitsPerPixel;
+    return CopyWords(dst, src, height, PlaneRow(width));
+}
+
+TAVO_COPY_KERNEL(CopyPlane_MMX) {
+    (void)bitsPerPixel;
+    return CopyBlocks(dst, src, height, PlaneRow(width));
+}
+
+TAVO_COPY_KERNEL(CopyPacked_Portable) {
+    return CopyWords(dst, src, height, PackedRow(width, bitsPerPixel));
+}
+
+TAVO_COPY_KERNEL(CopyPacked_MMX) {
+    return CopyBlocks(dst, src, height, PackedRow(width, bitsPerPixel));
+}
+
+}  // namespace tavo

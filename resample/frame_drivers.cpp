@@ -1,0 +1,184 @@
+#include "resample/frame_drivers.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "resample/stretches.h"
+
+namespace tavo {
+namespace {
+
+// Bytes of the source held at once between the two blends: they stay in the first-level cache.
+constexpr int32_t kTileBytes = 4096;
+
+// The entries of a map before the ones that name the last source sample. Indices never decrease.
+int32_t InnerEntries(const AxisMap& map, int32_t count, int32_t srcLength) {
+    return static_cast<int32_t>(std::lower_bound(map.indices, map.indices + count, srcLength - 1) -
+                                map.indices);
+}
+
+// The columns of a stretch, at most `end`, without regard to where they read.
+ColumnRun ColumnsFrom(const Frame& frame, int32_t first, int32_t end) {
+    return {frame.xMap->indices + first, frame.xMap->weights + first, 0,
+            std::min(end - first, kMaxPlanColumns)};
+}
+
+// The most columns from `first` on that a plan holds and whose pixels, with the ones after them,
+// lie within one tile. At least one, since a column needs two pixels.
+ColumnRun ColumnsInTile(const Frame& frame, int32_t first, int32_t end) {
+    const int32_t* indices = frame.xMap->indices;
+    const int32_t limit = indices[first] + kTileBytes / frame.bytesPerPixel - 2;
+    end = std::min(end, first + kMaxPlanColumns);
+    const int32_t* last = std::upper_bound(indices + first, indices + end, limit);
+    return {indices + first, frame.xMap->weights + first, indices[first],
+            static_cast<int32_t>(last - (indices + first))};
+}
+
+// Plans and applies an operation on the first `end` columns; endRow(y) follows on each row.
+template <typename EndRow>
+void ApplyToColumns(const Frame& frame, int32_t end, PixelOps::Plan plan, PixelOps::Apply apply,
+                    EndRow endRow) {
+    ForStretches<Stretch>(
+        end,
+        [&](Stretch& stretch, int32_t first) {
+            const ColumnRun columns = ColumnsFrom(frame, first, end);
+            stretch.first = first;
+            stretch.count = columns.count;
+            plan(stretch.plan, columns, frame.srcStride);
+            return columns.count;
+        },
+        [&](std::span<const Stretch> stretches) {
+            const bool isLast = stretches.back().first + stretches.back().count == end;
+            for (int32_t y = 0; y < frame.dstHeight; ++y) {
+                for (const Stretch& stretch : stretches) {
+                    apply(frame.DstRow(y) + frame.Bytes(stretch.first), frame.SrcRow(y),
+                          stretch.plan);
+                }
+                if (isLast) endRow(y);
+            }
+        });
+}
+
+// Blends the source rows of a destination row into a tile on the stack, then the tile's columns.
+void BlendTiles(const Frame& frame, std::span<const Stretch> stretches, int32_t y,
+                const PixelOps& ops) {
+    alignas(64) uint8_t tile[kTileBytes];
+    const uint8_t* upper = frame.SrcRow(frame.UpperRow(y));
+    const uint8_t* lower = frame.SrcRow(frame.LowerRow(y));
+    for (const Stretch& stretch : stretches) {
+        const ColumnRun& columns = stretch.plan.columns;
+        const ptrdiff_t from = frame.Bytes(columns.firstIndex);
+        const int32_t pixels = columns.indices[columns.count - 1] + 2 - columns.firstIndex;
+        ops.BlendRows(tile, upper + from, lower + from, frame.yMap->weights[y],
+                      pixels * frame.bytesPerPixel);
+        ops.BlendColumns(frame.DstRow(y) + frame.Bytes(stretch.first), tile, stretch.plan);
+    }
+}
+
+}  // namespace
+
+int32_t TakeFrame(const Frame& frame, PixelKind kind, Member member) {
+    const RowOpsScope ops(member);
+    ForStretches<Stretch>(
+        frame.dstWidth,
+        [&](Stretch& stretch, int32_t first) {
+            const ColumnRun columns = ColumnsFrom(frame, first, frame.dstWidth);
+            stretch.first = first;
+            stretch.count = columns.count;
+            ops.Of(kind).PlanTake(stretch.plan, columns, frame.srcStride);
+            return columns.count;
+        },
+        [&](std::span<const Stretch> stretches) {
+            const ptrdiff_t from = frame.Bytes(stretches.front().first);
+            const ptrdiff_t end =
+                frame.Bytes(stretches.back().first) + frame.Bytes(stretches.back().count);
+            for (int32_t y = 0; y < frame.dstHeight; ++y) {
+                uint8_t* row = frame.DstRow(y);
+                if (y > 0 && frame.UpperRow(y) == frame.UpperRow(y - 1)) {
+                    std::memcpy(row + from, frame.DstRow(y - 1) + from,
+                                static_cast<size_t>(end - from));
+                    continue;
+                }
+                for (const Stretch& stretch : stretches) {
+                    ops.Of(kind).TakeColumns(row + frame.Bytes(stretch.first),
+                                             frame.SrcRow(frame.UpperRow(y)), stretch.plan);
+                }
+            }
+        });
+    return frame.dstHeight;
+}
+
+int32_t TakeFrameColumns(const Frame& frame, PixelKind kind, Member member) {
+    const RowOpsScope ops(member);
+    ApplyToColumns(frame, frame.dstWidth, ops.Of(kind).PlanTake, ops.Of(kind).TakeColumns,
+                   [](int32_t) {});
+    return frame.dstHeight;
+}
+
+int32_t TakeFrameRows(const Frame& frame) {
+    for (int32_t y = 0; y < frame.dstHeight; ++y) {
+        std::memcpy(frame.DstRow(y), frame.SrcRow(frame.UpperRow(y)),
+                    static_cast<size_t>(frame.dstRowBytes));
+    }
+    return frame.dstHeight;
+}
+
+int32_t BlendFrameColumns(const Frame& frame, PixelKind kind, Member member) {
+    const RowOpsScope ops(member);
+    const PixelOps& pixels = ops.Of(kind);
+    const int32_t inner = InnerEntries(*frame.xMap, frame.dstWidth, frame.srcWidth);
+    const auto endRow = [&](int32_t y) {
+        const uint8_t* last = frame.SrcRow(y) + frame.Bytes(frame.srcWidth - 1);
+        for (int32_t x = inner; x < frame.dstWidth; ++x) {
+            pixels.BlendRows(frame.DstRow(y) + frame.Bytes(x), last, last, 0, frame.bytesPerPixel);
+        }
+    };
+    if (inner > 0) {
+        ApplyToColumns(frame, inner, pixels.PlanBlend, pixels.BlendColumns, endRow);
+    } else {
+        for (int32_t y = 0; y < frame.dstHeight; ++y) endRow(y);
+    }
+    return frame.dstHeight;
+}
+
+int32_t BlendFrameRows(const Frame& frame, PixelKind kind, Member member) {
+    const RowOpsScope ops(member);
+    for (int32_t y = 0; y < frame.dstHeight; ++y) {
+        ops.Of(kind).BlendRows(frame.DstRow(y), frame.SrcRow(frame.UpperRow(y)),
+                               frame.SrcRow(frame.LowerRow(y)), frame.yMap->weights[y],
+                               frame.dstRowBytes);
+    }
+    return frame.dstHeight;
+}
+
+Interior FindInterior(const Frame& frame) {
+    return {InnerEntries(*frame.xMap, frame.dstWidth, frame.srcWidth),
+            InnerEntries(*frame.yMap, frame.dstHeight, frame.srcHeight)};
+}
+
+void BlendInterior(const Frame& frame, Interior interior, PixelKind kind, Member member,
+                   EndRows endRows) {
+    // Few enough that what they touched is still in the cache.
+    constexpr int32_t kRowsAtOnce = 16;
+    const RowOpsScope ops(member);
+    ForStretches<Stretch>(
+        interior.rows > 0 ? interior.columns : 0,
+        [&](Stretch& stretch, int32_t first) {
+            const ColumnRun columns = ColumnsInTile(frame, first, interior.columns);
+            stretch.first = first;
+            stretch.count = columns.count;
+            ops.Of(kind).PlanBlend(stretch.plan, columns, kTileBytes);
+            return columns.count;
+        },
+        [&](std::span<const Stretch> stretches) {
+            const bool isLast = stretches.back().first + stretches.back().count == interior.columns;
+            for (int32_t y = 0; y < interior.rows; ++y) {
+                BlendTiles(frame, stretches, y, ops.Of(kind));
+                const bool isEnd = y % kRowsAtOnce == kRowsAtOnce - 1 || y == interior.rows - 1;
+                if (isLast && isEnd) endRows(frame, interior, {y - y % kRowsAtOnce, y + 1});
+            }
+        });
+    if (interior.columns == 0) endRows(frame, interior, {0, interior.rows});
+}
+
+}  // namespace tavo

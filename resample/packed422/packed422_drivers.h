@@ -1,0 +1,30 @@
+// The frame drivers of packed 4:2:2. Its pixels are blended sideways first and downward second, and
+// the chroma of each two destination pixels is averaged last. Each returns the number of rows
+// written. Widths are expected to be even; an odd one's last pixel is repeated in its group.
+
+#pragma once
+
+#include "resample/fixed_ratio.h"
+#include "resample/frame.h"
+#include "resample/row_ops.h"
+
+namespace tavo {
+
+// Nearest neighbour: both axes, width only.
+int32_t TakePacked(const Frame& frame, const PackedLayout& layout, Member member);
+int32_t TakePackedColumns(const Frame& frame, const PackedLayout& layout, Member member);
+
+// Bilinear: both axes, width only. `average` says how the chroma of two pixels is rounded.
+int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves average, Member member);
+int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Halves average,
+                           Member member);
+
+// The fixed ratios, width only.
+int32_t TakePackedFixed(const Frame& frame, const FixedRatio& ratio, const PackedLayout& layout,
+                        Member member);
+int32_t BlendPackedThreeToTwo(const Frame& frame, const PackedLayout& layout, Member member);
+enum class WholePositions { Copied, Dimmed };
+int32_t BlendPackedFourToThree(const Frame& frame, const PackedLayout& layout,
+                               WholePositions wholePositions, Member member);
+
+}  // namespace tavo

@@ -1,0 +1,72 @@
+// The one blend of the whole engine, for bytes and for pixels of each kind.
+
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+
+namespace tavo {
+namespace {
+
+// The way from a to b in 1/256, rounded toward minus infinity. The result lies between a and b.
+struct RoundDown {
+    static int32_t Blend(int32_t a, int32_t b, int32_t weight) {
+        return a + (((b - a) * weight) >> 8);
+    }
+};
+
+// Rounded toward plus infinity, so that a half becomes the larger neighbour.
+struct RoundUp {
+    static int32_t Blend(int32_t a, int32_t b, int32_t weight) {
+        return a - (((a - b) * weight) >> 8);
+    }
+};
+
+// A pixel of bytes that are blended one by one.
+template <int32_t kBytes>
+struct BytePixel {
+    static constexpr int32_t kSize = kBytes;
+
+    template <typename Rounding>
+    static void Blend(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t weight) {
+        for (int32_t i = 0; i < kBytes; ++i) {
+            dst[i] = static_cast<uint8_t>(Rounding::Blend(a[i], b[i], weight));
+        }
+    }
+};
+using PlanePixel = BytePixel<1>;
+using Rgb24Pixel = BytePixel<3>;
+
+// A 16-bit pixel of three fields, blue lowest.
+template <int32_t kGreenBits>
+struct FieldPixel {
+    static constexpr int32_t kSize = 2;
+    static constexpr int32_t kBlueMask = 0x1f;
+    static constexpr int32_t kGreenMask = (1 << kGreenBits) - 1;
+    static constexpr int32_t kRedMask = 0x1f;
+    static constexpr int32_t kGreenShift = 5;
+    static constexpr int32_t kRedShift = 5 + kGreenBits;
+
+    static int32_t Load(const uint8_t* pixel) {
+        uint16_t word;
+        std::memcpy(&word, pixel, sizeof(word));
+        return word;
+    }
+
+    template <typename Rounding>
+    static void Blend(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t weight) {
+        const int32_t from = Load(a);
+        const int32_t to = Load(b);
+        const auto field = [=](int32_t shift, int32_t mask) {
+            return Rounding::Blend(from >> shift & mask, to >> shift & mask, weight) << shift;
+        };
+        const auto word = static_cast<uint16_t>(
+            field(0, kBlueMask) | field(kGreenShift, kGreenMask) | field(kRedShift, kRedMask));
+        std::memcpy(dst, &word, sizeof(word));
+    }
+};
+using Rgb555Pixel = FieldPixel<5>;
+using Rgb565Pixel = FieldPixel<6>;
+
+}  // namespace
+}  // namespace tavo

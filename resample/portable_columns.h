@@ -1,0 +1,44 @@
+// Plain loops over columns and rows: the portable row operations, and what the other sets use for
+// the columns that do not fill a register.
+
+#pragma once
+
+#include "resample/pixel_blend.h"
+#include "resample/row_ops.h"
+
+namespace tavo {
+namespace {
+
+template <typename Pixel>
+void BlendRowsPlain(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t weight,
+                    int32_t bytes) {
+    for (int32_t i = 0; i < bytes; i += Pixel::kSize) {
+        Pixel::template Blend<RoundDown>(dst + i, a + i, b + i, weight);
+    }
+}
+
+// A plan without tables.
+[[maybe_unused]] void PlanPlain(ColumnPlan& plan, const ColumnRun& columns, int32_t /*rowBytes*/) {
+    plan.columns = columns;
+    plan.tiles = 0;
+}
+
+// From column `first` on.
+template <typename Pixel, typename Rounding>
+void BlendColumnsPlain(uint8_t* dst, const uint8_t* row, const ColumnRun& columns, int32_t first) {
+    for (int32_t i = first; i < columns.count; ++i) {
+        const uint8_t* pixel = row + columns.Pixel(i) * Pixel::kSize;
+        Pixel::template Blend<Rounding>(dst + i * Pixel::kSize, pixel, pixel + Pixel::kSize,
+                                        columns.weights[i]);
+    }
+}
+
+template <typename Pixel>
+void TakeColumnsPlain(uint8_t* dst, const uint8_t* row, const ColumnRun& columns, int32_t first) {
+    for (int32_t i = first; i < columns.count; ++i) {
+        std::memcpy(dst + i * Pixel::kSize, row + columns.Pixel(i) * Pixel::kSize, Pixel::kSize);
+    }
+}
+
+}  // namespace
+}  // namespace tavo

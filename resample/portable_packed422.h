@@ -1,0 +1,94 @@
+// Plain loops over packed 4:2:2: the portable row operations, and what the other sets use for the
+// pixels that do not fill a register.
+
+#pragma once
+
+#include "resample/row_ops.h"
+
+namespace tavo {
+namespace {
+
+struct AverageDown {
+    static constexpr int32_t kBias = 0;
+};
+struct AverageUp {
+    static constexpr int32_t kBias = 1;
+};
+
+// From group `first` on.
+[[maybe_unused]] void UnpackPlain(const PackedSamples& dst, const uint8_t* src, int32_t groups,
+                                  const PackedLayout& layout, int32_t first) {
+    for (int32_t i = first; i < groups; ++i) {
+        const uint8_t* group = src + i * 4;
+        dst.luma[i * 2] = group[layout.luma];
+        dst.luma[i * 2 + 1] = group[layout.luma + 2];
+        dst.firstChroma[i] = group[layout.firstChroma];
+        dst.secondChroma[i] = group[layout.firstChroma + 2];
+    }
+}
+
+// From pixel `first` on.
+template <typename Average>
+void PackPlain(uint8_t* dst, const PackedSamples& src, int32_t pixels, const PackedLayout& layout,
+               int32_t first) {
+    const auto average = [](const uint8_t* chroma) {
+        return static_cast<uint8_t>((chroma[0] + chroma[1] + Average::kBias) >> 1);
+    };
+    for (int32_t i = first; i < pixels; i += 2) {
+        uint8_t* group = dst + i * 2;
+        group[layout.luma] = src.luma[i];
+        group[layout.luma + 2] = src.luma[i + 1];
+        group[layout.firstChroma] = average(src.firstChroma + i);
+        group[layout.firstChroma + 2] = average(src.secondChroma + i);
+    }
+}
+
+// One step after the other, with operations of the set's own.
+template <auto kBlendRows, auto kPack>
+void BlendThenPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b, int32_t weight,
+                   int32_t pixels, const PackedLayout& layout) {
+    uint8_t row[3 * kMaxPlanColumns];
+    const PackedSamples blended = {row, row + pixels, row + 2 * pixels};
+    kBlendRows(blended.luma, a.luma, b.luma, weight, pixels);
+    kBlendRows(blended.firstChroma, a.firstChroma, b.firstChroma, weight, pixels);
+    kBlendRows(blended.secondChroma, a.secondChroma, b.secondChroma, weight, pixels);
+    kPack(dst, blended, pixels, layout);
+}
+
+// An odd last column is repeated.
+[[maybe_unused]] void TakePackedPlain(uint8_t* dst, const uint8_t* row, const ColumnRun& columns,
+                                      const PackedLayout& layout) {
+    for (int32_t i = 0; i < columns.count; i += 2) {
+        const ptrdiff_t even = columns.Pixel(i);
+        const ptrdiff_t odd = columns.Pixel(i + 1 < columns.count ? i + 1 : i);
+        const uint8_t* evenGroup = row + even / 2 * 4;
+        const uint8_t* oddGroup = row + odd / 2 * 4;
+        uint8_t* group = dst + i * 2;
+        group[layout.luma] = row[even * 2 + layout.luma];
+        group[layout.luma + 2] = row[odd * 2 + layout.luma];
+        for (int32_t chroma = layout.firstChroma; chroma < 4; chroma += 2) {
+            group[chroma] = static_cast<uint8_t>((evenGroup[chroma] + oddGroup[chroma]) >> 1);
+        }
+    }
+}
+
+// The plan of a set without tables.
+[[maybe_unused]] void PlanPackedPlain(ColumnPlan& plan, const ColumnRun& columns,
+                                      const PackedLayout& /*layout*/, int32_t /*rowBytes*/) {
+    plan.columns = columns;
+}
+
+[[maybe_unused]] void TakePackedColumnsPlain(uint8_t* dst, const uint8_t* row,
+                                             const ColumnPlan& plan, const PackedLayout& layout) {
+    TakePackedPlain(dst, row, plan.columns, layout);
+}
+
+// From sample `first` on, which is one of those that change.
+[[maybe_unused]] void DimThirdsPlain(uint8_t* samples, int32_t count, int32_t first) {
+    for (int32_t i = first; i < count; i += 3) {
+        samples[i] = static_cast<uint8_t>(samples[i] * 255 >> 8);
+    }
+}
+
+}  // namespace
+}  // namespace tavo

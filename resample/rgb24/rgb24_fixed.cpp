@@ -1,0 +1,46 @@
+#include "resample/rgb24/rgb24_fixed.h"
+
+#include "resample/fixed_ratio.h"
+
+namespace tavo {
+namespace {
+
+constexpr int32_t kPixelBytes = 3;
+constexpr PixelKind kRgb24 = &RowOps::rgb24;
+
+}  // namespace
+
+int32_t TakeRgb24FourToThreeMixed(const Frame& frame, Member member) {
+    Frame bytes = frame;
+    bytes.dstWidth *= kPixelBytes;
+    bytes.srcWidth *= kPixelBytes;
+    bytes.bytesPerPixel = 1;
+    return TakeFrameFixed(bytes, kFourToThreeMixedRgb24, &RowOps::plane, member);
+}
+
+// Deliberate: each row's end also writes the byte after it, with the blue of the row's last source
+// pixel. Where rows have no padding that is the first byte of the next row in memory, or the byte
+// after the picture. All rows are done before it.
+int32_t BlendRgb24FourToThreeSpilling(const Frame& frame, Member member) {
+    BlendFrameFixedCopyingLast(frame, kFourToThree, Halves::Down, kRgb24, member);
+    for (int32_t y = 0; y < frame.dstHeight; ++y) {
+        frame.DstRow(y)[frame.dstRowBytes] = frame.SrcRow(y)[(frame.srcWidth - 1) * kPixelBytes];
+    }
+    return frame.dstHeight;
+}
+
+// Deliberate: the last pixel but one of each row is blended with a sixteenth of its weight, so it
+// moves five steps at most.
+int32_t BlendRgb24FourToThreeWithFaintEnd(const Frame& frame, Member member) {
+    BlendFrameFixedCopyingLast(frame, kFourToThree, Halves::Down, kRgb24, member);
+    for (int32_t y = 0; y < frame.dstHeight; ++y) {
+        uint8_t* dst = frame.DstRow(y) + (frame.dstWidth - 2) * kPixelBytes;
+        const uint8_t* src = frame.SrcRow(y) + (frame.srcWidth - 3) * kPixelBytes;
+        for (int32_t i = 0; i < kPixelBytes; ++i) {
+            dst[i] = static_cast<uint8_t>(src[i] + (((src[i + kPixelBytes] - src[i]) * 85) >> 12));
+        }
+    }
+    return frame.dstHeight;
+}
+
+}  // namespace tavo

@@ -1,0 +1,15 @@
+// What sets the 640 to 480 kernels of RGB24 apart from the other fixed ratios.
+
+#pragma once
+
+#include "resample/frame.h"
+#include "resample/row_ops.h"
+
+namespace tavo {
+
+// Each returns the number of rows written.
+int32_t TakeRgb24FourToThreeMixed(const Frame& frame, Member member);
+int32_t BlendRgb24FourToThreeSpilling(const Frame& frame, Member member);
+int32_t BlendRgb24FourToThreeWithFaintEnd(const Frame& frame, Member member);
+
+}  // namespace tavo

@@ -1,0 +1,64 @@
+// The choice of row operations for the members that are named after an instruction set.
+
+#include "resample/row_ops.h"
+
+#include <atomic>
+
+namespace tavo {
+namespace {
+
+std::atomic<const RowOps*> chosenRowOps{&kPortableRowOps};
+std::atomic<const RowOps*> chosenForPortable{&kPortableRowOps};
+
+}  // namespace
+
+const RowOps& RowOpsOf(Member member) {
+    const auto& chosen = member == Member::Portable ? chosenForPortable : chosenRowOps;
+    return *chosen.load(std::memory_order_relaxed);
+}
+
+const char* InstructionSetName(InstructionSet set) {
+    switch (set) {
+        case InstructionSet::Portable: break;
+        case InstructionSet::Mmx: return "MMX";
+        case InstructionSet::Ssse3: return "SSSE3";
+        case InstructionSet::Avx2: return "AVX2";
+    }
+    return "portable";
+}
+
+#ifdef TAVO_X86
+
+bool CanRun(InstructionSet set) {
+    __builtin_cpu_init();
+    switch (set) {
+        case InstructionSet::Portable: return true;
+        case InstructionSet::Mmx: return __builtin_cpu_supports("mmx");
+        case InstructionSet::Ssse3: return __builtin_cpu_supports("ssse3");
+        case InstructionSet::Avx2: return __builtin_cpu_supports("avx2");
+    }
+    return false;
+}
+
+void ChooseRowOps(InstructionSet set) {
+    const RowOps* ops = &kPortableRowOps;
+    switch (set) {
+        case InstructionSet::Portable: break;
+        case InstructionSet::Mmx: ops = &kMmxRowOps; break;
+        case InstructionSet::Ssse3: ops = &kSsse3RowOps; break;
+        case InstructionSet::Avx2: ops = &kAvx2RowOps; break;
+    }
+    chosenRowOps.store(ops, std::memory_order_relaxed);
+    chosenForPortable.store(set == InstructionSet::Mmx ? &kPortableRowOps : ops,
+                            std::memory_order_relaxed);
+}
+
+#else
+
+bool CanRun(InstructionSet set) { return set == InstructionSet::Portable; }
+
+void ChooseRowOps(InstructionSet) {}
+
+#endif
+
+}  // namespace tavo

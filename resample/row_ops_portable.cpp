@@ -1,0 +1,57 @@
+// The reference row operations. They read like the formulas; all other sets give their bytes.
+
+#include "resample/portable_columns.h"
+#include "resample/portable_packed422.h"
+
+namespace tavo {
+namespace {
+
+template <typename Pixel, typename Rounding>
+void BlendColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+    BlendColumnsPlain<Pixel, Rounding>(dst, row, plan.columns, 0);
+}
+
+template <typename Pixel>
+void TakeColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+    TakeColumnsPlain<Pixel>(dst, row, plan.columns, 0);
+}
+
+template <typename Pixel>
+constexpr PixelOps kOpsOf = {
+    BlendRowsPlain<Pixel>,        PlanPlain,         PlanPlain, BlendColumns<Pixel, RoundDown>,
+    BlendColumns<Pixel, RoundUp>, TakeColumns<Pixel>};
+
+void Unpack(const PackedSamples& dst, const uint8_t* src, int32_t groups,
+            const PackedLayout& layout) {
+    UnpackPlain(dst, src, groups, layout, 0);
+}
+
+template <typename Average>
+void Pack(uint8_t* dst, const PackedSamples& src, int32_t pixels, const PackedLayout& layout) {
+    PackPlain<Average>(dst, src, pixels, layout, 0);
+}
+
+void DimThirds(uint8_t* samples, int32_t count) { DimThirdsPlain(samples, count, 0); }
+
+void CopyBlocks(uint8_t* dst, const uint8_t* src, int32_t blocks) {
+    for (; blocks > 0; --blocks, dst += 8, src += 8) std::memcpy(dst, src, 8);
+}
+
+void Finish() {}
+
+}  // namespace
+
+const RowOps kPortableRowOps = {
+    kOpsOf<PlanePixel>,
+    kOpsOf<Rgb24Pixel>,
+    kOpsOf<Rgb555Pixel>,
+    kOpsOf<Rgb565Pixel>,
+    {Unpack, Pack<AverageDown>, Pack<AverageUp>,
+     BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<AverageDown>>,
+     BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<AverageUp>>, DimThirds, PlanPackedPlain,
+     TakePackedColumnsPlain},
+    CopyBlocks,
+    Finish,
+};
+
+}  // namespace tavo

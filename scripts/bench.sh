@@ -1,0 +1,78 @@
+#!/usr/bin/env bash
+# Measures the kernels of the 64-bit and the 32-bit build beside other libraries and writes
+# build/bench/speed.{txt,json,svg}.
+# Usage: scripts/bench.sh [--docs] [ARGUMENT...]
+#   --docs      also writes docs/speed.md and docs/speed.png, from a run of everything
+#   ARGUMENT    for build/native/bench/compare, for instance --filter RGB24 or --rounds 31
+
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+out=$root/build/bench
+mkdir -p "$out"
+
+docs=
+arguments=()
+for argument in "$@"; do
+    if [ "$argument" = --docs ]; then docs=yes; else arguments+=("$argument"); fi
+done
+case " ${arguments[*]} " in
+    *" --filter "* | *" --set "* | *" --no-peers "*)
+        [ -z "$docs" ] || die "--docs needs a run of everything"
+        ;;
+esac
+
+# write_page: docs/speed.md, from the table of this run.
+write_page() {
+    local processor demands
+    processor=$(head -n 1 "$out/speed.txt")
+    demands=$(sed -nE 's/^([0-9]+ of [0-9]+) reached$/\1/p' "$out/speed.txt")
+    cat <<PAGE
+# Speed
+
+How fast the kernels are beside what one would pick instead, and beside the memory limit: to read
+the source once and write the destination once.
+
+![Times faster than the fastest other library](speed.png)
+
+Measured with \`scripts/bench.sh --docs\` on one thread of a machine that calls itself
+"$processor", on $(date -u +%Y-%m-%d), built with
+$(c++ --version | head -n 1). **All figures are of one run**; another
+machine, or another hour on a busy one, gives others. All contestants take turns on one core, a round
+of about two milliseconds each, and the medians of the rounds are compared; the clock is the
+processor time of the thread. The method is AUTO, or "Nearest Neighbor AUTO". Each library is there
+with its fastest way, which the last column names, and always as the distribution's 64-bit package,
+beside our 32-bit build too. They do not all compute the same: libyuv, OpenCV and the "fast bilinear"
+of swscale take two samples on each axis, as the kernels here do; the "bilinear" of swscale and zimg
+take more when they reduce, which is slower and smoother. "On bytes" is a scaler of planes, applied
+to rows whose width stays.
+
+Of the goals that the kernels are held to, $demands are reached in this run; the others are marked
+MISSED below.
+
+\`\`\`
+$(cat "$out/speed.txt")
+\`\`\`
+PAGE
+}
+
+install_packages cmake ninja-build g++ make binutils g++-multilib pkgconf googletest \
+    libyuv-dev libswscale-dev libzimg-dev libopencv-dev ${docs:+librsvg2-bin fonts-dejavu-core}
+
+build native compare
+build native32 bench_worker
+
+say "Measuring (some minutes)"
+"$root/build/native/bench/compare" --worker32 "$root/build/native32/bench/bench_worker" \
+    --json "$out/speed.json" --svg "$out/speed.svg" "${arguments[@]}" >"$out/speed.txt" ||
+    die "the measurement failed"
+cat "$out/speed.txt"
+
+if [ -n "$docs" ]; then
+    rsvg-convert -o "$root/docs/speed.png" "$out/speed.svg" || die "cannot draw docs/speed.png"
+    write_page >"$root/docs/speed.md"
+fi
+
+say "Made"
+for file in build/bench/speed.{txt,json,svg} ${docs:+docs/speed.md docs/speed.png}; do
+    printf '  %-60s %s\n' "$file" "$(du -h "$root/$file" | cut -f1)"
+done

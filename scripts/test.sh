@@ -1,0 +1,40 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds everything, and runs all tests: natively in 64 and 32 bits, under
+# the sanitizers, and under Wine in both bitnesses.
+# Usage: scripts/test.sh [PRESET...]    (native native32 asan win32 win64; all of them by default)
+
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+presets=("$@")
+[ ${#presets[@]} -gt 0 ] || presets=(native native32 asan win32 win64)
+for preset in "${presets[@]}"; do
+    case $preset in
+        native | native32 | asan | win32 | win64) ;;
+        *) die "there is no build called $preset (native native32 asan win32 win64)" ;;
+    esac
+done
+
+install_packages "${packages_build[@]}" "${packages_wine32[@]}" \
+    g++-multilib g++-mingw-w64-x86-64-posix googletest libbenchmark-dev clang-format \
+    wine64 gstreamer1.0-plugins-good gstreamer1.0-libav qemu-user
+
+say "Checking the format of the sources"
+(cd "$root" && find . -path ./build -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 |
+    xargs -0 clang-format --dry-run -Werror) ||
+    die "clang-format would change the files above"
+
+failed=()
+for preset in "${presets[@]}"; do
+    build "$preset"
+    say "Testing $preset"
+    runner=()
+    case $preset in win*) runner=(xvfb-run -a) ;; esac
+    (cd "$root" && "${runner[@]}" ctest --preset "$preset") || failed+=("$preset")
+done
+
+say "Result"
+for preset in "${presets[@]}"; do
+    echo "  $preset: build/$preset, log in build/$preset/Testing/Temporary/LastTest.log"
+done
+[ ${#failed[@]} -eq 0 ] || die "tests failed in: ${failed[*]}"
+echo "All tests passed in: ${presets[*]}"

@@ -1,0 +1,215 @@
+// A thousand lives of the filter in the platform's graph: nothing may pile up.
+#include <windows.h>
+
+#include <psapi.h>
+
+#include <atomic>
+#include <mutex>
+#include <thread>
+
+#include "tests/filter/support/filter_rig.h"
+#include "tests/filter/support/pictures.h"
+#include "tests/support/graph.h"
+
+using namespace tavo_test;
+
+namespace {
+
+struct Usage {
+    DWORD handles = 0;
+    SIZE_T memory = 0;
+
+    static Usage Now() {
+        Usage usage;
+        GetProcessHandleCount(GetCurrentProcess(), &usage.handles);
+        PROCESS_MEMORY_COUNTERS counters = {};
+        GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+        usage.memory = counters.PagefileUsage;
+        return usage;
+    }
+};
+
+class StressTest : public FilterTest {
+  protected:
+    StressTest() { checksTaskMemory_ = false; }
+
+    // Runs `round` so often that caches have settled, then `rounds` times more, and compares.
+    template <typename Round>
+    void ExpectNothingPilesUp(int rounds, Round round) {
+        const int warmUp = rounds / 5;
+        for (int i = 0; i < warmUp; ++i) {
+            round(i);
+            if (HasFatalFailure()) return;
+        }
+        const Usage before = Usage::Now();
+        for (int i = 0; i < rounds; ++i) {
+            round(i);
+            if (HasFatalFailure()) return;
+        }
+        const Usage after = Usage::Now();
+        EXPECT_LE(after.handles, before.handles + 4) << "a handle a round would be " << rounds;
+        const auto grown =
+            static_cast<long long>(after.memory) - static_cast<long long>(before.memory);
+        // The smallest object that could be lost each round is larger than this.
+        EXPECT_LT(grown, rounds * 128LL);
+        std::printf("  %d rounds: %lld bytes more, %ld handles more\n", rounds, grown,
+                    static_cast<long>(after.handles) - static_cast<long>(before.handles));
+    }
+};
+
+// What the tests' own filters remember of a round must not count as the filter's.
+void Forget(FilterRig& rig) {
+    rig.sink->pin().ClearSamples();
+    rig.sink->calls().Clear();
+    rig.sink->pin().calls().Clear();
+    rig.source->calls().Clear();
+    rig.source->pin().calls().Clear();
+    rig.sink->pin().ownAllocator()->calls().Clear();
+}
+
+void LiveAndDie(int number) {
+    const PixelFormat& format = Format(number % 3 ? "YV12" : "RGB24");
+    const bool sameSize = number % 3 == 0;
+    FilterRig rig(
+        {.allocator = number % 2 ? SinkAllocator::kOwn : SinkAllocator::kNone, .keepBytes = false});
+    Graph graph;
+    ASSERT_EQ(graph.Add(rig.source.Get(), L"source"), S_OK);
+    ASSERT_EQ(graph.Add(rig.filter.Get(), L"vantrel"), S_OK);
+    ASSERT_EQ(graph.Add(rig.sink.Get(), L"sink"), S_OK);
+    if (!sameSize) rig.settings->SetOutputSize(40 + number % 20, 36);
+    if (number % 5 == 0) rig.settings->SetFrameRate(50.0);
+    rig.source->pin().offered = {TypeOf(format, 64, 48)};
+    ASSERT_EQ(graph.Connect(&rig.source->pin(), rig.input.Get()), S_OK);
+    ASSERT_EQ(graph.Connect(rig.output.Get(), &rig.sink->pin()), S_OK);
+    if (number % 7 == 0) {
+        EXPECT_EQ(rig.settings->ApplySettings(), 1);
+    }
+    const std::vector<BYTE> frame(static_cast<size_t>(RuleFrameBytes(format, 64, 48)));
+    ASSERT_EQ(graph.Pause(), S_OK);
+    ASSERT_EQ(graph.Run(), S_OK);
+    for (int i = 0; i < 2; ++i) {
+        SampleSpec spec = {.bytes = frame};
+        if (number % 4) {
+            spec.start = i * 400000;
+            spec.stop = (i + 1) * 400000;
+        }
+        EXPECT_TRUE(SUCCEEDED(rig.Deliver(spec)));
+    }
+    ASSERT_EQ(graph.Pause(), S_OK);
+    ASSERT_EQ(graph.Stop(), S_OK);
+    ASSERT_EQ(graph.Disconnect(rig.output.Get()), S_OK);
+    ASSERT_EQ(graph.Disconnect(&rig.sink->pin()), S_OK);
+    ASSERT_EQ(graph.Disconnect(&rig.source->pin()), S_OK);
+    ASSERT_EQ(graph.Disconnect(rig.input.Get()), S_OK);
+    EXPECT_FALSE(rig.sink->pin().connected());
+    EXPECT_FALSE(rig.source->pin().connected());
+}
+
+TEST_F(StressTest, AThousandLivesInTheGraph) { ExpectNothingPilesUp(1000, LiveAndDie); }
+
+TEST_F(StressTest, AThousandReconnectionsOfOneFilter) {
+    FilterRig rig({.keepBytes = false});
+    const std::vector<BYTE> frame(64 * 48 * 3 / 2);
+    ExpectNothingPilesUp(1000, [&](int number) {
+        rig.settings->SetOutputSize(40 + number % 200, 36 + number % 70);
+        const PixelFormat& format = Format("YV12");
+        ASSERT_EQ(rig.Connect(TypeOf(format, 64, 48)), S_OK);
+        ASSERT_EQ(rig.Start(), S_OK);
+        const HRESULT delivered = rig.Deliver(frame);
+        const auto [width, height] = rig.OutputSize();
+        EXPECT_TRUE(delivered == S_OK || width == 64 || height == 48);
+        ASSERT_EQ(rig.Stop(), S_OK);
+        rig.DisconnectOutput();
+        rig.DisconnectInput();
+        Forget(rig);
+    });
+}
+
+TEST_F(StressTest, AThousandRefusedConnections) {
+    FilterRig rig({.accept = [](const AM_MEDIA_TYPE&) { return false; }});
+    ExpectNothingPilesUp(1000, [&](int number) {
+        const PixelFormat& format = AllFormats()[static_cast<size_t>(number) % AllFormats().size()];
+        ASSERT_EQ(rig.ConnectInput(TypeOf(format, 64, 48)), S_OK);
+        ASSERT_EQ(rig.ConnectOutput(), VFW_E_NO_ACCEPTABLE_TYPES);
+        rig.DisconnectInput();
+        ASSERT_TRUE(FAILED(rig.ConnectInput(MakeVideoType({.subtype = MEDIASUBTYPE_RGB32}))));
+        Forget(rig);
+    });
+}
+
+TEST_F(StressTest, AThousandTypesOnSamples) {
+    FilterRig rig({.allocator = SinkAllocator::kOwn,
+                   .ownAllocator = {.size = 100 * 100 * 2},
+                   .keepBytes = false});
+    rig.settings->SetOutputSize(40, 36);
+    ASSERT_EQ(rig.Connect(TypeOf(Format("YV12"), 64, 48)), S_OK);
+    ASSERT_EQ(rig.Start(), S_OK);
+    ExpectNothingPilesUp(1000, [&](int number) {
+        const int width = 50 + number % 40;
+        rig.sink->pin().ownAllocator()->AttachTypeOnce(
+            *TypeOf(Format("YV12"), 20 + number % 20, 18 + number % 15));
+        const SampleSpec spec = {.type = TypeOf(Format("YV12"), width, 60),
+                                 .freestanding = SampleConfig{.size = width * 60 * 3 / 2}};
+        EXPECT_EQ(rig.Deliver(spec), S_OK);
+        Forget(rig);
+    });
+}
+
+// A streaming thread, a page that changes and applies everything, and a transport that starts and
+// stops the graph, all at once. Only a reconnection and a start exclude each other: the graph
+// itself would lose the connection between the two.
+TEST_F(StressTest, StartAndStopUnderAPageThatNeverRests) {
+    FilterRig rig({.keepBytes = false});
+    Graph graph;
+    ASSERT_EQ(graph.Add(rig.source.Get(), L"source"), S_OK);
+    ASSERT_EQ(graph.Add(rig.filter.Get(), L"vantrel"), S_OK);
+    ASSERT_EQ(graph.Add(rig.sink.Get(), L"sink"), S_OK);
+    rig.source->pin().offered = {TypeOf(Format("YV12"), 64, 48)};
+    ASSERT_EQ(graph.Connect(&rig.source->pin(), rig.input.Get()), S_OK);
+    ASSERT_EQ(graph.Connect(rig.output.Get(), &rig.sink->pin()), S_OK);
+    std::mutex graphCalls;
+    std::atomic<bool> done = false;
+    std::atomic<int> applied = 0;
+    std::thread page([&] {
+        ComApartment com;
+        for (int i = 0; !done; ++i) {
+            rig.settings->SetOutputSize(40 + i % 50, 36 + i % 10);
+            rig.settings->SetScaleMethod(i % 3);
+            rig.settings->SetFrameRate(i % 2 ? 30.0 : 0.0);
+            double value = 0;
+            rig.settings->GetSystemFps(&value);
+            rig.settings->GetGenerateFps(&value);
+            rig.settings->GetModuleTime(&value);
+            const std::lock_guard lock(graphCalls);
+            applied += rig.settings->ApplySettings() == 1;
+            Sleep(1);
+        }
+    });
+    std::atomic<int> frames = 0;
+    for (int round = 0; round < 100; ++round) {
+        {
+            const std::lock_guard lock(graphCalls);
+            ASSERT_TRUE(SUCCEEDED(graph.Run()));
+        }
+        std::thread streamer([&] {
+            const std::vector<BYTE> frame(64 * 48 * 3 / 2);
+            for (int i = 0; i < 20; ++i) {
+                const SampleSpec spec = {
+                    .start = i * 400000, .stop = (i + 1) * 400000, .bytes = frame};
+                if (rig.Deliver(spec) == S_OK) ++frames;
+            }
+        });
+        Sleep(static_cast<DWORD>(round % 4));
+        ASSERT_TRUE(SUCCEEDED(graph.Stop()));
+        streamer.join();
+        rig.sink->pin().ClearSamples();
+        Sleep(2);
+    }
+    done = true;
+    page.join();
+    EXPECT_GT(frames, 100);
+    EXPECT_GT(applied, 10);
+    std::printf("  %d frames, %d times applied\n", frames.load(), applied.load());
+}
+
+}  // namespace

@@ -1,0 +1,79 @@
+// Stopping in the middle: what was written is a complete file.
+
+#include <gtest/gtest.h>
+
+#include "host/file_store.h"
+#include "tests/host/movie_files.h"
+#include "tests/host/run_program.h"
+
+namespace tavo {
+namespace {
+
+using tavo_test::NoiseFrames;
+using tavo_test::Output;
+using tavo_test::RunningProgram;
+using tavo_test::WriteMovie;
+
+class VantrelStop : public tavo_test::MovieTest {};
+
+// One picture and very many empty chunks, each of which shows it again: a small file for a run
+// that is certainly not over when it is interrupted.
+void WriteEndlessMovie(const std::filesystem::path& path, const VideoFormat& video) {
+    WriteMovie(path, video, NoiseFrames(video, 1), {25, 1});
+    const tavo_test::Movie movie = tavo_test::ReadMovie(path);
+    FileStore file;
+    std::vector<std::byte> start(static_cast<size_t>(movie.avi.frames[0]) + movie.avi.imageSize);
+    ASSERT_EQ(file.OpenForReading(path), IoResult::Ok);
+    ASSERT_EQ(file.ReadAt(0, start), IoResult::Ok);
+    constexpr size_t kRepeats = 2'000'000;
+    // Sizes of 0, as an interrupted writer leaves them, reach to the end of the file.
+    for (const uint64_t at : {uint64_t{4}, movie.avi.frames[0] - 16}) {
+        std::fill_n(start.begin() + static_cast<ptrdiff_t>(at), 4, std::byte{0});
+    }
+    const size_t tail = start.size();
+    start.resize(tail + kRepeats * 8);
+    for (size_t i = 0; i < kRepeats; ++i) {
+        const char code[] = "00dc";
+        for (size_t k = 0; k < 4; ++k) start[tail + i * 8 + k] = static_cast<std::byte>(code[k]);
+    }
+    ASSERT_EQ(file.Create(path), IoResult::Ok);
+    ASSERT_EQ(file.WriteAt(0, start), IoResult::Ok);
+}
+
+BOOL WINAPI IgnoreControl(DWORD) { return TRUE; }
+
+TEST_F(VantrelStop, CtrlCLeavesACompleteFile) {
+    const VideoFormat video = {PixelFormat::YVYU, FourCc('Y', 'V', 'Y', 'U'), 64, 48};
+    WriteEndlessMovie(Path(L"in.avi"), video);
+    // The event reaches all that share a console with the sender, which is one of them.
+    if (GetConsoleWindow() == nullptr) {
+        FreeConsole();
+        ASSERT_TRUE(AllocConsole()) << GetLastError();
+    }
+    ASSERT_TRUE(SetConsoleCtrlHandler(IgnoreControl, TRUE));
+    RunningProgram program(tavo_test::VantrelPath(), {Path(L"in.avi"), Path(L"out.avi")});
+    ASSERT_TRUE(program.Started());
+    std::error_code ignored;
+    for (int i = 0; i < 300 && std::filesystem::file_size(Path(L"out.avi"), ignored) + 1 < 2000000;
+         ++i) {
+        Sleep(100);
+    }
+    ASSERT_FALSE(program.HasEnded());
+    ASSERT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0)) << GetLastError();
+    const Output run = program.Wait(60);
+    SetConsoleCtrlHandler(IgnoreControl, FALSE);
+    EXPECT_EQ(run.exitCode, 3u) << run.error;
+    EXPECT_NE(run.error.find("stopped after "), std::string::npos) << run.error;
+    EXPECT_NE(run.out.find("Frames "), std::string::npos) << run.out;
+
+    FileStore file;
+    ASSERT_EQ(file.OpenForReading(Path(L"out.avi")), IoResult::Ok);
+    const tavo_test::CheckedAvi avi = tavo_test::CheckAvi(file);
+    EXPECT_EQ(avi.fault, "");
+    EXPECT_GT(avi.frames.size(), 100u);
+    EXPECT_LT(avi.frames.size(), 2000000u);
+    EXPECT_EQ(avi.streamFrames, avi.frames.size());
+}
+
+}  // namespace
+}  // namespace tavo

@@ -1,0 +1,59 @@
+// The list of instruction sets, and what a processor has to offer for each.
+
+#include "tests/kernel_check/backends.h"
+
+#include "cpu/cpu_level.h"
+#include "resample/kernel_table.h"
+#include "resample/row_ops.h"
+
+namespace tavo::check {
+namespace {
+
+struct SetToCheck {
+    const char* name;
+    InstructionSet set;
+};
+
+// A new instruction set needs a line here.
+constexpr SetToCheck kSets[] = {
+    {"portable operations", InstructionSet::Portable},
+    {"MMX operations", InstructionSet::Mmx},
+    {"SSSE3 operations", InstructionSet::Ssse3},
+    {"AVX2 operations", InstructionSet::Avx2},
+};
+
+bool CanRunLevel(int level) {
+    const int own = GetCpuLevel();
+    if (level == 0) return true;
+    return level == 2 ? own == 2 : own >= 1;
+}
+
+}  // namespace
+
+std::vector<Backend> RunnableBackends() {
+    std::vector<Backend> backends;
+    for (const SetToCheck& set : kSets) {
+        if (CanRun(set.set)) {
+            backends.push_back({set.name, false, 0, 0, static_cast<int>(set.set)});
+        }
+    }
+    for (int level = 0; level <= 4; ++level) {
+        for (int speedClass : {0, -1}) {
+            if (!CanRunLevel(level)) continue;
+            const std::string name =
+                "level " + std::to_string(level) + (speedClass < 0 ? " (slow)" : "");
+            backends.push_back({name, true, level, speedClass, 0});
+        }
+    }
+    return backends;
+}
+
+void Activate(const Backend& backend) {
+    if (backend.isLevel) {
+        FillKernelTable(backend.level, backend.speedClass);
+    } else {
+        ChooseRowOps(static_cast<InstructionSet>(backend.instructionSet));
+    }
+}
+
+}  // namespace tavo::check

@@ -1,0 +1,52 @@
+// The sizes, maps and data that kernels are tried with.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "tests/kernel_check/kernel_rows.h"
+#include "tests/resample/support/test_data.h"
+
+namespace tavo::check {
+
+struct Sizes {
+    int srcWidth;
+    int srcHeight;
+    int dstWidth;
+    int dstHeight;
+};
+
+enum class MapKind {
+    OfSizes,       // the maps that the sizes call for
+    Random,        // steps and weights at random
+    EveryWeightX,  // each weight once, with every difference of two samples
+    EveryWeightY,
+};
+
+struct CasePlan {
+    Axis axis;
+    Sizes sizes;
+    MapKind maps;
+    test::Pattern pattern;
+    uint64_t seed;
+};
+
+struct Effort {
+    bool quick;
+    uint64_t seed;
+};
+
+// Everything that the kernels of a row are tried with, in the same order for the same seed.
+std::vector<CasePlan> PlanCases(const ScaleRow& row, const Effort& effort);
+
+// Whether a kernel of the row is made for these sizes; some rows hold a kernel of another ratio.
+bool Serves(const ScaleRow& row, const ExpectedKernel& kernel, const Sizes& sizes);
+
+Source MakeSource(Format format, const CasePlan& plan);
+Maps MakeMaps(const CasePlan& plan);
+
+std::string Describe(const CasePlan& plan);
+
+}  // namespace tavo::check

@@ -1,0 +1,117 @@
+// Calling and judging.
+
+#include "tests/kernel_check/trial.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+#include "tests/resample/support/odd_stack.h"
+#include "tests/resample/support/x87_state.h"
+
+namespace tavo::check {
+namespace {
+
+template <typename Kernel, typename... Arguments>
+int32_t CallOn([[maybe_unused]] unsigned stack, Kernel kernel, Arguments... arguments) {
+#if defined(__i386__)
+    return test::CallOnOddStack(stack, kernel, arguments...);
+#else
+    return kernel(arguments...);
+#endif
+}
+
+int FillOf(test::Guard guard) { return guard == test::Guard::Behind ? 0 : 1; }
+
+}  // namespace
+
+Expectation::Expectation(Canvas canvas) : canvas_(std::move(canvas)) {
+    for (int fill : {0, 1}) {
+        filled_[fill].reserve(canvas_.Size());
+        for (size_t place = 0; place < canvas_.Size(); ++place) {
+            filled_[fill].push_back(canvas_.Expected(place, kFills[fill]));
+        }
+    }
+}
+
+std::string Expectation::Compare(const uint8_t* actual, int fill) const {
+    const size_t size = Size();
+    if (size == 0 || std::memcmp(actual, filled_[fill].data(), size) == 0) return {};
+    const size_t place = canvas_.FirstDifference(actual, kFills[fill]);
+    if (place == size) return {};
+    const size_t stride = std::max<size_t>(static_cast<size_t>(canvas_.Stride()), 1);
+    return "stored row " + std::to_string(place / stride) + " byte " +
+           std::to_string(place % stride) + " (byte " + std::to_string(place) + " of " +
+           std::to_string(size) + ") is " + std::to_string(actual[place]) + ", expected " +
+           std::to_string(filled_[fill][place]);
+}
+
+void Workspace::GuardedMap::Place(const Entries& entries, test::Guard guard) {
+    const size_t count = entries.indices.size();
+    uint8_t* weights = weightBuffer_.Place(count, guard, 0);
+    uint8_t* indices = indexBuffer_.Place(count * sizeof(int32_t), guard, 0);
+    for (size_t i = 0; i < count; ++i) weights[i] = static_cast<uint8_t>(entries.weights[i]);
+    if (count > 0) std::memcpy(indices, entries.indices.data(), count * sizeof(int32_t));
+    record_ = {static_cast<int32_t>(count), 0, 8, weights, reinterpret_cast<int32_t*>(indices)};
+    entries_ = &entries;
+}
+
+bool Workspace::GuardedMap::Intact() const {
+    const size_t count = entries_->indices.size();
+    if (!weightBuffer_.CanariesIntact() || !indexBuffer_.CanariesIntact()) return false;
+    for (size_t i = 0; i < count; ++i) {
+        if (record_.weights[i] != entries_->weights[i]) return false;
+    }
+    return count == 0 ||
+           std::memcmp(record_.indices, entries_->indices.data(), count * sizeof(int32_t)) == 0;
+}
+
+void Workspace::Place(const Source& source, const Maps& maps, test::Guard guard) {
+    guard_ = guard;
+    source_ = &source;
+    uint8_t* src = srcBuffer_.Place(source.bytes.size(), guard, 0);
+    if (!source.bytes.empty()) std::memcpy(src, source.bytes.data(), source.bytes.size());
+    src_ = src;
+    xMap_.Place(maps.x, guard);
+    yMap_.Place(maps.y, guard);
+}
+
+uint8_t* Workspace::PlaceDestination(const Expectation& expectation) {
+    dst_ = dstBuffer_.Place(expectation.Size(), guard_, kFills[FillOf(guard_)]);
+    return dst_;
+}
+
+std::string Workspace::Verdict(const Expectation& expectation, int result, int rows) const {
+    if (test::X87TagWord() != test::kEmptyTagWord) {
+        asm volatile("emms");
+        return "x87 registers in use (missing emms)";
+    }
+    if (result != rows) return "returned " + std::to_string(result);
+    if (!dstBuffer_.CanariesIntact()) return "wrote beside the destination";
+    const auto& bytes = source_->bytes;
+    if (!srcBuffer_.CanariesIntact() ||
+        (!bytes.empty() && std::memcmp(src_, bytes.data(), bytes.size()) != 0)) {
+        return "wrote into the source";
+    }
+    if (!xMap_.Intact() || !yMap_.Intact()) return "wrote into a map";
+    return expectation.Compare(dst_, FillOf(guard_));
+}
+
+std::string Workspace::Run(ScaleKernel kernel, const Expectation& expectation, int dstWidth,
+                           int dstHeight, const CallStyle& style) {
+    uint8_t* dst = PlaceDestination(expectation);
+    const AxisMap* xMap = style.withXMap ? xMap_.Record() : nullptr;
+    const AxisMap* yMap = style.withYMap ? yMap_.Record() : nullptr;
+    const int32_t result = CallOn(style.stack, kernel, dst, src_, dstWidth, dstHeight,
+                                  source_->width, style.srcHeight, xMap, yMap);
+    return Verdict(expectation, result, std::abs(dstHeight));
+}
+
+std::string Workspace::Run(CopyKernel kernel, const Expectation& expectation, int width, int height,
+                           int bitsPerPixel, unsigned stack) {
+    uint8_t* dst = PlaceDestination(expectation);
+    const int32_t result = CallOn(stack, kernel, dst, src_, width, height, bitsPerPixel);
+    return Verdict(expectation, result, std::abs(height));
+}
+
+}  // namespace tavo::check

@@ -1,0 +1,78 @@
+// One case in guarded memory: kernels are run on it, one after the other, and what they wrote is
+// compared with what the oracle expects.
+
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "resample/scale_kernel.h"
+#include "tests/kernel_check/oracle/oracles.h"
+#include "tests/resample/support/guarded_buffer.h"
+
+namespace tavo::check {
+
+// What a destination of one sign of the height has to hold.
+class Expectation {
+  public:
+    explicit Expectation(Canvas canvas);
+
+    size_t Size() const { return canvas_.Size(); }
+
+    // Nothing, or what is wrong. Untouched bytes hold the first or the second fill.
+    std::string Compare(const uint8_t* actual, int fill) const;
+
+  private:
+    Canvas canvas_;
+    std::vector<uint8_t> filled_[2];
+};
+
+constexpr uint8_t kFills[2] = {0xa7, 0x58};
+
+// How a kernel is called.
+struct CallStyle {
+    int srcHeight;  // as passed
+    bool withXMap;  // otherwise null
+    bool withYMap;
+    unsigned stack;  // 0, 4, 8 or 12 bytes below a multiple of 16, in 32-bit builds
+};
+
+class Workspace {
+  public:
+    // Puts source and maps next to their guards. The source and the entries must stay alive.
+    void Place(const Source& source, const Maps& maps, test::Guard guard);
+
+    // Nothing, or what is wrong. dstHeight has the sign to call with.
+    std::string Run(ScaleKernel kernel, const Expectation& expectation, int dstWidth, int dstHeight,
+                    const CallStyle& style);
+    std::string Run(CopyKernel kernel, const Expectation& expectation, int width, int height,
+                    int bitsPerPixel, unsigned stack);
+
+  private:
+    class GuardedMap {
+      public:
+        void Place(const Entries& entries, test::Guard guard);
+        bool Intact() const;
+        const AxisMap* Record() const { return &record_; }
+
+      private:
+        test::GuardedBuffer weightBuffer_;
+        test::GuardedBuffer indexBuffer_;
+        const Entries* entries_ = nullptr;
+        AxisMap record_{};
+    };
+
+    uint8_t* PlaceDestination(const Expectation& expectation);
+    std::string Verdict(const Expectation& expectation, int result, int rows) const;
+
+    test::Guard guard_ = test::Guard::Behind;
+    test::GuardedBuffer dstBuffer_;
+    test::GuardedBuffer srcBuffer_;
+    GuardedMap xMap_;
+    GuardedMap yMap_;
+    const Source* source_ = nullptr;
+    const uint8_t* src_ = nullptr;
+    uint8_t* dst_ = nullptr;
+};
+
+}  // namespace tavo::check

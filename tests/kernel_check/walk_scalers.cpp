@@ -1,0 +1,159 @@
+// The walk over the rows of scalers.
+
+#include <climits>
+#include <cstdio>
+#include <map>
+
+#include "resample/kernel_table.h"
+#include "tests/kernel_check/trial.h"
+#include "tests/kernel_check/walk.h"
+
+namespace tavo::check {
+namespace {
+
+// One slot with one backend.
+struct Task {
+    int slot;
+    const ExpectedKernel* expected;
+    std::string label;
+};
+
+struct BackendTasks {
+    Backend backend;
+    std::vector<Task> tasks;
+};
+
+std::vector<BackendTasks> PlanTasks(const ScaleRow& row, const std::string& filter) {
+    std::vector<BackendTasks> plan;
+    for (const Backend& backend : RunnableBackends()) {
+        BackendTasks entry{backend, {}};
+        for (int slot = 0; slot < kKernelSlots; ++slot) {
+            const std::string label = LabelOf(row, slot, backend);
+            if (!CoversSlot(backend, slot) || !Matches(label, filter)) continue;
+            const int source = ScaleSource(row.row, slot, backend.level, backend.speedClass);
+            entry.tasks.push_back({slot, &row.InSlot(source), label});
+        }
+        if (!entry.tasks.empty()) plan.push_back(entry);
+    }
+    return plan;
+}
+
+// What a kernel that may not read something is given instead.
+CallStyle StyleOf(const ScaleRow& row, const ExpectedKernel& kernel, const Sizes& sizes,
+                  unsigned turn) {
+    CallStyle style{sizes.srcHeight, true, true, turn * 4 % 16};
+    if (turn / 2 % 2 == 1) style.srcHeight = -sizes.srcHeight;
+    const bool plain = turn % 2 == 0;
+    switch (row.axis) {
+        case Axis::Both:
+        case Axis::Copy: break;
+        case Axis::Vertical: style.withXMap = plain; break;
+        case Axis::H640:
+        case Axis::H720: style.withXMap = plain; [[fallthrough]];
+        case Axis::Horizontal:
+            // The careful path of this one takes its source rows from the vertical map.
+            style.withYMap = plain || kernel.name == std::string("ScaleBilinearH_Planar_MMX");
+            if (!plain) style.srcHeight = turn / 2 % 2 == 1 ? INT_MIN : 0;
+            break;
+    }
+    return style;
+}
+
+class CaseRun {
+  public:
+    CaseRun(const ScaleRow& row, const CasePlan& plan, Workspace& workspace, Tally& tally)
+        : row_(row),
+          plan_(plan),
+          source_(MakeSource(row.format, plan)),
+          maps_(MakeMaps(plan)),
+          workspace_(workspace),
+          tally_(tally) {}
+
+    void Run(const std::vector<BackendTasks>& plan, bool withLevels) {
+        for (test::Guard guard : {test::Guard::Behind, test::Guard::InFront}) {
+            workspace_.Place(source_, maps_, guard);
+            guard_ = guard;
+            for (const BackendTasks& entry : plan) {
+                if (entry.backend.isLevel && !withLevels) continue;
+                Activate(entry.backend);
+                for (const Task& task : entry.tasks) Try(task);
+            }
+        }
+    }
+
+  private:
+    void Try(const Task& task) {
+        if (!Serves(row_, *task.expected, plan_.sizes)) return;
+        const ScaleKernel kernel = KernelTable[row_.row][task.slot].scale;
+        if (kernel != task.expected->kernel) {
+            tally_.Fail(task.label, "another kernel stands in this slot", "");
+            return;
+        }
+        for (int sign : {1, -1}) {
+            const CallStyle style = StyleOf(row_, *task.expected, plan_.sizes, turn_++);
+            const std::string where = Where(sign, style);
+            test::SetCurrentTrial((task.label + ": " + where).c_str());
+            const std::string wrong =
+                workspace_.Run(kernel, ExpectationOf(task.expected->oracle, sign),
+                               plan_.sizes.dstWidth, plan_.sizes.dstHeight * sign, style);
+            if (wrong.empty()) {
+                tally_.Pass();
+            } else {
+                tally_.Fail(task.label, wrong, where);
+            }
+        }
+    }
+
+    std::string Where(int sign, const CallStyle& style) const {
+        if (description_.empty()) description_ = Describe(plan_);
+        return description_ + (sign < 0 ? ", bottom-up" : "") + ", source height passed " +
+               std::to_string(style.srcHeight) + (style.withXMap ? "" : ", no xMap") +
+               (style.withYMap ? "" : ", no yMap") +
+               (guard_ == test::Guard::Behind ? ", guard behind" : ", guard in front");
+    }
+
+    const Expectation& ExpectationOf(Oracle oracle, int sign) {
+        const auto key = std::make_pair(oracle, sign);
+        const auto found = expectations_.find(key);
+        if (found != expectations_.end()) return found->second;
+        Canvas canvas(row_.format, plan_.sizes.dstWidth, plan_.sizes.dstHeight * sign);
+        oracle(canvas, source_, maps_);
+        return expectations_.emplace(key, Expectation(std::move(canvas))).first->second;
+    }
+
+    const ScaleRow& row_;
+    const CasePlan& plan_;
+    const Source source_;
+    const Maps maps_;
+    Workspace& workspace_;
+    Tally& tally_;
+    test::Guard guard_ = test::Guard::Behind;
+    unsigned turn_ = 0;
+    mutable std::string description_;
+    std::map<std::pair<Oracle, int>, Expectation> expectations_;
+};
+
+}  // namespace
+
+void WalkScaleRow(const ScaleRow& row, const WalkOptions& options, Tally& tally) {
+    const std::vector<BackendTasks> tasks = PlanTasks(row, options.filter);
+    if (tasks.empty()) return;
+    const Tally before = tally;
+    const std::vector<CasePlan> cases = PlanCases(row, options.effort);
+    Workspace workspace;
+    // Levels choose among kernels that each instruction set is tried with in full.
+    const size_t share = options.effort.quick ? 60 : 16;
+    size_t turn = 0;
+    for (const CasePlan& plan : cases) {
+        CaseRun(row, plan, workspace, tally).Run(tasks, turn++ % share == 0);
+    }
+    const uint64_t passed = tally.Passed() - before.Passed();
+    const uint64_t failed = tally.Failed() - before.Failed();
+    std::printf("row %2d %s %s: %zu cases, %zu backends, %llu comparisons, %llu failed\n", row.row,
+                NameOf(row.format), NameOf(row.axis), cases.size(), tasks.size(),
+                static_cast<unsigned long long>(passed + failed),
+                static_cast<unsigned long long>(failed));
+    std::fflush(stdout);
+}
+
+}  // namespace tavo::check

@@ -1,0 +1,256 @@
+// Pages that come and go: in any order with their objects, many times over, with nothing left
+// behind. Needs a display.
+#include <thread>
+
+#include "pages/resource_ids.h"
+#include "tests/pages/support/page_frame.h"
+
+using namespace tavo_test;
+
+namespace {
+
+constexpr CLSID kPages[] = {CLSID_ResamplePropertyPage, CLSID_TimeRegulatorPropertyPage};
+
+class PageLifetime : public PagesTest {};
+
+// An object that is no filter of ours.
+class WrongObject final : public IUnknown {
+  public:
+    virtual ~WrongObject() = default;
+    HRESULT result = E_NOINTERFACE;
+    long references = 0;
+
+    STDMETHODIMP QueryInterface(REFIID, void** object) override {
+        *object = nullptr;
+        return result;
+    }
+    STDMETHODIMP_(ULONG) AddRef() override { return static_cast<ULONG>(++references); }
+    STDMETHODIMP_(ULONG) Release() override { return static_cast<ULONG>(--references); }
+};
+
+TEST_F(PageLifetime, WrongObjectsAreRefused) {
+    for (const CLSID& clsid : kPages) {
+        PageFrame frame(clsid);
+        WrongObject wrong;
+        for (const HRESULT result : {E_NOINTERFACE, E_FAIL, E_OUTOFMEMORY}) {
+            wrong.result = result;
+            EXPECT_EQ(frame.Connect(&wrong), E_NOINTERFACE);
+        }
+        EXPECT_EQ(wrong.references, 0);
+        // A frame that shows the page all the same gets one that does nothing.
+        ASSERT_EQ(frame.Open(), S_OK);
+        EXPECT_EQ(frame.Send(WM_TIMER, 3), TRUE);
+        frame.site.notices.clear();
+        Click(frame.Control(IDC_ENABLE));
+        Click(frame.Control(IDC_ENABLE));
+        Type(frame.Control(IDC_WIDTH), "1");
+        EXPECT_EQ(frame.Apply(), E_UNEXPECTED);
+        EXPECT_TRUE(frame.IsDirty());
+    }
+}
+
+TEST_F(PageLifetime, AWrongObjectTakesThePlaceOfTheRightOne) {
+    for (const CLSID& clsid : kPages) {
+        PageFrame frame(clsid);
+        FakeSettings settings;
+        WrongObject wrong;
+        ASSERT_EQ(frame.Connect(&settings), S_OK);
+        EXPECT_EQ(settings.references, 1);
+        EXPECT_EQ(frame.Connect(&settings), S_OK);
+        EXPECT_EQ(settings.references, 1);
+        EXPECT_EQ(frame.Connect(&wrong), E_NOINTERFACE);
+        EXPECT_EQ(settings.references, 0);
+    }
+}
+
+TEST_F(PageLifetime, DisconnectingReleasesTheObjectOnce) {
+    for (const CLSID& clsid : kPages) {
+        PageFrame frame(clsid);
+        FakeSettings settings;
+        EXPECT_EQ(frame.Disconnect(), S_OK);
+        ASSERT_EQ(frame.Connect(&settings), S_OK);
+        EXPECT_EQ(settings.references, 1);
+        EXPECT_EQ(frame.Disconnect(), S_OK);
+        EXPECT_EQ(frame.Disconnect(), S_OK);
+        EXPECT_EQ(settings.references, 0);
+        ASSERT_EQ(frame.Connect(&settings), S_OK);
+        frame.page.Reset();
+        EXPECT_EQ(settings.references, 0);
+    }
+}
+
+TEST_F(PageLifetime, ThePageKeepsAFilterThatItsOwnerReleases) {
+    for (const CLSID& clsid : kPages) {
+        PageFrame frame(clsid);
+        ComPtr<IBaseFilter> filter = CreateFilter();
+        const ULONG references = RefCount(filter.Get());
+        ASSERT_EQ(frame.Connect(filter.Get()), S_OK);
+        EXPECT_EQ(RefCount(filter.Get()), references + 1);
+        ASSERT_EQ(frame.Open(), S_OK);
+        filter.Reset();
+        EXPECT_EQ(frame.Send(WM_TIMER, 3), TRUE);
+        Type(frame.Control(IDC_WIDTH), "32");
+        Click(frame.Control(IDC_ENABLE));
+        Click(frame.Control(IDC_ENABLE));
+        EXPECT_EQ(frame.Apply(), S_OK);
+        EXPECT_EQ(frame.Close(), S_OK);
+        EXPECT_EQ(frame.Disconnect(), S_OK);
+        frame.page->SetPageSite(nullptr);
+        frame.page.Reset();
+        EXPECT_EQ(TheModule().CanUnloadNow(), S_OK);
+    }
+}
+
+TEST_F(PageLifetime, ReleasedWithItsDialogOpen) {
+    for (const CLSID& clsid : kPages) {
+        PageFrame frame(clsid);
+        FakeSettings settings;
+        frame.Connect(&settings);
+        ASSERT_EQ(frame.Open(), S_OK);
+        const HWND dialog = frame.Dialog();
+        frame.page.Reset();
+        EXPECT_FALSE(IsWindow(dialog));
+        EXPECT_EQ(frame.site.references, 0);
+        EXPECT_EQ(settings.references, 0);
+    }
+}
+
+TEST_F(PageLifetime, ReleasedByAnotherThreadWithItsDialogOpen) {
+    for (const CLSID& clsid : kPages) {
+        PageFrame frame(clsid);
+        FakeSettings settings;
+        frame.Connect(&settings);
+        ASSERT_EQ(frame.Open(), S_OK);
+        const HWND dialog = frame.Dialog();
+        std::thread([&frame] { frame.page.Reset(); }).join();
+        EXPECT_EQ(settings.references, 0);
+        // The dialog may stay, but reaches nobody.
+        SendMessageW(dialog, WM_TIMER, 3, 0);
+        SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_WIDTH, EN_CHANGE), 0);
+        SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_ENABLE, BN_CLICKED), 0);
+        DestroyWindow(dialog);
+    }
+}
+
+TEST_F(PageLifetime, TheFrameWindowGoesFirst) {
+    for (const CLSID& clsid : kPages) {
+        PageFrame frame(clsid);
+        FakeSettings settings;
+        frame.Connect(&settings);
+        ASSERT_EQ(frame.Open(), S_OK);
+        DestroyWindow(frame.window());
+        EXPECT_EQ(frame.page->Deactivate(), S_OK);
+        EXPECT_EQ(frame.page->Deactivate(), E_UNEXPECTED);
+    }
+}
+
+TEST_F(PageLifetime, ASiteThatAppliesAtEveryNotice) {
+    for (const CLSID& clsid : kPages) {
+        PageFrame frame(clsid);
+        FakeSettings settings;
+        settings.width = 10;
+        settings.height = 20;
+        settings.frameRate = 25.0;
+        frame.site.onNotice = [&frame] { EXPECT_EQ(frame.Apply(), S_OK); };
+        frame.Connect(&settings);
+        ASSERT_EQ(frame.Open(), S_OK);
+        EXPECT_FALSE(frame.IsDirty());
+        EXPECT_EQ(settings.width, 10);
+        EXPECT_EQ(settings.height, 20);
+        EXPECT_EQ(settings.frameRate, 25.0);
+        EXPECT_NE(settings.calls, "");
+    }
+}
+
+TEST_F(PageLifetime, Aggregation) {
+    for (const CLSID& clsid : kPages) {
+        WrongObject outer;
+        ComPtr<IClassFactory> factory;
+        ASSERT_EQ(TheModule().GetClassObject(clsid, IID_IClassFactory, factory.PutVoid()), S_OK);
+        ComPtr<IUnknown> inner;
+        ASSERT_EQ(factory->CreateInstance(&outer, IID_IUnknown, inner.PutVoid()), S_OK);
+        const auto page = inner.As<IPropertyPage>();
+        ASSERT_TRUE(page);
+        EXPECT_EQ(outer.references, 1);
+        void* object = nullptr;
+        EXPECT_EQ(factory->CreateInstance(&outer, IID_IPropertyPage, &object), E_NOINTERFACE);
+    }
+}
+
+// How many GDI objects this process may still make. Counts what is left behind, wherever that is.
+int FreeGdiObjects() {
+    constexpr size_t kMany = 70000;
+    static std::vector<HGDIOBJ> made;
+    made.clear();
+    made.reserve(kMany);
+    while (made.size() < kMany) {
+        const HGDIOBJ brush = CreateSolidBrush(RGB(1, 2, 3));
+        if (!brush) break;
+        made.push_back(brush);
+    }
+    for (const HGDIOBJ brush : made) DeleteObject(brush);
+    return static_cast<int>(made.size());
+}
+
+BOOL CALLBACK CountOwn(HWND window, LPARAM count) {
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    *reinterpret_cast<int*>(count) += process == GetCurrentProcessId();
+    return TRUE;
+}
+
+// Lists that drop down are children of the desktop.
+int OwnWindows() {
+    int count = 0;
+    EnumChildWindows(GetDesktopWindow(), CountOwn, reinterpret_cast<LPARAM>(&count));
+    for (HWND at = nullptr; (at = FindWindowExW(HWND_MESSAGE, at, nullptr, nullptr)) != nullptr;)
+        CountOwn(at, reinterpret_cast<LPARAM>(&count));
+    return count;
+}
+
+DWORD Handles() {
+    DWORD count = 0;
+    GetProcessHandleCount(GetCurrentProcess(), &count);
+    return count;
+}
+
+TEST_F(PageLifetime, FiveHundredRoundsLeaveNothing) {
+    constexpr int kRounds = 500;
+    const ComPtr<IBaseFilter> filter = CreateFilter();
+    const auto settings = filter.As<IVantrelSettings>(IID_IVantrelSettings);
+    settings->SetFrameRate(25.0);
+    const ULONG references = RefCount(filter.Get());
+    PageFrame frames[] = {PageFrame(kPages[0]), PageFrame(kPages[1], 430)};
+    const auto round = [&](int number, bool dropOpenPage) {
+        PageFrame& frame = frames[number % 2];
+        PROPPAGEINFO info = {};
+        info.cb = sizeof info;
+        ASSERT_EQ(frame.page->GetPageInfo(&info), S_OK);
+        CoTaskMemFree(info.pszTitle);
+        ASSERT_EQ(frame.Connect(filter.Get()), S_OK);
+        ASSERT_EQ(frame.Open(), S_OK);
+        ASSERT_EQ(frame.Send(WM_TIMER, 3), TRUE);
+        if (!dropOpenPage) {
+            ASSERT_EQ(frame.Close(), S_OK);
+        }
+        frame.page = TheModule().Create<IPropertyPage>(kPages[number % 2]);
+        Pump();
+    };
+    for (int i = 0; i < 4; ++i) round(i, i < 2);
+    const int windows = OwnWindows();
+    const int gdiObjects = FreeGdiObjects();
+    const DWORD handles = Handles();
+    ASSERT_GT(gdiObjects, 1000);
+    for (int i = 0; i < kRounds && !HasFatalFailure(); ++i) {
+        round(i, i % 10 > 7);
+    }
+    EXPECT_EQ(OwnWindows(), windows);
+    EXPECT_EQ(FreeGdiObjects(), gdiObjects);
+    EXPECT_EQ(Handles(), handles);
+    EXPECT_EQ(RefCount(filter.Get()), references);
+    MSG message;
+    Sleep(1100);
+    EXPECT_FALSE(PeekMessageW(&message, nullptr, WM_TIMER, WM_TIMER, PM_REMOVE));
+}
+
+}  // namespace

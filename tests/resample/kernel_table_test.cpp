@@ -1,0 +1,135 @@
+// What stands in the dispatch table before and after it is filled, and which method code selects
+// which slot.
+
+#include "resample/kernel_table.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+#include "cpu/cpu_level.h"
+#include "resample/copy_kernels.h"
+#include "tests/resample/support/expected_table.h"
+#include "tests/resample/support/forced_level.h"
+
+namespace tavo::test {
+namespace {
+
+// Taken while the program is being initialised, before anything can have filled the table.
+struct Snapshot {
+    KernelEntry entries[kKernelRows][kKernelSlots];
+    Snapshot() { std::memcpy(static_cast<void*>(entries), KernelTable, sizeof entries); }
+};
+const Snapshot initialTable;
+
+void ExpectConstantSlots(const KernelEntry (&table)[kKernelRows][kKernelSlots]) {
+    for (const ExpectedCopyRow& row : kExpectedCopyRows) {
+        for (int slot = 1; slot < kKernelSlots; ++slot) {
+            EXPECT_EQ(table[row.row][slot].copy, ExpectedStatic(row, slot))
+                << "row " << row.row << " slot " << slot;
+        }
+    }
+    for (const ExpectedScaleRow& row : kExpectedScaleRows) {
+        for (int slot = 3; slot < kKernelSlots; ++slot) {
+            EXPECT_EQ(table[row.row][slot].scale, ExpectedStatic(row, slot))
+                << "row " << row.row << " slot " << slot;
+        }
+    }
+}
+
+TEST(KernelTable, Has33RowsOf9Slots) {
+    static_assert(sizeof KernelTable == 33 * 9 * sizeof(void (*)()));
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(kExpectedCopyRows[i].row, i);
+    for (int i = 0; i < 30; ++i) EXPECT_EQ(kExpectedScaleRows[i].row, i + 3);
+}
+
+TEST(KernelTable, ConstantSlotsArePresentBeforeTheFirstFill) {
+    ExpectConstantSlots(initialTable.entries);
+}
+
+TEST(KernelTable, FillingLeavesTheConstantSlotsAlone) {
+    for (int level : kAllLevels) {
+        for (int speedClass : kSpeedClasses) {
+            SCOPED_TRACE(testing::Message() << "level " << level << " class " << speedClass);
+            const ForcedLevel forced(level, speedClass);
+            ExpectConstantSlots(KernelTable);
+        }
+    }
+}
+
+TEST(KernelTable, ScaleRowsFollowLevelAndSpeedClass) {
+    for (int level : kAllLevels) {
+        for (int speedClass : kSpeedClasses) {
+            const ForcedLevel forced(level, speedClass);
+            for (const ExpectedScaleRow& row : kExpectedScaleRows) {
+                for (int slot = 0; slot < 3; ++slot) {
+                    const int source = ExpectedSource(row.row, slot, level, speedClass);
+                    EXPECT_EQ(KernelTable[row.row][slot].scale, ExpectedStatic(row, source))
+                        << "level " << level << " class " << speedClass << " row " << row.row
+                        << " slot " << slot;
+                }
+            }
+        }
+    }
+}
+
+TEST(KernelTable, OnlyAutoOfTheCopiesFollowsTheLevel) {
+    for (int level : kAllLevels) {
+        for (int speedClass : kSpeedClasses) {
+            const ForcedLevel forced(level, speedClass);
+            for (const ExpectedCopyRow& row : kExpectedCopyRows) {
+                EXPECT_EQ(KernelTable[row.row][0].copy, LevelHasMmx(level) ? row.mmx : row.portable)
+                    << "level " << level << " row " << row.row;
+            }
+        }
+    }
+}
+
+TEST(KernelTable, BilinearAutoCopiesInBlocksEvenWithoutMmx) {
+    const ForcedLevel forced(0, 0);
+    EXPECT_EQ(KernelTable[0][2].copy, CopyKernel{CopyPlane_MMX});
+    EXPECT_EQ(KernelTable[1][2].copy, CopyKernel{CopyPacked_MMX});
+    EXPECT_EQ(KernelTable[2][2].copy, CopyKernel{CopyPacked_MMX});
+}
+
+TEST(KernelTable, NearestForSseIsThatForMmxInEveryRow) {
+    for (int row = kFirstScaleRow; row < kKernelRows; ++row) {
+        EXPECT_EQ(KernelTable[row][SlotNearestSse].scale, KernelTable[row][SlotNearestMmx].scale);
+    }
+}
+
+TEST(KernelTable, FillsForTheProcessorOfThisMachine) {
+    FillKernelTable(0, -1);
+    FillKernelTable();
+    const int level = GetCpuLevel();
+    const int speedClass = CpuSpeedClass();
+    for (const ExpectedScaleRow& row : kExpectedScaleRows) {
+        for (int slot = 0; slot < 3; ++slot) {
+            const int source = ExpectedSource(row.row, slot, level, speedClass);
+            EXPECT_EQ(KernelTable[row.row][slot].scale, ExpectedStatic(row, source));
+        }
+    }
+    for (const ExpectedCopyRow& row : kExpectedCopyRows) {
+        EXPECT_EQ(KernelTable[row.row][0].copy, LevelHasMmx(level) ? row.mmx : row.portable);
+    }
+}
+
+TEST(MethodToSlot, MapsTheNineMethodsAndNothingElse) {
+    constexpr int kFirstCode = -5;
+    constexpr int kSlots[] = {
+        0, 0, 0, 0, 0,                   // -5 to -1
+        0, 1, 2, 0, 0, 3, 4, 5, 0, 0,    // 0 to 9
+        6, 7, 8, 0, 0, 0, 0, 0, 0, 0, 0  // 10 to 20
+    };
+    int32_t code = kFirstCode;
+    for (int slot : kSlots) {
+        EXPECT_EQ(MethodToSlot(code), slot) << "code " << code;
+        ++code;
+    }
+    EXPECT_EQ(code, 21);
+    EXPECT_EQ(MethodToSlot(INT32_MAX), 0);
+    EXPECT_EQ(MethodToSlot(INT32_MIN), 0);
+}
+
+}  // namespace
+}  // namespace tavo::test

@@ -1,0 +1,3 @@
+// The precompiled headers of the tests belong to this program, which does nothing.
+
+int main() {}
