@@ -67,13 +67,15 @@ class AviSource : public tavo_test::MovieTest {
         }
     }
 
-    bool WaitForEnd() {
-        for (int i = 0; i < 200; ++i) {
-            if (sink_->pin().calls().Count("EndOfStream") > 0) return true;
-            Sleep(100);
+    bool WaitForCall(const char* method) {
+        for (int i = 0; i < 2000; ++i) {
+            if (sink_->pin().calls().Count(method) > 0) return true;
+            Sleep(10);
         }
         return false;
     }
+
+    bool WaitForEnd() { return WaitForCall("EndOfStream"); }
 
     std::vector<Frame> frames_;
     CAviSource* source_ = nullptr;
@@ -150,6 +152,23 @@ TEST_F(AviSource, StopsWhileAFrameIsHeld) {
     EXPECT_EQ(graph_->Stop(), S_OK);
     EXPECT_EQ(sink_->pin().calls().Count("EndOfStream"), 0);
     EXPECT_EQ(sink_->pin().calls().Count("Receive"), 1);
+}
+
+TEST_F(AviSource, EndsQuietlyWhereTheReceiverStoppedFirst) {
+    Watchdog dog("a receiver that stopped");
+    for (const HRESULT stopped : {VFW_E_WRONG_STATE, VFW_E_NOT_COMMITTED}) {
+        Connect({.onReceive = [stopped](IMediaSample*) { return stopped; }});
+        ASSERT_EQ(graph_->Run(), S_OK);
+        ASSERT_TRUE(WaitForCall("Receive"));
+        // Long enough for the thread to say more, if it did.
+        Sleep(200);
+        EXPECT_EQ(sink_->pin().calls().Count("Receive"), 1);
+        EXPECT_EQ(sink_->pin().calls().Count("EndOfStream"), 0);
+        EXPECT_FALSE(graph_->WaitForEvent(EC_ERRORABORT, 0));
+        EXPECT_EQ(graph_->Stop(), S_OK);
+        graph_.reset();
+        sink_.Reset();
+    }
 }
 
 TEST_F(AviSource, AFrameThatIsDroppedDoesNotEndTheStream) {
