@@ -27,7 +27,7 @@ struct ForcedSet {
 };
 constexpr ForcedSet kForcedSets[] = {
     {"portable", 0, InstructionSet::Portable}, {"mmx", 1, InstructionSet::Mmx},
-    {"sse", 2, InstructionSet::Mmx},           {"ssse3", 2, InstructionSet::Ssse3},
+    {"sse", 2, InstructionSet::Sse},           {"ssse3", 2, InstructionSet::Ssse3},
     {"avx2", 2, InstructionSet::Avx2},
 };
 

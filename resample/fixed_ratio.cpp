@@ -1,6 +1,5 @@
 #include "resample/fixed_ratio.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "resample/stretches.h"
@@ -30,43 +29,9 @@ constexpr uint8_t kHalf[] = {0, 128};
 constexpr int32_t kMixedBytes[] = {0, 1, 2, 3, 4, 5, 6, 7, 11};
 constexpr uint8_t kNoWeights[9] = {};
 
-// Applies an operation to the first `end` columns of all rows, a stretch of the ratio at a time;
-// endRow(y) follows on each row.
-template <typename EndRow>
-void ApplyColumns(const Frame& frame, const FixedRatio& ratio, int32_t end, PixelOps::Plan plan,
-                  PixelOps::Apply apply, EndRow endRow) {
-    const auto source = [&](const Stretch& stretch) {
-        return frame.Bytes(stretch.first / ratio.columns * ratio.srcColumns);
-    };
-    ForStretches<Stretch>(
-        end,
-        [&](Stretch& stretch, int32_t first) {
-            stretch.first = first;
-            stretch.count = std::min(end - first, ratio.columns);
-            plan(stretch.plan, {ratio.indices, ratio.weights, 0, stretch.count},
-                 frame.srcStride - static_cast<int32_t>(source(stretch)));
-            return stretch.count;
-        },
-        [&](std::span<const Stretch> stretches) {
-            const bool isLast = stretches.back().first + stretches.back().count == end;
-            for (int32_t y = 0; y < frame.dstHeight; ++y) {
-                for (const Stretch& stretch : stretches) {
-                    apply(frame.DstRow(y) + frame.Bytes(stretch.first),
-                          frame.SrcRow(y) + source(stretch), stretch.plan);
-                }
-                if (isLast) endRow(y);
-            }
-        });
+PixelOperation BlendOf(const PixelOps& ops, Halves halves) {
+    return halves == Halves::Up ? BlendUpOf(ops) : BlendOf(ops);
 }
-
-template <typename EndRow>
-void BlendColumns(const Frame& frame, const FixedRatio& ratio, Halves halves, const PixelOps& ops,
-                  int32_t end, EndRow endRow) {
-    ApplyColumns(frame, ratio, end, ops.PlanBlend,
-                 halves == Halves::Up ? ops.BlendColumnsUp : ops.BlendColumns, endRow);
-}
-
-void EndsAsItIs(int32_t) {}
 
 }  // namespace
 
@@ -76,15 +41,15 @@ constexpr FixedRatio kFourToThreeMixedRgb24 = MakeRatio(12, 9, kMixedBytes, kNoW
 
 int32_t TakeFrameFixed(const Frame& frame, const FixedRatio& ratio, PixelKind kind, Member member) {
     const RowOpsScope ops(member);
-    ApplyColumns(frame, ratio, frame.dstWidth, ops.Of(kind).PlanTake, ops.Of(kind).TakeColumns,
-                 EndsAsItIs);
+    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth, TakeOf(ops.Of(kind)), EndsAsItIs);
     return frame.dstHeight;
 }
 
 int32_t BlendFrameFixed(const Frame& frame, const FixedRatio& ratio, Halves halves, PixelKind kind,
                         Member member) {
     const RowOpsScope ops(member);
-    BlendColumns(frame, ratio, halves, ops.Of(kind), frame.dstWidth, EndsAsItIs);
+    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth, BlendOf(ops.Of(kind), halves),
+                   EndsAsItIs);
     return frame.dstHeight;
 }
 
@@ -94,10 +59,12 @@ int32_t BlendFrameFixedCopyingLast(const Frame& frame, const FixedRatio& ratio, 
                                    PixelKind kind, Member member) {
     const RowOpsScope ops(member);
     const auto size = static_cast<size_t>(frame.bytesPerPixel);
-    BlendColumns(frame, ratio, halves, ops.Of(kind), frame.dstWidth - 1, [&](int32_t y) {
+    const auto copyLast = [&](int32_t y) {
         std::memcpy(frame.DstRow(y) + frame.Bytes(frame.dstWidth - 1),
                     frame.SrcRow(y) + frame.Bytes(frame.srcWidth - 2), size);
-    });
+    };
+    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth - 1, BlendOf(ops.Of(kind), halves),
+                   copyLast);
     return frame.dstHeight;
 }
 

@@ -16,6 +16,9 @@ struct FixedRatio {
     uint8_t weights[kMaxColumns];
     int32_t columns;     // of one stretch, a whole number of groups
     int32_t srcColumns;  // that they are made from
+
+    // The source column that the stretch of a destination column begins with.
+    int32_t SourceOf(int32_t column) const { return column / columns * srcColumns; }
 };
 
 // Groups of four pixels become three, at 0, 1 1/3 and 2 2/3.

@@ -17,12 +17,6 @@ int32_t InnerEntries(const AxisMap& map, int32_t count, int32_t srcLength) {
                                 map.indices);
 }
 
-// The columns of a stretch, at most `end`, without regard to where they read.
-ColumnRun ColumnsFrom(const Frame& frame, int32_t first, int32_t end) {
-    return {frame.xMap->indices + first, frame.xMap->weights + first, 0,
-            std::min(end - first, kMaxPlanColumns)};
-}
-
 // The most columns from `first` on that a plan holds and whose pixels, with the ones after them,
 // lie within one tile. At least one, since a column needs two pixels.
 ColumnRun ColumnsInTile(const Frame& frame, int32_t first, int32_t end) {
@@ -32,31 +26,6 @@ ColumnRun ColumnsInTile(const Frame& frame, int32_t first, int32_t end) {
     const int32_t* last = std::upper_bound(indices + first, indices + end, limit);
     return {indices + first, frame.xMap->weights + first, indices[first],
             static_cast<int32_t>(last - (indices + first))};
-}
-
-// Plans and applies an operation on the first `end` columns; endRow(y) follows on each row.
-template <typename EndRow>
-void ApplyToColumns(const Frame& frame, int32_t end, PixelOps::Plan plan, PixelOps::Apply apply,
-                    EndRow endRow) {
-    ForStretches<Stretch>(
-        end,
-        [&](Stretch& stretch, int32_t first) {
-            const ColumnRun columns = ColumnsFrom(frame, first, end);
-            stretch.first = first;
-            stretch.count = columns.count;
-            plan(stretch.plan, columns, frame.srcStride);
-            return columns.count;
-        },
-        [&](std::span<const Stretch> stretches) {
-            const bool isLast = stretches.back().first + stretches.back().count == end;
-            for (int32_t y = 0; y < frame.dstHeight; ++y) {
-                for (const Stretch& stretch : stretches) {
-                    apply(frame.DstRow(y) + frame.Bytes(stretch.first), frame.SrcRow(y),
-                          stretch.plan);
-                }
-                if (isLast) endRow(y);
-            }
-        });
 }
 
 // Blends the source rows of a destination row into a tile on the stack, then the tile's columns.
@@ -79,39 +48,27 @@ void BlendTiles(const Frame& frame, std::span<const Stretch> stretches, int32_t 
 
 int32_t TakeFrame(const Frame& frame, PixelKind kind, Member member) {
     const RowOpsScope ops(member);
-    ForStretches<Stretch>(
-        frame.dstWidth,
-        [&](Stretch& stretch, int32_t first) {
-            const ColumnRun columns = ColumnsFrom(frame, first, frame.dstWidth);
-            stretch.first = first;
-            stretch.count = columns.count;
-            ops.Of(kind).PlanTake(stretch.plan, columns, frame.srcStride);
-            return columns.count;
-        },
-        [&](std::span<const Stretch> stretches) {
-            const ptrdiff_t from = frame.Bytes(stretches.front().first);
-            const ptrdiff_t end =
-                frame.Bytes(stretches.back().first) + frame.Bytes(stretches.back().count);
-            for (int32_t y = 0; y < frame.dstHeight; ++y) {
-                uint8_t* row = frame.DstRow(y);
-                if (y > 0 && frame.UpperRow(y) == frame.UpperRow(y - 1)) {
-                    std::memcpy(row + from, frame.DstRow(y - 1) + from,
-                                static_cast<size_t>(end - from));
-                    continue;
-                }
-                for (const Stretch& stretch : stretches) {
-                    ops.Of(kind).TakeColumns(row + frame.Bytes(stretch.first),
-                                             frame.SrcRow(frame.UpperRow(y)), stretch.plan);
-                }
+    const PixelOperation take = TakeOf(ops.Of(kind));
+    const auto takeRows = [&](std::span<const Stretch> stretches) {
+        const ptrdiff_t from = frame.Bytes(stretches.front().first);
+        const ptrdiff_t end = frame.Bytes(stretches.back().End());
+        for (int32_t y = 0; y < frame.dstHeight; ++y) {
+            if (y > 0 && frame.UpperRow(y) == frame.UpperRow(y - 1)) {
+                std::memcpy(frame.DstRow(y) + from, frame.DstRow(y - 1) + from,
+                            static_cast<size_t>(end - from));
+            } else {
+                ApplyToRow(frame, stretches, y, frame.UpperRow(y), take);
             }
-        });
+        }
+    };
+    ForColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth, take, takeRows);
     return frame.dstHeight;
 }
 
 int32_t TakeFrameColumns(const Frame& frame, PixelKind kind, Member member) {
     const RowOpsScope ops(member);
-    ApplyToColumns(frame, frame.dstWidth, ops.Of(kind).PlanTake, ops.Of(kind).TakeColumns,
-                   [](int32_t) {});
+    ApplyToColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth, TakeOf(ops.Of(kind)),
+                   EndsAsItIs);
     return frame.dstHeight;
 }
 
@@ -134,7 +91,7 @@ int32_t BlendFrameColumns(const Frame& frame, PixelKind kind, Member member) {
         }
     };
     if (inner > 0) {
-        ApplyToColumns(frame, inner, pixels.PlanBlend, pixels.BlendColumns, endRow);
+        ApplyToColumns(frame, MappedColumns{*frame.xMap}, inner, BlendOf(pixels), endRow);
     } else {
         for (int32_t y = 0; y < frame.dstHeight; ++y) endRow(y);
     }
@@ -166,12 +123,12 @@ void BlendInterior(const Frame& frame, Interior interior, PixelKind kind, Member
         [&](Stretch& stretch, int32_t first) {
             const ColumnRun columns = ColumnsInTile(frame, first, interior.columns);
             stretch.first = first;
-            stretch.count = columns.count;
+            stretch.source = columns.firstIndex;
             ops.Of(kind).PlanBlend(stretch.plan, columns, kTileBytes);
             return columns.count;
         },
         [&](std::span<const Stretch> stretches) {
-            const bool isLast = stretches.back().first + stretches.back().count == interior.columns;
+            const bool isLast = stretches.back().End() == interior.columns;
             for (int32_t y = 0; y < interior.rows; ++y) {
                 BlendTiles(frame, stretches, y, ops.Of(kind));
                 const bool isEnd = y % kRowsAtOnce == kRowsAtOnce - 1 || y == interior.rows - 1;

@@ -202,7 +202,8 @@ void SetCopy(int row, KernelSlot slot, KernelSlot from) {
 InstructionSet WidestSet(int cpuLevel) {
     if (!HasMmx(cpuLevel)) return InstructionSet::Portable;
     if (cpuLevel != kSseLevel) return InstructionSet::Mmx;
-    for (const InstructionSet set : {InstructionSet::Avx2, InstructionSet::Ssse3}) {
+    for (const InstructionSet set :
+         {InstructionSet::Avx2, InstructionSet::Ssse3, InstructionSet::Sse}) {
         if (CanRun(set)) return set;
     }
     return InstructionSet::Mmx;

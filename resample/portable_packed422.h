@@ -55,10 +55,10 @@ void BlendThenPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b,
     kPack(dst, blended, pixels, layout);
 }
 
-// An odd last column is repeated.
+// From column `first` on, an even one. An odd last column is repeated.
 [[maybe_unused]] void TakePackedPlain(uint8_t* dst, const uint8_t* row, const ColumnRun& columns,
-                                      const PackedLayout& layout) {
-    for (int32_t i = 0; i < columns.count; i += 2) {
+                                      const PackedLayout& layout, int32_t first) {
+    for (int32_t i = first; i < columns.count; i += 2) {
         const ptrdiff_t even = columns.Pixel(i);
         const ptrdiff_t odd = columns.Pixel(i + 1 < columns.count ? i + 1 : i);
         const uint8_t* evenGroup = row + even / 2 * 4;
@@ -80,7 +80,7 @@ void BlendThenPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b,
 
 [[maybe_unused]] void TakePackedColumnsPlain(uint8_t* dst, const uint8_t* row,
                                              const ColumnPlan& plan, const PackedLayout& layout) {
-    TakePackedPlain(dst, row, plan.columns, layout);
+    TakePackedPlain(dst, row, plan.columns, layout, 0);
 }
 
 // From sample `first` on, which is one of those that change.

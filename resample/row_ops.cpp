@@ -21,6 +21,7 @@ const char* InstructionSetName(InstructionSet set) {
     switch (set) {
         case InstructionSet::Portable: break;
         case InstructionSet::Mmx: return "MMX";
+        case InstructionSet::Sse: return "SSE";
         case InstructionSet::Ssse3: return "SSSE3";
         case InstructionSet::Avx2: return "AVX2";
     }
@@ -34,6 +35,7 @@ bool CanRun(InstructionSet set) {
     switch (set) {
         case InstructionSet::Portable: return true;
         case InstructionSet::Mmx: return __builtin_cpu_supports("mmx");
+        case InstructionSet::Sse: return __builtin_cpu_supports("sse");
         case InstructionSet::Ssse3: return __builtin_cpu_supports("ssse3");
         case InstructionSet::Avx2: return __builtin_cpu_supports("avx2");
     }
@@ -45,12 +47,13 @@ void ChooseRowOps(InstructionSet set) {
     switch (set) {
         case InstructionSet::Portable: break;
         case InstructionSet::Mmx: ops = &kMmxRowOps; break;
+        case InstructionSet::Sse: ops = &kSseRowOps; break;
         case InstructionSet::Ssse3: ops = &kSsse3RowOps; break;
         case InstructionSet::Avx2: ops = &kAvx2RowOps; break;
     }
     chosenRowOps.store(ops, std::memory_order_relaxed);
-    chosenForPortable.store(set == InstructionSet::Mmx ? &kPortableRowOps : ops,
-                            std::memory_order_relaxed);
+    const bool usesMmxRegisters = set == InstructionSet::Mmx || set == InstructionSet::Sse;
+    chosenForPortable.store(usesMmxRegisters ? &kPortableRowOps : ops, std::memory_order_relaxed);
 }
 
 #else

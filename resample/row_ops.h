@@ -124,7 +124,7 @@ struct RowOps {
 using PixelKind = PixelOps RowOps::*;
 
 // The instruction sets that row operations are written for.
-enum class InstructionSet { Portable, Mmx, Ssse3, Avx2 };
+enum class InstructionSet { Portable, Mmx, Sse, Ssse3, Avx2 };
 
 // The members of a kernel family: what their name promises to need at least, and whose bytes they
 // give. A member may run wider operations than its name says, if its processor has them.
@@ -139,13 +139,14 @@ const char* InstructionSetName(InstructionSet set);
 // Whether a set is part of the build and this processor can run it.
 bool CanRun(InstructionSet set);
 
-// Chooses the operations of all members; this processor must be able to run them. MMX leaves the
-// portable members as they are, since only members named for it may touch its registers. Any
+// Chooses the operations of all members; this processor must be able to run them. MMX and SSE leave
+// the portable members as they are, since only members named for MMX may touch its registers. Any
 // thread; kernels in progress go on with the old choice.
 void ChooseRowOps(InstructionSet set);
 
 extern const RowOps kPortableRowOps;
 extern const RowOps kMmxRowOps;
+extern const RowOps kSseRowOps;
 extern const RowOps kSsse3RowOps;
 extern const RowOps kAvx2RowOps;
 

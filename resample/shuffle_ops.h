@@ -212,7 +212,7 @@ struct ShuffleOps {
         switch (plan.window) {
             case OneWindow: return TakePackedTiles<OneWindow>(dst, row, plan);
             case TwoWindows: return TakePackedTiles<TwoWindows>(dst, row, plan);
-            default: return TakePackedPlain(dst, row, plan.columns, layout);
+            default: return TakePackedPlain(dst, row, plan.columns, layout, 0);
         }
     }
 

@@ -84,58 +84,77 @@ void BlendRow(const Frame& frame, const PackedLayout& layout, BlendedStretch& bl
     }
 }
 
-// Source row of a destination row when only the width changes.
-int32_t SameRow(const Frame&, int32_t y) { return y; }
-int32_t MappedRow(const Frame& frame, int32_t y) { return frame.UpperRow(y); }
+// Nearest neighbour of packed rows, as ForColumns wants it.
+struct PackedTake {
+    const Packed422Ops& ops;
+    const PackedLayout& layout;
 
-template <typename RowOf>
-int32_t TakeRows(const Frame& frame, const PackedLayout& layout, Member member, RowOf rowOf) {
-    const RowOpsScope ops(member);
-    ForStretches<Stretch>(
-        frame.dstWidth,
-        [&](Stretch& stretch, int32_t first) {
-            stretch.first = first;
-            stretch.count = std::min(frame.dstWidth - first, kMaxPlanColumns);
-            ops->packed422.PlanTake(stretch.plan,
-                                    {frame.xMap->indices + first, nullptr, 0, stretch.count},
-                                    layout, frame.srcStride);
-            return stretch.count;
-        },
-        [&](std::span<const Stretch> stretches) {
-            for (int32_t y = 0; y < frame.dstHeight; ++y) {
-                for (const Stretch& stretch : stretches) {
-                    ops->packed422.TakeColumns(frame.DstRow(y) + frame.Bytes(stretch.first),
-                                               frame.SrcRow(rowOf(frame, y)), stretch.plan, layout);
-                }
-            }
-        });
-    return frame.dstHeight;
-}
-
-using PlannedStretch = std::optional<PackedStretch>;
-
-// Calls operation(stretch, srcOffset, dstOffset) for the whole width at a fixed ratio.
-template <typename Operation>
-void ForFixedStretches(const Frame& frame, const FixedRatio& ratio, const RowOps& ops,
-                       Operation operation) {
-    ptrdiff_t src = 0;
-    for (int32_t first = 0; first < frame.dstWidth; first += ratio.columns) {
-        const int32_t count = std::min(frame.dstWidth - first, ratio.columns);
-        PackedStretch stretch({ratio.indices, ratio.weights, count, ratio.srcColumns}, 0, ops);
-        operation(stretch, src * frame.bytesPerPixel,
-                  static_cast<ptrdiff_t>(first) * frame.bytesPerPixel);
-        src += ratio.srcColumns;
+    void Plan(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) const {
+        ops.PlanTake(plan, columns, layout, rowBytes);
     }
+    void Apply(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) const {
+        ops.TakeColumns(dst, row, plan, layout);
+    }
+};
+
+// A stretch of a fixed ratio, and where it lies in the rows.
+struct FixedStretch {
+    FixedStretch(const Frame& frame, const FixedRatio& ratio, int32_t first, const RowOps& ops)
+        : stretch({ratio.indices, ratio.weights, std::min(frame.dstWidth - first, ratio.columns),
+                   ratio.srcColumns},
+                  0, ops),
+          source(frame.Bytes(ratio.SourceOf(first))),
+          destination(frame.Bytes(first)) {}
+
+    PackedStretch stretch;
+    ptrdiff_t source;
+    ptrdiff_t destination;
+};
+
+// prepare(stretch) is called before the first row, change(samples, columns) on each row before its
+// samples are packed.
+template <typename Prepare, typename Change>
+int32_t BlendFixed(const Frame& frame, const FixedRatio& ratio, const PackedLayout& layout,
+                   const RowOps& ops, Prepare prepare, Change change) {
+    using Item = std::optional<FixedStretch>;
+    const auto plan = [&](Item& item, int32_t first) {
+        prepare(item.emplace(frame, ratio, first, ops).stretch);
+        return item->stretch.Count();
+    };
+    const auto blendRow = [&](const FixedStretch& item, int32_t y) {
+        const PackedStretch& stretch = item.stretch;
+        PackedRow row;
+        stretch.BlendRow(layout, frame.SrcRow(y) + item.source, row);
+        change(stretch.Samples(row), stretch.Count());
+        stretch.Pack(layout, ops.packed422.PackDown, row, frame.DstRow(y) + item.destination);
+    };
+    ForStretches<Item>(frame.dstWidth, plan, [&](std::span<const Item> items) {
+        for (int32_t y = 0; y < frame.dstHeight; ++y) {
+            for (const Item& item : items) blendRow(*item, y);
+        }
+    });
+    return frame.dstHeight;
 }
 
 }  // namespace
 
 int32_t TakePacked(const Frame& frame, const PackedLayout& layout, Member member) {
-    return TakeRows(frame, layout, member, MappedRow);
+    const RowOpsScope ops(member);
+    const PackedTake take = {ops->packed422, layout};
+    const auto takeRows = [&](std::span<const Stretch> stretches) {
+        for (int32_t y = 0; y < frame.dstHeight; ++y) {
+            ApplyToRow(frame, stretches, y, frame.UpperRow(y), take);
+        }
+    };
+    ForColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth, take, takeRows);
+    return frame.dstHeight;
 }
 
 int32_t TakePackedColumns(const Frame& frame, const PackedLayout& layout, Member member) {
-    return TakeRows(frame, layout, member, SameRow);
+    const RowOpsScope ops(member);
+    ApplyToColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth,
+                   PackedTake{ops->packed422, layout}, EndsAsItIs);
+    return frame.dstHeight;
 }
 
 int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves average, Member member) {
@@ -156,6 +175,7 @@ int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves avera
 int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Halves average,
                            Member member) {
     const RowOpsScope ops(member);
+    using PlannedStretch = std::optional<PackedStretch>;
     ForStretches<PlannedStretch>(
         frame.dstWidth,
         [&](PlannedStretch& stretch, int32_t first) {
@@ -176,42 +196,16 @@ int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Halve
 int32_t TakePackedFixed(const Frame& frame, const FixedRatio& ratio, const PackedLayout& layout,
                         Member member) {
     const RowOpsScope ops(member);
-    const auto source = [&](const Stretch& stretch) {
-        return frame.Bytes(stretch.first / ratio.columns * ratio.srcColumns);
-    };
-    ForStretches<Stretch>(
-        frame.dstWidth,
-        [&](Stretch& stretch, int32_t first) {
-            stretch.first = first;
-            stretch.count = std::min(frame.dstWidth - first, ratio.columns);
-            ops->packed422.PlanTake(stretch.plan, {ratio.indices, nullptr, 0, stretch.count},
-                                    layout,
-                                    frame.srcStride - static_cast<int32_t>(source(stretch)));
-            return stretch.count;
-        },
-        [&](std::span<const Stretch> stretches) {
-            for (int32_t y = 0; y < frame.dstHeight; ++y) {
-                for (const Stretch& stretch : stretches) {
-                    ops->packed422.TakeColumns(frame.DstRow(y) + frame.Bytes(stretch.first),
-                                               frame.SrcRow(y) + source(stretch), stretch.plan,
-                                               layout);
-                }
-            }
-        });
+    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth, PackedTake{ops->packed422, layout},
+                   EndsAsItIs);
     return frame.dstHeight;
 }
 
 int32_t BlendPackedThreeToTwo(const Frame& frame, const PackedLayout& layout, Member member) {
     const RowOpsScope ops(member);
-    ForFixedStretches(
-        frame, kThreeToTwo, *ops, [&](const PackedStretch& stretch, ptrdiff_t src, ptrdiff_t dst) {
-            PackedRow row;
-            for (int32_t y = 0; y < frame.dstHeight; ++y) {
-                stretch.BlendRow(layout, frame.SrcRow(y) + src, row);
-                stretch.Pack(layout, ops->packed422.PackDown, row, frame.DstRow(y) + dst);
-            }
-        });
-    return frame.dstHeight;
+    return BlendFixed(
+        frame, kThreeToTwo, layout, *ops, [](PackedStretch&) {},
+        [](const PackedSamples&, int32_t) {});
 }
 
 // Deliberate, in every member: the second group of three takes its odd pixel's chroma from the
@@ -222,19 +216,14 @@ int32_t BlendPackedThreeToTwo(const Frame& frame, const PackedLayout& layout, Me
 int32_t BlendPackedFourToThree(const Frame& frame, const PackedLayout& layout,
                                WholePositions wholePositions, Member member) {
     const RowOpsScope ops(member);
-    ForFixedStretches(
-        frame, kFourToThree, *ops, [&](PackedStretch& stretch, ptrdiff_t src, ptrdiff_t dst) {
-            stretch.RepeatChroma(3, 1, 6);
-            PackedRow row;
-            for (int32_t y = 0; y < frame.dstHeight; ++y) {
-                stretch.BlendRow(layout, frame.SrcRow(y) + src, row);
-                if (wholePositions == WholePositions::Dimmed) {
-                    ops->packed422.DimThirds(stretch.Samples(row).luma, stretch.Count());
-                }
-                stretch.Pack(layout, ops->packed422.PackDown, row, frame.DstRow(y) + dst);
+    return BlendFixed(
+        frame, kFourToThree, layout, *ops,
+        [](PackedStretch& stretch) { stretch.RepeatChroma(3, 1, 6); },
+        [&](const PackedSamples& samples, int32_t columns) {
+            if (wholePositions == WholePositions::Dimmed) {
+                ops->packed422.DimThirds(samples.luma, columns);
             }
         });
-    return frame.dstHeight;
 }
 
 }  // namespace tavo

@@ -18,6 +18,7 @@ struct SetToCheck {
 constexpr SetToCheck kSets[] = {
     {"portable operations", InstructionSet::Portable},
     {"MMX operations", InstructionSet::Mmx},
+    {"SSE operations", InstructionSet::Sse},
     {"SSSE3 operations", InstructionSet::Ssse3},
     {"AVX2 operations", InstructionSet::Avx2},
 };
