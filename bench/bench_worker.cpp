@@ -28,7 +28,7 @@ struct ForcedSet {
 constexpr ForcedSet kForcedSets[] = {
     {"portable", 0, InstructionSet::Portable}, {"mmx", 1, InstructionSet::Mmx},
     {"sse", 2, InstructionSet::Sse},           {"ssse3", 2, InstructionSet::Ssse3},
-    {"avx2", 2, InstructionSet::Avx2},
+    {"avx2", 2, InstructionSet::Avx2},         {"avx512", 2, InstructionSet::Avx512},
 };
 
 // Gives the reason where it fails, otherwise nothing.

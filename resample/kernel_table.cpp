@@ -202,8 +202,8 @@ void SetCopy(int row, KernelSlot slot, KernelSlot from) {
 InstructionSet WidestSet(int cpuLevel) {
     if (!HasMmx(cpuLevel)) return InstructionSet::Portable;
     if (cpuLevel != kSseLevel) return InstructionSet::Mmx;
-    for (const InstructionSet set :
-         {InstructionSet::Avx2, InstructionSet::Ssse3, InstructionSet::Sse}) {
+    for (const InstructionSet set : {InstructionSet::Avx512, InstructionSet::Avx2,
+                                     InstructionSet::Ssse3, InstructionSet::Sse}) {
         if (CanRun(set)) return set;
     }
     return InstructionSet::Mmx;

@@ -24,6 +24,7 @@ const char* InstructionSetName(InstructionSet set) {
         case InstructionSet::Sse: return "SSE";
         case InstructionSet::Ssse3: return "SSSE3";
         case InstructionSet::Avx2: return "AVX2";
+        case InstructionSet::Avx512: return "AVX-512";
     }
     return "portable";
 }
@@ -38,6 +39,8 @@ bool CanRun(InstructionSet set) {
         case InstructionSet::Sse: return __builtin_cpu_supports("sse");
         case InstructionSet::Ssse3: return __builtin_cpu_supports("ssse3");
         case InstructionSet::Avx2: return __builtin_cpu_supports("avx2");
+        case InstructionSet::Avx512:
+            return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi");
     }
     return false;
 }
@@ -50,6 +53,7 @@ void ChooseRowOps(InstructionSet set) {
         case InstructionSet::Sse: ops = &kSseRowOps; break;
         case InstructionSet::Ssse3: ops = &kSsse3RowOps; break;
         case InstructionSet::Avx2: ops = &kAvx2RowOps; break;
+        case InstructionSet::Avx512: ops = &kAvx512RowOps; break;
     }
     chosenRowOps.store(ops, std::memory_order_relaxed);
     const bool usesMmxRegisters = set == InstructionSet::Mmx || set == InstructionSet::Sse;

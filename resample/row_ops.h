@@ -124,7 +124,7 @@ struct RowOps {
 using PixelKind = PixelOps RowOps::*;
 
 // The instruction sets that row operations are written for.
-enum class InstructionSet { Portable, Mmx, Sse, Ssse3, Avx2 };
+enum class InstructionSet { Portable, Mmx, Sse, Ssse3, Avx2, Avx512 };
 
 // The members of a kernel family: what their name promises to need at least, and whose bytes they
 // give. A member may run wider operations than its name says, if its processor has them.
@@ -149,6 +149,7 @@ extern const RowOps kMmxRowOps;
 extern const RowOps kSseRowOps;
 extern const RowOps kSsse3RowOps;
 extern const RowOps kAvx2RowOps;
+extern const RowOps kAvx512RowOps;
 
 // Ends the use of an instruction set's registers on every way out of a kernel.
 class RowOpsScope {

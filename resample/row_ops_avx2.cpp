@@ -10,6 +10,7 @@ namespace {
 struct Avx2 {
     using Reg = __m256i;
     static constexpr int32_t kParts = 2;
+    static constexpr bool kSharesWindow = false;
 
     static Reg Load(const uint8_t* p) {
         return _mm256_loadu_si256(reinterpret_cast<const Reg*>(p));
@@ -22,14 +23,17 @@ struct Avx2 {
         return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(low)),
                                   _mm_loadl_epi64(reinterpret_cast<const __m128i*>(high)));
     }
-    static Reg LoadWindows(const uint8_t* row, const int32_t* offset) {
-        return _mm256_inserti128_si256(_mm256_castsi128_si256(LoadPart(row + offset[0])),
-                                       LoadPart(row + offset[1]), 1);
+    static Reg ShuffleWindows(const uint8_t* row, const int32_t* offset, Reg control) {
+        const Reg parts = _mm256_inserti128_si256(_mm256_castsi128_si256(LoadPart(row + offset[0])),
+                                                  LoadPart(row + offset[1]), 1);
+        return _mm256_shuffle_epi8(parts, control);
     }
-    static Reg LoadHalfWindows(const uint8_t* row, const int32_t* low, const int32_t* high) {
-        return _mm256_inserti128_si256(
-            _mm256_castsi128_si256(LoadHalves(row + low[0], row + high[0])),
-            LoadHalves(row + low[1], row + high[1]), 1);
+    static Reg ShuffleTwoWindows(const uint8_t* row, const int32_t* low, const int32_t* high,
+                                 Reg control) {
+        const Reg parts =
+            _mm256_inserti128_si256(_mm256_castsi128_si256(LoadHalves(row + low[0], row + high[0])),
+                                    LoadHalves(row + low[1], row + high[1]), 1);
+        return _mm256_shuffle_epi8(parts, control);
     }
 
     static Reg Set8(uint8_t value) { return _mm256_set1_epi8(static_cast<char>(value)); }
@@ -52,15 +56,15 @@ struct Avx2 {
     static Reg ShiftLeft16(Reg a) {
         return _mm256_slli_epi16(a, kCount);
     }
-    static Reg Shuffle(Reg a, Reg control) { return _mm256_shuffle_epi8(a, control); }
     static Reg InterleaveLow8(Reg a, Reg b) { return _mm256_unpacklo_epi8(a, b); }
     static Reg InterleaveHigh8(Reg a, Reg b) { return _mm256_unpackhi_epi8(a, b); }
-    static Reg InterleaveLow64(Reg a, Reg b) { return _mm256_unpacklo_epi64(a, b); }
-    static Reg InterleaveHigh64(Reg a, Reg b) { return _mm256_unpackhi_epi64(a, b); }
+    static Reg LowHalves(Reg a, Reg b) { return _mm256_unpacklo_epi64(a, b); }
+    static Reg HighHalves(Reg a, Reg b) { return _mm256_unpackhi_epi64(a, b); }
 
     // Signed part by part; unsigned in the order of the sources: quarters a0 b0 a1 b1 become a0 a1
     // b0 b1.
     static Reg PackSigned(Reg a, Reg b) { return _mm256_packs_epi16(a, b); }
+    static Reg HighBytes(Reg a, Reg b) { return PackSigned(ShiftRight8(a), ShiftRight8(b)); }
     static Reg PackUnsignedInOrder(Reg a, Reg b) {
         return _mm256_permute4x64_epi64(_mm256_packus_epi16(a, b), 0xd8);
     }

@@ -10,15 +10,19 @@ namespace {
 struct Ssse3 {
     using Reg = __m128i;
     static constexpr int32_t kParts = 1;
+    static constexpr bool kSharesWindow = false;
 
     static Reg Load(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const Reg*>(p)); }
     static void Store(uint8_t* p, Reg a) { _mm_storeu_si128(reinterpret_cast<Reg*>(p), a); }
-    static Reg LoadWindows(const uint8_t* row, const int32_t* offset) {
-        return Load(row + *offset);
+    static Reg ShuffleWindows(const uint8_t* row, const int32_t* offset, Reg control) {
+        return _mm_shuffle_epi8(Load(row + *offset), control);
     }
-    static Reg LoadHalfWindows(const uint8_t* row, const int32_t* low, const int32_t* high) {
-        return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const Reg*>(row + *low)),
-                                  _mm_loadl_epi64(reinterpret_cast<const Reg*>(row + *high)));
+    static Reg ShuffleTwoWindows(const uint8_t* row, const int32_t* low, const int32_t* high,
+                                 Reg control) {
+        const Reg halves =
+            _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const Reg*>(row + *low)),
+                               _mm_loadl_epi64(reinterpret_cast<const Reg*>(row + *high)));
+        return _mm_shuffle_epi8(halves, control);
     }
 
     static Reg Set8(uint8_t value) { return _mm_set1_epi8(static_cast<char>(value)); }
@@ -41,14 +45,14 @@ struct Ssse3 {
     static Reg ShiftLeft16(Reg a) {
         return _mm_slli_epi16(a, kCount);
     }
-    static Reg Shuffle(Reg a, Reg control) { return _mm_shuffle_epi8(a, control); }
     static Reg InterleaveLow8(Reg a, Reg b) { return _mm_unpacklo_epi8(a, b); }
     static Reg InterleaveHigh8(Reg a, Reg b) { return _mm_unpackhi_epi8(a, b); }
-    static Reg InterleaveLow64(Reg a, Reg b) { return _mm_unpacklo_epi64(a, b); }
-    static Reg InterleaveHigh64(Reg a, Reg b) { return _mm_unpackhi_epi64(a, b); }
+    static Reg LowHalves(Reg a, Reg b) { return _mm_unpacklo_epi64(a, b); }
+    static Reg HighHalves(Reg a, Reg b) { return _mm_unpackhi_epi64(a, b); }
 
     // Of a single part these are in order.
     static Reg PackSigned(Reg a, Reg b) { return _mm_packs_epi16(a, b); }
+    static Reg HighBytes(Reg a, Reg b) { return PackSigned(ShiftRight8(a), ShiftRight8(b)); }
     static Reg PackUnsignedInOrder(Reg a, Reg b) { return _mm_packus_epi16(a, b); }
 
     static void StoreInterleaved8(uint8_t* p, Reg even, Reg odd) {

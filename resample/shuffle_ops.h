@@ -32,7 +32,7 @@ struct ShuffleOps {
 
     // Bytes a register holds, and the tiles that two registers of sums give.
     static constexpr int32_t kBytes = V::kParts * 16;
-    static constexpr int32_t kStep = kTilesAStep<V::kParts>;
+    static constexpr int32_t kStep = kTilesAStep<V>;
 
     // Calls operation(i) for every register of a row of at least one: the last one overlaps the one
     // before it.
@@ -85,10 +85,12 @@ struct ShuffleOps {
 
     template <int32_t kWindow>
     static Reg LoadTiles(const uint8_t* row, const ShuffleTables& tables, int32_t tile) {
-        const Reg bytes = kWindow == OneWindow
-                              ? V::LoadWindows(row, &tables.low[tile])
-                              : V::LoadHalfWindows(row, &tables.low[tile], &tables.high[tile]);
-        return V::Shuffle(bytes, V::Load(tables.shuffle[tile]));
+        const Reg control = V::Load(tables.shuffle[tile]);
+        if constexpr (kWindow == OneWindow) {
+            return V::ShuffleWindows(row, &tables.low[tile], control);
+        } else {
+            return V::ShuffleTwoWindows(row, &tables.low[tile], &tables.high[tile], control);
+        }
     }
 
     template <typename Pixel, typename Rounding, int32_t kWindow>
@@ -98,11 +100,10 @@ struct ShuffleOps {
         const auto sums = [&](int32_t slot) {
             const Reg pairs = V::Xor(LoadTiles<kWindow>(row, tables, slot), V::Set8(kBias));
             const Reg products = V::MulAddBytes(V::Load(tables.weights[slot]), pairs);
-            return V::ShiftRight8(SumBias<Rounding>::kValue == 0 ? products
-                                                                 : V::Add16(products, bias));
+            return SumBias<Rounding>::kValue == 0 ? products : V::Add16(products, bias);
         };
         StoreSteps(dst, plan, plan.columns.count * Pixel::kSize, [&](int32_t slot) {
-            return V::Xor(V::PackSigned(sums(slot), sums(slot + V::kParts)), V::Set8(kBias));
+            return V::Xor(V::HighBytes(sums(slot), sums(slot + V::kParts)), V::Set8(kBias));
         });
     }
 
@@ -159,10 +160,10 @@ struct ShuffleOps {
         StoreSteps(dst, plan, plan.columns.count * Pixel::kSize, [&](int32_t slot) {
             const Reg first = LoadTiles<kWindow>(row, tables, slot);
             const Reg second = LoadTiles<kWindow>(row, tables, slot + V::kParts);
-            const Reg weights = V::InterleaveLow64(V::Load(tables.weights[slot]),
-                                                   V::Load(tables.weights[slot + V::kParts]));
-            return BlendFields<Pixel, Rounding>(V::InterleaveLow64(first, second),
-                                                V::InterleaveHigh64(first, second), weights);
+            const Reg weights = V::LowHalves(V::Load(tables.weights[slot]),
+                                             V::Load(tables.weights[slot + V::kParts]));
+            return BlendFields<Pixel, Rounding>(V::LowHalves(first, second),
+                                                V::HighHalves(first, second), weights);
         });
     }
 
@@ -179,8 +180,8 @@ struct ShuffleOps {
     static void TakeTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         const ShuffleTables& tables = TablesOf(plan);
         StoreSteps(dst, plan, plan.columns.count * Pixel::kSize, [&](int32_t slot) {
-            return V::Or(LoadTiles<kWindow>(row, tables, slot),
-                         LoadTiles<kWindow>(row, tables, slot + V::kParts));
+            return V::LowHalves(LoadTiles<kWindow>(row, tables, slot),
+                                LoadTiles<kWindow>(row, tables, slot + V::kParts));
         });
     }
 
@@ -200,8 +201,8 @@ struct ShuffleOps {
         StoreSteps(dst, plan, groups * 4, [&](int32_t slot) {
             const Reg first = LoadTiles<kWindow>(row, tables, slot);
             const Reg second = LoadTiles<kWindow>(row, tables, slot + V::kParts);
-            const Reg a = V::InterleaveLow64(first, second);
-            const Reg b = V::InterleaveHigh64(first, second);
+            const Reg a = V::LowHalves(first, second);
+            const Reg b = V::HighHalves(first, second);
             const Reg halves = V::And(V::Xor(a, b), V::Set8(1));
             return V::SubSaturated8(V::AverageUp8(a, b), halves);
         });
@@ -306,15 +307,15 @@ struct ShuffleOps {
 
     template <typename Pixel>
     static constexpr PixelOps kByteOps = {BlendByteRows,
-                                          PlanByteBlend<Pixel, V::kParts>,
-                                          PlanTake<Pixel, V::kParts>,
+                                          PlanByteBlend<V, Pixel>,
+                                          PlanTake<V, Pixel>,
                                           BlendByteColumns<Pixel, RoundDown>,
                                           BlendByteColumns<Pixel, RoundUp>,
                                           TakeColumns<Pixel>};
     template <typename Pixel>
     static constexpr PixelOps kFieldOps = {BlendFieldRows<Pixel>,
-                                           PlanFieldBlend<Pixel, V::kParts>,
-                                           PlanTake<Pixel, V::kParts>,
+                                           PlanFieldBlend<V, Pixel>,
+                                           PlanTake<V, Pixel>,
                                            BlendFieldColumns<Pixel, RoundDown>,
                                            BlendFieldColumns<Pixel, RoundUp>,
                                            TakeColumns<Pixel>};
@@ -325,7 +326,7 @@ struct ShuffleOps {
         kFieldOps<Rgb555Pixel>,
         kFieldOps<Rgb565Pixel>,
         {Unpack, Pack<AverageDown>, Pack<AverageUp>, BlendPack<AverageDown>, BlendPack<AverageUp>,
-         DimThirds, PlanPackedTake<V::kParts>, TakePackedColumns},
+         DimThirds, PlanPackedTake<V>, TakePackedColumns},
         CopyBlocks,
         Finish,
     };

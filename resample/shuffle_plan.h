@@ -1,6 +1,8 @@
-// Plans for the instruction sets that have a byte shuffle. Columns are taken in tiles of eight
-// destination bytes. A tile reads its source bytes from one window of sixteen bytes, or from two of
-// eight, and a shuffle puts them where the blend wants them.
+// Plans for the instruction sets that have a byte shuffle, over a register type V. Columns are
+// taken in tiles of eight destination bytes. A tile reads its source bytes from one window of
+// sixteen bytes, or from two of eight, and a shuffle puts them where the blend wants them. Where a
+// shuffle reaches across the whole register, all tiles of a register share a window as wide as it
+// is, or twice as wide.
 //
 // Blends are sums of products a * (256 - w) + b * w of bytes that are kept as value - 128, so that
 // the 16-bit sum cannot overflow. A weight of 256 fits no byte: where w is 0 the same byte is taken
@@ -18,20 +20,20 @@ inline int32_t Min(int32_t a, int32_t b) { return a < b ? a : b; }
 inline int32_t Max(int32_t a, int32_t b) { return a > b ? a : b; }
 
 constexpr int32_t kTileBytes = 8;
-constexpr int32_t kMaxTiles = kMaxPlanColumns * 3 / kTileBytes;
 
-// Two registers of sums give one of bytes, so tiles are done four at a time where a register has
-// two parts of sixteen bytes, and two at a time where it is one. The last ones are filled up with
-// the row's last byte.
-template <int32_t kParts>
-constexpr int32_t kTilesAStep = kParts * 2;
-static_assert(kMaxTiles % kTilesAStep<2> == 0);
+// Two registers of sums give one of bytes, so tiles are done two at a time for every part of
+// sixteen bytes that a register has. The last ones are filled up with the row's last byte.
+template <typename V>
+constexpr int32_t kTilesAStep = V::kParts * 2;
+constexpr int32_t kMostTilesAStep = 8;
+constexpr int32_t kMaxTiles =
+    (kMaxPlanColumns * 3 / kTileBytes + kMostTilesAStep - 1) / kMostTilesAStep * kMostTilesAStep;
 
-// The place of a tile in the tables. Packing joins the registers part by part, so the first
-// register of a step takes the even tiles and the second one the odd ones.
-template <int32_t kParts>
+// The place of a tile in the tables. Two parts are joined part by part, so the first register of a
+// step takes the even tiles and the second one the odd ones.
+template <typename V>
 constexpr int32_t SlotOf(int32_t tile) {
-    return kParts == 1 ? tile : (tile & ~3) | (tile & 1) << 1 | (tile >> 1 & 1);
+    return V::kParts == 2 ? (tile & ~3) | (tile & 1) << 1 | (tile >> 1 & 1) : tile;
 }
 
 // Indexed by slot.
@@ -118,40 +120,51 @@ inline bool PlaceWindow(SourceSpan span, int32_t size, int32_t rowBytes, int32_t
     return *offset + size <= rowBytes && span.last < *offset + size;
 }
 
-inline bool PlaceTile(ShuffleTables& tables, int32_t slot, int32_t byte, const ByteSources& sources,
-                      int32_t window, int32_t rowBytes) {
+// Places the window or the windows of a tile. The first tile of a register places a shared one.
+template <typename V>
+bool PlaceTile(ShuffleTables& tables, int32_t tile, const ByteSources& sources, int32_t window,
+               int32_t rowBytes) {
+    const int32_t slot = SlotOf<V>(tile);
+    const int32_t byte = tile * kTileBytes;
+    tables.high[slot] = 0;
+    if (V::kSharesWindow) {
+        if (tile % V::kParts != 0) {
+            tables.low[slot] = tables.low[slot - 1];
+            return true;
+        }
+        const int32_t size = window == OneWindow ? V::kParts * 16 : V::kParts * 32;
+        return PlaceWindow(SpanOf(sources, byte, V::kParts * kTileBytes), size, rowBytes,
+                           &tables.low[slot]);
+    }
     if (window == OneWindow) {
-        tables.high[slot] = 0;
         return PlaceWindow(SpanOf(sources, byte, 8), 16, rowBytes, &tables.low[slot]);
     }
     return PlaceWindow(SpanOf(sources, byte, 4), 8, rowBytes, &tables.low[slot]) &&
            PlaceWindow(SpanOf(sources, byte + 4, 4), 8, rowBytes, &tables.high[slot]);
 }
 
-// The place of a row's byte in the register that a tile loads.
-inline uint8_t PlaceInTile(const ShuffleTables& tables, int32_t slot, int32_t window, int32_t i,
-                           int32_t at) {
-    const bool isHigh = window == TwoWindows && i >= 4;
+// The place of a row's byte in what a tile loads.
+template <typename V>
+uint8_t PlaceInTile(const ShuffleTables& tables, int32_t slot, int32_t window, int32_t i,
+                    int32_t at) {
+    const bool isHigh = !V::kSharesWindow && window == TwoWindows && i >= 4;
     return static_cast<uint8_t>(isHigh ? at - tables.high[slot] + 8 : at - tables.low[slot]);
 }
 
 // Finds the windows of all tiles: one each, or two each, or none where the columns are too far
-// apart for a shuffle. Then fills each tile's tables by fill(tables, slot, i, place, next, weight),
-// where `place` and `next` are the places of the tile's i-th byte and of its neighbour in the
-// register.
-template <int32_t kParts, typename Fill>
+// apart for a shuffle. Then fills each tile's tables by fill(shuffle, weights, i, place, next,
+// weight), where `place` and `next` are the places of the tile's i-th byte and of its neighbour in
+// what it loads.
+template <typename V, typename Fill>
 void PlanTiles(ColumnPlan& plan, const ColumnRun& columns, ByteSources& sources, int32_t rowBytes,
                Fill fill) {
-    constexpr int32_t kStepBytes = kTilesAStep<kParts> * kTileBytes;
+    constexpr int32_t kStepBytes = kTilesAStep<V> * kTileBytes;
     ShuffleTables& tables = TablesOf(plan);
-    const int32_t tiles = (sources.count + kStepBytes - 1) / kStepBytes * kTilesAStep<kParts>;
+    const int32_t tiles = (sources.count + kStepBytes - 1) / kStepBytes * kTilesAStep<V>;
     sources.FillUp(tiles * kTileBytes);
     const auto place = [&](int32_t window) {
         for (int32_t tile = 0; tile < tiles; ++tile) {
-            if (!PlaceTile(tables, SlotOf<kParts>(tile), tile * kTileBytes, sources, window,
-                           rowBytes)) {
-                return false;
-            }
+            if (!PlaceTile<V>(tables, tile, sources, window, rowBytes)) return false;
         }
         return true;
     };
@@ -159,80 +172,73 @@ void PlanTiles(ColumnPlan& plan, const ColumnRun& columns, ByteSources& sources,
     plan.window = place(OneWindow) ? OneWindow : place(TwoWindows) ? TwoWindows : NoWindow;
     plan.tiles = plan.window == NoWindow ? 0 : tiles;
     for (int32_t tile = 0; tile < plan.tiles; ++tile) {
-        const int32_t slot = SlotOf<kParts>(tile);
+        const int32_t slot = SlotOf<V>(tile);
         for (int32_t i = 0; i < kTileBytes; ++i) {
             const int32_t byte = tile * kTileBytes + i;
-            fill(tables, tile, i, PlaceInTile(tables, slot, plan.window, i, sources.at[byte]),
-                 PlaceInTile(tables, slot, plan.window, i, sources.next[byte]),
+            fill(tables.shuffle[slot], tables.weights[slot], i,
+                 PlaceInTile<V>(tables, slot, plan.window, i, sources.at[byte]),
+                 PlaceInTile<V>(tables, slot, plan.window, i, sources.next[byte]),
                  sources.weights[byte]);
         }
     }
 }
 
 // For bytes: a shuffle to pairs of a byte and its right neighbour, and a pair of weights for each.
-template <typename Pixel, int32_t kParts>
+template <typename V, typename Pixel>
 void PlanByteBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
     ByteSources sources;
     sources.AddPixels<Pixel>(columns);
-    PlanTiles<kParts>(plan, columns, sources, rowBytes,
-                      [](ShuffleTables& tables, int32_t tile, int32_t i, uint8_t place,
-                         uint8_t next, int32_t weight) {
-                          const int32_t slot = SlotOf<kParts>(tile);
-                          uint8_t* shuffle = &tables.shuffle[slot][2 * i];
-                          uint8_t* weights = &tables.weights[slot][2 * i];
-                          shuffle[0] = place;
-                          shuffle[1] = next;
-                          weights[0] = static_cast<uint8_t>(weight == 0 ? 128 : 256 - weight);
-                          weights[1] = static_cast<uint8_t>(weight == 0 ? 128 : weight);
-                      });
+    PlanTiles<V>(plan, columns, sources, rowBytes,
+                 [](uint8_t* shuffle, uint8_t* weights, int32_t i, uint8_t place, uint8_t next,
+                    int32_t weight) {
+                     shuffle[2 * i] = place;
+                     shuffle[2 * i + 1] = next;
+                     weights[2 * i] = static_cast<uint8_t>(weight == 0 ? 128 : 256 - weight);
+                     weights[2 * i + 1] = static_cast<uint8_t>(weight == 0 ? 128 : weight);
+                 });
 }
 
-// For words: a shuffle to four pixels and then their right neighbours; four weights times 16.
-template <typename Pixel, int32_t kParts>
+// A shuffle to eight bytes and then to those that they are mixed with.
+inline void FillHalves(uint8_t* shuffle, int32_t i, uint8_t place, uint8_t next) {
+    shuffle[i] = place;
+    shuffle[kTileBytes + i] = next;
+}
+
+// For words: halves of four pixels each, and four weights times 16.
+template <typename V, typename Pixel>
 void PlanFieldBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
     ByteSources sources;
     sources.AddPixels<Pixel>(columns);
-    PlanTiles<kParts>(plan, columns, sources, rowBytes,
-                      [](ShuffleTables& tables, int32_t tile, int32_t i, uint8_t place,
-                         uint8_t next, int32_t weight) {
-                          const int32_t slot = SlotOf<kParts>(tile);
-                          tables.shuffle[slot][i] = place;
-                          tables.shuffle[slot][kTileBytes + i] = next;
-                          tables.weights[slot][i] =
-                              static_cast<uint8_t>(weight * 16 >> (i % 2 * 8));
-                          tables.weights[slot][kTileBytes + i] = 0;
-                      });
+    PlanTiles<V>(plan, columns, sources, rowBytes,
+                 [](uint8_t* shuffle, uint8_t* weights, int32_t i, uint8_t place, uint8_t next,
+                    int32_t weight) {
+                     FillHalves(shuffle, i, place, next);
+                     weights[i] = static_cast<uint8_t>(weight * 16 >> (i % 2 * 8));
+                     weights[kTileBytes + i] = 0;
+                 });
 }
 
-// For copies: a shuffle to eight bytes, low in the register for even tiles and high for odd ones.
-template <typename Pixel, int32_t kParts>
+// For copies: the first half is all that counts.
+template <typename V, typename Pixel>
 void PlanTake(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
     ByteSources sources;
     sources.AddPixels<Pixel>({columns.indices, nullptr, columns.firstIndex, columns.count});
-    PlanTiles<kParts>(
-        plan, columns, sources, rowBytes,
-        [](ShuffleTables& tables, int32_t tile, int32_t i, uint8_t place, uint8_t, int32_t) {
-            constexpr uint8_t kNothing = 0x80;
-            uint8_t* shuffle = tables.shuffle[SlotOf<kParts>(tile)];
-            const int32_t half = tile % 2 * kTileBytes;
-            shuffle[half + i] = place;
-            shuffle[kTileBytes - half + i] = kNothing;
-        });
+    PlanTiles<V>(plan, columns, sources, rowBytes,
+                 [](uint8_t* shuffle, uint8_t*, int32_t i, uint8_t place, uint8_t next, int32_t) {
+                     FillHalves(shuffle, i, place, next);
+                 });
 }
 
-// For packed 4:2:2: a shuffle to eight bytes and then to those that they are averaged with.
-template <int32_t kParts>
+// For packed 4:2:2: halves that are averaged.
+template <typename V>
 void PlanPackedTake(ColumnPlan& plan, const ColumnRun& columns, const PackedLayout& layout,
                     int32_t rowBytes) {
     ByteSources sources;
     sources.AddPacked(columns, layout);
-    PlanTiles<kParts>(
-        plan, columns, sources, rowBytes,
-        [](ShuffleTables& tables, int32_t tile, int32_t i, uint8_t place, uint8_t next, int32_t) {
-            uint8_t* shuffle = tables.shuffle[SlotOf<kParts>(tile)];
-            shuffle[i] = place;
-            shuffle[kTileBytes + i] = next;
-        });
+    PlanTiles<V>(plan, columns, sources, rowBytes,
+                 [](uint8_t* shuffle, uint8_t*, int32_t i, uint8_t place, uint8_t next, int32_t) {
+                     FillHalves(shuffle, i, place, next);
+                 });
 }
 
 }  // namespace

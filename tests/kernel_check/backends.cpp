@@ -21,6 +21,7 @@ constexpr SetToCheck kSets[] = {
     {"SSE operations", InstructionSet::Sse},
     {"SSSE3 operations", InstructionSet::Ssse3},
     {"AVX2 operations", InstructionSet::Avx2},
+    {"AVX-512 operations", InstructionSet::Avx512},
 };
 
 bool CanRunLevel(int level) {
