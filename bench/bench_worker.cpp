@@ -14,7 +14,7 @@
 #include "bench/stopwatch.h"
 #include "bench/workloads.h"
 #include "resample/kernel_table.h"
-#include "resample/row_ops.h"
+#include "resample/row_ops/row_ops.h"
 
 namespace tavo::bench {
 namespace {

@@ -6,7 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "resample/row_ops.h"
+#include "resample/row_ops/row_ops.h"
 
 namespace tavo {
 namespace {

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "resample/frame_drivers.h"
-#include "resample/pixel_blend.h"
+#include "resample/row_ops/pixel_blend.h"
 
 namespace tavo {
 namespace {

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "resample/frame.h"
-#include "resample/row_ops.h"
+#include "resample/row_ops/row_ops.h"
 
 namespace tavo {
 

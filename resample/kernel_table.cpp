@@ -10,7 +10,7 @@
 #include "resample/planar/planar_kernels.h"
 #include "resample/rgb16/rgb16_kernels.h"
 #include "resample/rgb24/rgb24_kernels.h"
-#include "resample/row_ops.h"
+#include "resample/row_ops/row_ops.h"
 
 namespace tavo {
 

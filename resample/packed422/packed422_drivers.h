@@ -6,7 +6,7 @@
 
 #include "resample/fixed_ratio.h"
 #include "resample/frame.h"
-#include "resample/row_ops.h"
+#include "resample/row_ops/row_ops.h"
 
 namespace tavo {
 

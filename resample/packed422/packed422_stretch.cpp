@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "resample/pixel_blend.h"
+#include "resample/row_ops/pixel_blend.h"
 
 namespace tavo {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "cpu/cpu_level.h"
 #include "resample/kernel_table.h"
-#include "resample/row_ops.h"
+#include "resample/row_ops/row_ops.h"
 
 namespace tavo::check {
 namespace {

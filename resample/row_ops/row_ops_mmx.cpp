@@ -1,6 +1,6 @@
 // Row operations for MMX.
 
-#include "resample/mmx_ops.h"
+#include "resample/row_ops/mmx_ops.h"
 
 namespace tavo {
 namespace {

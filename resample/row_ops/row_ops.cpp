@@ -1,6 +1,6 @@
 // The choice of row operations for the members that are named after an instruction set.
 
-#include "resample/row_ops.h"
+#include "resample/row_ops/row_ops.h"
 
 #include <atomic>
 

@@ -3,7 +3,7 @@
 
 #include <immintrin.h>
 
-#include "resample/shuffle_ops.h"
+#include "resample/row_ops/shuffle_ops.h"
 
 namespace tavo {
 namespace {

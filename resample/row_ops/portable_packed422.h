@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "resample/row_ops.h"
+#include "resample/row_ops/row_ops.h"
 
 namespace tavo {
 namespace {

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "resample/pixel_blend.h"
-#include "resample/row_ops.h"
+#include "resample/row_ops/pixel_blend.h"
+#include "resample/row_ops/row_ops.h"
 
 namespace tavo {
 namespace {

@@ -10,7 +10,7 @@
 
 #pragma once
 
-#include "resample/portable_columns.h"
+#include "resample/row_ops/portable_columns.h"
 
 namespace tavo {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <xmmintrin.h>
 
-#include "resample/mmx_ops.h"
+#include "resample/row_ops/mmx_ops.h"
 
 namespace tavo {
 namespace {

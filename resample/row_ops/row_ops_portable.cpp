@@ -1,7 +1,7 @@
 // The reference row operations. They read like the formulas; all other sets give their bytes.
 
-#include "resample/portable_columns.h"
-#include "resample/portable_packed422.h"
+#include "resample/row_ops/portable_columns.h"
+#include "resample/row_ops/portable_packed422.h"
 
 namespace tavo {
 namespace {

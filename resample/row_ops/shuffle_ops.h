@@ -1,0 +1,165 @@
+// Row operations for the instruction sets that have a byte shuffle: those on pixels, and the set.
+
+#pragma once
+
+#include "resample/row_ops/portable_columns.h"
+#include "resample/row_ops/shuffle_packed422.h"
+#include "resample/row_ops/shuffle_registers.h"
+
+namespace tavo {
+namespace {
+
+// Rounding of a blend's 16-bit sums.
+template <typename Rounding>
+struct SumBias;
+template <>
+struct SumBias<RoundDown> {
+    static constexpr int16_t kValue = 0;
+};
+template <>
+struct SumBias<RoundUp> {
+    static constexpr int16_t kValue = 255;
+};
+
+template <typename V>
+struct ShuffleOps {
+    using Base = ShuffleRegisters<V>;
+    using Reg = typename V::Reg;
+    static constexpr int32_t kBytes = Base::kBytes;
+
+    template <typename Pixel, typename Rounding, int32_t kWindow>
+    static void BlendByteTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+        const ShuffleTables& tables = TablesOf(plan);
+        const Reg bias = V::Set16(SumBias<Rounding>::kValue);
+        const auto sums = [&](int32_t slot) {
+            const Reg pairs =
+                V::Xor(Base::template LoadTiles<kWindow>(row, tables, slot), V::Set8(kBias));
+            const Reg products = V::MulAddBytes(V::Load(tables.weights[slot]), pairs);
+            return SumBias<Rounding>::kValue == 0 ? products : V::Add16(products, bias);
+        };
+        Base::StoreSteps(dst, plan, plan.columns.count * Pixel::kSize, [&](int32_t slot) {
+            return V::Xor(V::HighBytes(sums(slot), sums(slot + V::kParts)), V::Set8(kBias));
+        });
+    }
+
+    template <typename Pixel, typename Rounding>
+    static void BlendByteColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+        switch (plan.window) {
+            case OneWindow: return BlendByteTiles<Pixel, Rounding, OneWindow>(dst, row, plan);
+            case TwoWindows: return BlendByteTiles<Pixel, Rounding, TwoWindows>(dst, row, plan);
+            default: return BlendColumnsPlain<Pixel, Rounding>(dst, row, plan.columns, 0);
+        }
+    }
+
+    // 16-bit lanes; weight16 is the weight times 16, so that the high half of the product is the
+    // blend (row_ops_mmx.cpp has the proof).
+    template <typename Rounding>
+    static Reg BlendLanes(Reg a, Reg b, Reg weight16) {
+        if constexpr (SumBias<Rounding>::kValue == 0) {
+            return V::Add16(a, V::MulHigh16(V::template ShiftLeft16<4>(V::Sub16(b, a)), weight16));
+        } else {
+            return V::Sub16(a, V::MulHigh16(V::template ShiftLeft16<4>(V::Sub16(a, b)), weight16));
+        }
+    }
+
+    template <typename Rounding, int32_t kShift, int32_t kMask>
+    static Reg BlendField(Reg a, Reg b, Reg weight16) {
+        const Reg mask = V::Set16(kMask);
+        const Reg from = V::And(V::template ShiftRight16<kShift>(a), mask);
+        const Reg to = V::And(V::template ShiftRight16<kShift>(b), mask);
+        return V::template ShiftLeft16<kShift>(BlendLanes<Rounding>(from, to, weight16));
+    }
+
+    template <typename Pixel, typename Rounding>
+    static Reg BlendFields(Reg a, Reg b, Reg weight16) {
+        return V::Or(
+            BlendField<Rounding, 0, Pixel::kBlueMask>(a, b, weight16),
+            V::Or(BlendField<Rounding, Pixel::kGreenShift, Pixel::kGreenMask>(a, b, weight16),
+                  BlendField<Rounding, Pixel::kRedShift, Pixel::kRedMask>(a, b, weight16)));
+    }
+
+    template <typename Pixel>
+    static void BlendFieldRows(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t weight,
+                               int32_t bytes) {
+        if (bytes < kBytes) return BlendRowsPlain<Pixel>(dst, a, b, weight, bytes);
+        const Reg weight16 = V::Set16(static_cast<int16_t>(weight * 16));
+        Base::ForRegisters(bytes, [&](int32_t i) {
+            V::Store(dst + i,
+                     BlendFields<Pixel, RoundDown>(V::Load(a + i), V::Load(b + i), weight16));
+        });
+    }
+
+    template <typename Pixel, typename Rounding, int32_t kWindow>
+    static void BlendFieldTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+        const ShuffleTables& tables = TablesOf(plan);
+        Base::StoreSteps(dst, plan, plan.columns.count * Pixel::kSize, [&](int32_t slot) {
+            const Reg first = Base::template LoadTiles<kWindow>(row, tables, slot);
+            const Reg second = Base::template LoadTiles<kWindow>(row, tables, slot + V::kParts);
+            const Reg weights = V::LowHalves(V::Load(tables.weights[slot]),
+                                             V::Load(tables.weights[slot + V::kParts]));
+            return BlendFields<Pixel, Rounding>(V::LowHalves(first, second),
+                                                V::HighHalves(first, second), weights);
+        });
+    }
+
+    template <typename Pixel, typename Rounding>
+    static void BlendFieldColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+        switch (plan.window) {
+            case OneWindow: return BlendFieldTiles<Pixel, Rounding, OneWindow>(dst, row, plan);
+            case TwoWindows: return BlendFieldTiles<Pixel, Rounding, TwoWindows>(dst, row, plan);
+            default: return BlendColumnsPlain<Pixel, Rounding>(dst, row, plan.columns, 0);
+        }
+    }
+
+    template <typename Pixel, int32_t kWindow>
+    static void TakeTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+        const ShuffleTables& tables = TablesOf(plan);
+        Base::StoreSteps(dst, plan, plan.columns.count * Pixel::kSize, [&](int32_t slot) {
+            return V::LowHalves(Base::template LoadTiles<kWindow>(row, tables, slot),
+                                Base::template LoadTiles<kWindow>(row, tables, slot + V::kParts));
+        });
+    }
+
+    template <typename Pixel>
+    static void TakeColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+        switch (plan.window) {
+            case OneWindow: return TakeTiles<Pixel, OneWindow>(dst, row, plan);
+            case TwoWindows: return TakeTiles<Pixel, TwoWindows>(dst, row, plan);
+            default: return TakeColumnsPlain<Pixel>(dst, row, plan.columns, 0);
+        }
+    }
+
+    static void CopyBlocks(uint8_t* dst, const uint8_t* src, int32_t blocks) {
+        std::memcpy(dst, src, static_cast<size_t>(blocks) * 8);
+    }
+
+    static void Finish() {}
+
+    template <typename Pixel>
+    static constexpr PixelOps kByteOps = {Base::BlendByteRows,
+                                          PlanByteBlend<V, Pixel>,
+                                          PlanTake<V, Pixel>,
+                                          BlendByteColumns<Pixel, RoundDown>,
+                                          BlendByteColumns<Pixel, RoundUp>,
+                                          TakeColumns<Pixel>};
+    template <typename Pixel>
+    static constexpr PixelOps kFieldOps = {BlendFieldRows<Pixel>,
+                                           PlanFieldBlend<V, Pixel>,
+                                           PlanTake<V, Pixel>,
+                                           BlendFieldColumns<Pixel, RoundDown>,
+                                           BlendFieldColumns<Pixel, RoundUp>,
+                                           TakeColumns<Pixel>};
+
+    static constexpr RowOps kAll = {
+        kByteOps<PlanePixel>,
+        kByteOps<Rgb24Pixel>,
+        kFieldOps<Rgb555Pixel>,
+        kFieldOps<Rgb565Pixel>,
+        ShufflePacked422<V>::kAll,
+        CopyBlocks,
+        Finish,
+    };
+};
+
+}  // namespace
+}  // namespace tavo

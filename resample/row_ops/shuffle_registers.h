@@ -1,0 +1,85 @@
+// What the row operations of all instruction sets with a byte shuffle are made of, written once
+// over a register type V. A register is made of parts of sixteen bytes that most instructions treat
+// apart; a part holds one tile of a plan (shuffle_plan.h).
+
+#pragma once
+
+#include <cstring>
+
+#include "resample/row_ops/shuffle_plan.h"
+
+namespace tavo {
+namespace {
+
+constexpr uint8_t kBias = 0x80;
+
+template <typename V>
+struct ShuffleRegisters {
+    using Reg = typename V::Reg;
+
+    // Bytes a register holds, and the tiles that two registers of sums give.
+    static constexpr int32_t kBytes = V::kParts * 16;
+    static constexpr int32_t kStep = kTilesAStep<V>;
+
+    // Calls operation(i) for every register of a row of at least one: the last one overlaps the one
+    // before it.
+    template <typename Operation>
+    static void ForRegisters(int32_t bytes, Operation operation) {
+        for (int32_t i = 0; i < bytes - kBytes; i += kBytes) operation(i);
+        operation(bytes - kBytes);
+    }
+
+    // Stores bytesOf(slot) for the tiles of each step, so many bytes in all.
+    template <typename BytesOf>
+    static void StoreSteps(uint8_t* dst, const ColumnPlan& plan, int32_t bytes, BytesOf bytesOf) {
+        const int32_t whole = bytes / kBytes * kStep;
+        int32_t tile = 0;
+        for (; tile < whole; tile += kStep) V::Store(dst + tile * kTileBytes, bytesOf(tile));
+        if (tile == plan.tiles) return;
+        uint8_t last[kBytes];
+        V::Store(last, bytesOf(tile));
+        std::memcpy(dst + tile * kTileBytes, last, static_cast<size_t>(bytes - tile * kTileBytes));
+    }
+
+    // a * (256 - w) + b * w of biased bytes, divided by 256.
+    static Reg Sums(Reg pairs, Reg weights) {
+        return V::ShiftRight8(V::MulAddBytes(weights, V::Xor(pairs, V::Set8(kBias))));
+    }
+
+    // Of a register of bytes; not for the weight 0.
+    static Reg WeightPairs(int32_t weight) {
+        return V::Set16(static_cast<int16_t>(weight << 8 | (256 - weight)));
+    }
+    static Reg BlendBytes(const uint8_t* a, const uint8_t* b, Reg weights) {
+        const Reg a8 = V::Load(a);
+        const Reg b8 = V::Load(b);
+        const Reg sums = V::PackSigned(Sums(V::InterleaveLow8(a8, b8), weights),
+                                       Sums(V::InterleaveHigh8(a8, b8), weights));
+        return V::Xor(sums, V::Set8(kBias));
+    }
+
+    static void BlendByteRows(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t weight,
+                              int32_t bytes) {
+        if (weight == 0) {
+            std::memcpy(dst, a, static_cast<size_t>(bytes));
+            return;
+        }
+        if (bytes < kBytes) return BlendRowsPlain<PlanePixel>(dst, a, b, weight, bytes);
+        const Reg weights = WeightPairs(weight);
+        ForRegisters(bytes,
+                     [&](int32_t i) { V::Store(dst + i, BlendBytes(a + i, b + i, weights)); });
+    }
+
+    template <int32_t kWindow>
+    static Reg LoadTiles(const uint8_t* row, const ShuffleTables& tables, int32_t tile) {
+        const Reg control = V::Load(tables.shuffle[tile]);
+        if constexpr (kWindow == OneWindow) {
+            return V::ShuffleWindows(row, &tables.low[tile], control);
+        } else {
+            return V::ShuffleTwoWindows(row, &tables.low[tile], &tables.high[tile], control);
+        }
+    }
+};
+
+}  // namespace
+}  // namespace tavo
