@@ -1,7 +1,6 @@
 #include "resample/frame_drivers.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "resample/stretches.h"
 
@@ -51,11 +50,10 @@ int32_t TakeFrame(const Frame& frame, PixelKind kind, Member member) {
     const PixelOperation take = TakeOf(ops.Of(kind));
     const auto takeRows = [&](std::span<const Stretch> stretches) {
         const ptrdiff_t from = frame.Bytes(stretches.front().first);
-        const ptrdiff_t end = frame.Bytes(stretches.back().End());
+        const auto bytes = static_cast<int32_t>(frame.Bytes(stretches.back().End()) - from);
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
             if (y > 0 && frame.UpperRow(y) == frame.UpperRow(y - 1)) {
-                std::memcpy(frame.DstRow(y) + from, frame.DstRow(y - 1) + from,
-                            static_cast<size_t>(end - from));
+                ops->CopyRow(frame.DstRow(y) + from, frame.DstRow(y - 1) + from, bytes);
             } else {
                 ApplyToRow(frame, stretches, y, frame.UpperRow(y), take);
             }
@@ -72,10 +70,10 @@ int32_t TakeFrameColumns(const Frame& frame, PixelKind kind, Member member) {
     return frame.dstHeight;
 }
 
-int32_t TakeFrameRows(const Frame& frame) {
+int32_t TakeFrameRows(const Frame& frame, Member member) {
+    const RowOpsScope ops(member);
     for (int32_t y = 0; y < frame.dstHeight; ++y) {
-        std::memcpy(frame.DstRow(y), frame.SrcRow(frame.UpperRow(y)),
-                    static_cast<size_t>(frame.dstRowBytes));
+        ops->CopyRow(frame.DstRow(y), frame.SrcRow(frame.UpperRow(y)), frame.dstRowBytes);
     }
     return frame.dstHeight;
 }

@@ -12,7 +12,7 @@ namespace tavo {
 // Nearest neighbour: both axes, width only, height only.
 int32_t TakeFrame(const Frame& frame, PixelKind kind, Member member);
 int32_t TakeFrameColumns(const Frame& frame, PixelKind kind, Member member);
-int32_t TakeFrameRows(const Frame& frame);
+int32_t TakeFrameRows(const Frame& frame, Member member);
 
 // Bilinear, width only. At the last source column a pixel is its own neighbour.
 int32_t BlendFrameColumns(const Frame& frame, PixelKind kind, Member member);

@@ -29,8 +29,8 @@ TAVO_SCALE_KERNEL(ScaleBilinear_UYVY_Portable) { return BlendPacked(TAVO_FRAME, 
 TAVO_SCALE_KERNEL(ScaleBilinear_UYVY_MMX)      { return BlendPacked(TAVO_FRAME, kUyvyLayout, Halves::Down, Member::Mmx); }
 TAVO_SCALE_KERNEL(ScaleBilinear_UYVY_SSE)      { return BlendPacked(TAVO_FRAME, kUyvyLayout, Halves::Up, Member::Sse); }
 
-TAVO_SCALE_KERNEL(ScaleNearestV_YUY2_Portable)  { return TakeFrameRows(TAVO_FRAME); }
-TAVO_SCALE_KERNEL(ScaleNearestV_YUY2_MMX)       { return TakeFrameRows(TAVO_FRAME); }
+TAVO_SCALE_KERNEL(ScaleNearestV_YUY2_Portable)  { return TakeFrameRows(TAVO_FRAME, Member::Portable); }
+TAVO_SCALE_KERNEL(ScaleNearestV_YUY2_MMX)       { return TakeFrameRows(TAVO_FRAME, Member::Mmx); }
 TAVO_SCALE_KERNEL(ScaleBilinearV_YUY2_Portable) { return BlendFrameRows(TAVO_FRAME, kBytes, Member::Portable); }
 TAVO_SCALE_KERNEL(ScaleBilinearV_YUY2_MMX)      { return BlendFrameRows(TAVO_FRAME, kBytes, Member::Mmx); }
 TAVO_SCALE_KERNEL(ScaleBilinearV_YUY2_SSE)      { return BlendFrameRows(TAVO_FRAME, kBytes, Member::Sse); }

@@ -28,8 +28,8 @@ TAVO_SCALE_KERNEL(ScaleNearest_Planar_MMX)        { return TakeFrame(TAVO_FRAME,
 TAVO_SCALE_KERNEL(ScaleBilinear_Planar_Portable)  { return BlendPlane(TAVO_FRAME, Member::Portable); }
 TAVO_SCALE_KERNEL(ScaleBilinear_Planar_MMX)       { return BlendPlane(TAVO_FRAME, Member::Mmx); }
 
-TAVO_SCALE_KERNEL(ScaleNearestV_Planar_Portable)  { return TakeFrameRows(TAVO_FRAME); }
-TAVO_SCALE_KERNEL(ScaleNearestV_Planar_MMX)       { return TakeFrameRows(TAVO_FRAME); }
+TAVO_SCALE_KERNEL(ScaleNearestV_Planar_Portable)  { return TakeFrameRows(TAVO_FRAME, Member::Portable); }
+TAVO_SCALE_KERNEL(ScaleNearestV_Planar_MMX)       { return TakeFrameRows(TAVO_FRAME, Member::Mmx); }
 TAVO_SCALE_KERNEL(ScaleBilinearV_Planar_Portable) { return BlendFrameRows(TAVO_FRAME, kPlane, Member::Portable); }
 TAVO_SCALE_KERNEL(ScaleBilinearV_Planar_MMX)      { return BlendFrameRows(TAVO_FRAME, kPlane, Member::Mmx); }
 TAVO_SCALE_KERNEL(ScaleBilinearV_Planar_SSE)      { return BlendFrameRows(TAVO_FRAME, kPlane, Member::Sse); }

@@ -28,8 +28,8 @@ TAVO_SCALE_KERNEL(ScaleBilinear_RGB565_Portable) { return BlendFrame<Rgb565Pixel
 TAVO_SCALE_KERNEL(ScaleBilinear_RGB565_MMX)      { return BlendFrame<Rgb565Pixel>(TAVO_FRAME, kRgb565, Member::Mmx); }
 TAVO_SCALE_KERNEL(ScaleBilinear_RGB565_SSE)      { return BlendFrame<Rgb565Pixel>(TAVO_FRAME, kRgb565, Member::Sse); }
 
-TAVO_SCALE_KERNEL(ScaleNearestV_RGB16_Portable)   { return TakeFrameRows(TAVO_FRAME); }
-TAVO_SCALE_KERNEL(ScaleNearestV_RGB16_MMX)        { return TakeFrameRows(TAVO_FRAME); }
+TAVO_SCALE_KERNEL(ScaleNearestV_RGB16_Portable)   { return TakeFrameRows(TAVO_FRAME, Member::Portable); }
+TAVO_SCALE_KERNEL(ScaleNearestV_RGB16_MMX)        { return TakeFrameRows(TAVO_FRAME, Member::Mmx); }
 TAVO_SCALE_KERNEL(ScaleBilinearV_RGB555_Portable) { return BlendFrameRows(TAVO_FRAME, kRgb555, Member::Portable); }
 TAVO_SCALE_KERNEL(ScaleBilinearV_RGB555_MMX)      { return BlendFrameRows(TAVO_FRAME, kRgb555, Member::Mmx); }
 TAVO_SCALE_KERNEL(ScaleBilinearV_RGB555_SSE)      { return BlendFrameRows(TAVO_FRAME, kRgb555, Member::Sse); }

@@ -23,8 +23,8 @@ TAVO_SCALE_KERNEL(ScaleBilinear_RGB24_Portable)  { return BlendFrame<Rgb24Pixel>
 TAVO_SCALE_KERNEL(ScaleBilinear_RGB24_MMX)       { return BlendFrame<Rgb24Pixel>(TAVO_FRAME, kRgb24, Member::Mmx); }
 TAVO_SCALE_KERNEL(ScaleBilinear_RGB24_SSE)       { return BlendFrame<Rgb24Pixel>(TAVO_FRAME, kRgb24, Member::Sse); }
 
-TAVO_SCALE_KERNEL(ScaleNearestV_RGB24_Portable)  { return TakeFrameRows(TAVO_FRAME); }
-TAVO_SCALE_KERNEL(ScaleNearestV_RGB24_MMX)       { return TakeFrameRows(TAVO_FRAME); }
+TAVO_SCALE_KERNEL(ScaleNearestV_RGB24_Portable)  { return TakeFrameRows(TAVO_FRAME, Member::Portable); }
+TAVO_SCALE_KERNEL(ScaleNearestV_RGB24_MMX)       { return TakeFrameRows(TAVO_FRAME, Member::Mmx); }
 TAVO_SCALE_KERNEL(ScaleBilinearV_RGB24_Portable) { return BlendFrameRows(TAVO_FRAME, kRgb24, Member::Portable); }
 TAVO_SCALE_KERNEL(ScaleBilinearV_RGB24_MMX)      { return BlendFrameRows(TAVO_FRAME, kRgb24, Member::Mmx); }
 TAVO_SCALE_KERNEL(ScaleBilinearV_RGB24_SSE)      { return BlendFrameRows(TAVO_FRAME, kRgb24, Member::Sse); }

@@ -143,6 +143,12 @@ struct MmxOps {
         for (; blocks > 0; --blocks, dst += 8, src += 8) Store8(dst, Load8(src));
     }
 
+    static void CopyRow(uint8_t* dst, const uint8_t* src, int32_t bytes) {
+        CopyBlocks(dst, src, bytes / 8);
+        const int32_t whole = bytes & ~7;
+        std::memcpy(dst + whole, src + whole, static_cast<size_t>(bytes - whole));
+    }
+
     static void Finish() { _mm_empty(); }
 
     template <typename Pixel>
@@ -161,6 +167,7 @@ struct MmxOps {
         kFieldOps<Rgb555Pixel>,
         kFieldOps<Rgb565Pixel>,
         MmxPacked422<V>::kAll,
+        CopyRow,
         CopyBlocks,
         Finish,
     };

@@ -113,6 +113,9 @@ struct RowOps {
     PixelOps rgb565;
     Packed422Ops packed422;
 
+    // Copies a row, which `dst` must not overlap.
+    void (*CopyRow)(uint8_t* dst, const uint8_t* src, int32_t bytes);
+
     // Copies whole blocks of eight bytes.
     void (*CopyBlocks)(uint8_t* dst, const uint8_t* src, int32_t blocks);
 

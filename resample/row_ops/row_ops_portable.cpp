@@ -33,6 +33,10 @@ void Pack(uint8_t* dst, const PackedSamples& src, int32_t pixels, const PackedLa
 
 void DimThirds(uint8_t* samples, int32_t count) { DimThirdsPlain(samples, count, 0); }
 
+void CopyRow(uint8_t* dst, const uint8_t* src, int32_t bytes) {
+    std::memcpy(dst, src, static_cast<size_t>(bytes));
+}
+
 void CopyBlocks(uint8_t* dst, const uint8_t* src, int32_t blocks) {
     for (; blocks > 0; --blocks, dst += 8, src += 8) std::memcpy(dst, src, 8);
 }
@@ -50,6 +54,7 @@ const RowOps kPortableRowOps = {
      BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<AverageDown>>,
      BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<AverageUp>>, DimThirds, PlanPackedPlain,
      TakePackedColumnsPlain},
+    CopyRow,
     CopyBlocks,
     Finish,
 };

@@ -156,6 +156,7 @@ struct ShuffleOps {
         kFieldOps<Rgb555Pixel>,
         kFieldOps<Rgb565Pixel>,
         ShufflePacked422<V>::kAll,
+        Base::CopyRow,
         CopyBlocks,
         Finish,
     };

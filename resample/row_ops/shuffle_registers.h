@@ -29,6 +29,15 @@ struct ShuffleRegisters {
         operation(bytes - kBytes);
     }
 
+    // Rows are too short for the library's copy to be worth its start.
+    static void CopyRow(uint8_t* dst, const uint8_t* src, int32_t bytes) {
+        if (bytes < kBytes) {
+            std::memcpy(dst, src, static_cast<size_t>(bytes));
+            return;
+        }
+        ForRegisters(bytes, [&](int32_t i) { V::Store(dst + i, V::Load(src + i)); });
+    }
+
     // Stores bytesOf(slot) for the tiles of each step, so many bytes in all.
     template <typename BytesOf>
     static void StoreSteps(uint8_t* dst, const ColumnPlan& plan, int32_t bytes, BytesOf bytesOf) {
@@ -61,7 +70,7 @@ struct ShuffleRegisters {
     static void BlendByteRows(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t weight,
                               int32_t bytes) {
         if (weight == 0) {
-            std::memcpy(dst, a, static_cast<size_t>(bytes));
+            CopyRow(dst, a, bytes);
             return;
         }
         if (bytes < kBytes) return BlendRowsPlain<PlanePixel>(dst, a, b, weight, bytes);
