@@ -1,6 +1,7 @@
 // Times the kernels of its own build for a program of another build. Lines on the standard input:
 //   FAMILY METHOD WIDTHxHEIGHT WIDTHxHEIGHT [set=NAME]   selects the work; answers "ready"
 //   round                                                answers nanoseconds per call of one round
+//   operations                                           answers what AUTO runs on here: "AVX2"
 // for instance "RGB24 bilinear 1920x1080 1280x720 set=ssse3". What cannot be done is answered with
 // "error" and a reason.
 
@@ -13,6 +14,7 @@
 #include "bench/scaling.h"
 #include "bench/stopwatch.h"
 #include "bench/workloads.h"
+#include "cpu/cpu_level.h"
 #include "resample/kernel_table.h"
 #include "resample/row_ops/row_ops.h"
 
@@ -87,6 +89,7 @@ class Kernel {
 class Worker {
   public:
     std::string Answer(const std::string& line) {
+        if (line == "operations") return InstructionSetName(WidestSet(GetCpuLevel()));
         if (line != "round") return Select(line);
         if (!stopwatch_) return "error nothing is selected";
         char text[32];

@@ -66,7 +66,7 @@ std::string CheckText(const Check& check) {
 std::string JsonReport(const Results& results) {
     const auto isBilinear = [](const Case& work) { return work.method == Method::Bilinear; };
     return "{\n  \"processor\": " + Quoted(results.processor) +
-           ",\n  \"set\": " + Quoted(results.set) +
+           ",\n  \"operations\": " + Quoted(results.operations) +
            Format(",\n  \"rounds\": %d,\n  \"peers\": ", results.rounds) +
            List(results.peerNames, Quoted) +
            Format(",\n  \"bilinearMeanRatio\": {\"64-bit\": %s, \"32-bit\": %s}",

@@ -26,7 +26,8 @@ constexpr const char* kUsage =
     "  --filter     only cases whose description holds every TEXT, for instance\n"
     "               --filter RGB24 --filter bilinear --filter '> 1280x720'\n"
     "  --rounds     rounds for each contestant (25)\n"
-    "  --set        holds our kernels to portable, mmx, sse, ssse3 or avx2 (auto)\n"
+    "  --set        holds our kernels to portable, mmx, sse, ssse3, avx2 or\n"
+    "               avx512 (auto)\n"
     "  --no-peers   only our kernels and the memory limit\n"
     "  --list       prints the descriptions of the cases\n";
 
@@ -134,7 +135,8 @@ int Run(int argc, char** argv) {
     const std::vector<OwnContestant> own = OwnContestants(options);
     Results results;
     results.processor = ProcessorName();
-    results.set = options.set;
+    results.operations =
+        options.set == "auto" ? own.front().worker->Ask("operations") : options.set;
     results.rounds = options.rounds;
     for (const Peer& peer : peers) results.peerNames.push_back(peer.name + (' ' + peer.version));
     const bool showsProgress = isatty(STDERR_FILENO);

@@ -40,7 +40,7 @@ struct CaseResult {
 
 struct Results {
     std::string processor;
-    std::string set;  // the instruction set that our kernels are held to, or "auto"
+    std::string operations;  // the instruction set that our kernels run on
     int rounds = 0;
     std::vector<std::string> peerNames;
     std::vector<CaseResult> cases;

@@ -108,10 +108,10 @@ std::string Format(const char* format, ...) {
 std::string TextReport(const Results& results) {
     std::string peers;
     for (const std::string& name : results.peerNames) peers += (peers.empty() ? "" : ", ") + name;
-    const std::string held = results.set == "auto" ? "" : " Our kernels: " + results.set + '.';
     return results.processor +
-           Format("\nMedians of %d rounds; one thread.%s Peers found: %s\n\n", results.rounds,
-                  held.c_str(), peers.empty() ? "none" : peers.c_str()) +
+           Format("\nMedians of %d rounds; one thread. Our kernels run on %s. Peers found: %s\n\n",
+                  results.rounds, results.operations.c_str(),
+                  peers.empty() ? "none" : peers.c_str()) +
            Means(results) + '\n' + Floors(results) + '\n' + Cases(results);
 }
 
