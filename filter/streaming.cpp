@@ -23,8 +23,8 @@ HRESULT CVantrelFilter::StartStreaming() {
     if (!isTimerPeriodRaised_) {
         isTimerPeriodRaised_ = timeBeginPeriod(kTimerPeriodMilliseconds) == TIMERR_NOERROR;
     }
-    startTime_ = lastTime_ = timeGetTime();
     ResetFrameCounts();
+    startTime_ = lastTime_ = timeGetTime();
     isResetPending_ = false;
     regulator_ = RegulatorState();
     ForgetStreamBaseTime();
@@ -38,8 +38,8 @@ HRESULT CVantrelFilter::StartStreaming() {
 
 HRESULT CVantrelFilter::StopStreaming() {
     LowerTimerPeriod();
-    startTime_ = lastTime_ = 0;
     ResetFrameCounts();
+    startTime_ = lastTime_ = 0;
     ForgetStreamBaseTime();
     ReleaseOwnClock();
     const HRESULT stopped = CTransformFilter::StopStreaming();
@@ -225,6 +225,8 @@ void CVantrelFilter::LowerTimerPeriod() {
     isTimerPeriodRaised_ = false;
 }
 
+// Before the times, which change one after the other: whoever reads them meanwhile counts no
+// frames.
 void CVantrelFilter::ResetFrameCounts() {
     processingTime_ = 0;
     processedFrames_ = 0;

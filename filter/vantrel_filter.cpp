@@ -173,13 +173,14 @@ int STDMETHODCALLTYPE CVantrelFilter::GetModuleTime(double* milliseconds) {
 }
 
 int STDMETHODCALLTYPE CVantrelFilter::GetSystemFps(double* fps) {
-    *fps = PerSecond(processedFrames_, lastTime_ - startTime_);
+    const uint32_t milliseconds = StreamingTime();
+    *fps = PerSecond(processedFrames_, milliseconds);
     return kSettingsSuccess;
 }
 
 int STDMETHODCALLTYPE CVantrelFilter::GetGenerateFps(double* fps) {
-    *fps = IsRegulatorOn()
-               ? PerSecond(static_cast<double>(generatedFrames_.load()), lastTime_ - startTime_)
-               : 0.0;
+    const uint32_t milliseconds = StreamingTime();
+    *fps = IsRegulatorOn() ? PerSecond(static_cast<double>(generatedFrames_.load()), milliseconds)
+                           : 0.0;
     return kSettingsSuccess;
 }

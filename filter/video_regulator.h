@@ -155,6 +155,8 @@ class CVantrelFilter final : public CTransformFilter,
     void LowerTimerPeriod();
     void ResetFrameCounts();
     bool IsRegulatorOn() const { return frameDuration_.load() > 0; }
+    // To be read before the frames are: see ResetFrameCounts.
+    uint32_t StreamingTime() const { return lastTime_ - startTime_; }
 
     CCritSec settingsLock_;
 

@@ -31,11 +31,9 @@ tavo::VideoType TypeOf(const AviReader& reader) {
     return {UprightVideo(reader), tavo::DurationOf(reader.Rate())};
 }
 
-// A graph stops its filters from the renderer up: for a moment the receiver takes no frame and gives
-// no buffer while this pin still runs. Nothing went wrong then, and nobody waits for the end.
-bool ReceiverHasStopped(HRESULT hr) {
-    return hr == VFW_E_WRONG_STATE || hr == VFW_E_NOT_COMMITTED;
-}
+// A graph stops its filters from the renderer up: for a moment the receiver takes no frame and
+// gives no buffer while this pin still runs. Nothing went wrong then, and nobody waits for the end.
+bool ReceiverHasStopped(HRESULT hr) { return hr == VFW_E_WRONG_STATE || hr == VFW_E_NOT_COMMITTED; }
 
 }  // namespace
 

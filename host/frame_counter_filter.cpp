@@ -41,7 +41,10 @@ HRESULT CFrameCounter::Pass(IMediaSample* sample) {
 
     CAutoLock lock(&m_countsLock);
     if (FAILED(hr)) {
-        if (SUCCEEDED(m_counts.failure)) m_counts.failure = hr;
+        // A graph stops its filters from the renderer up; frames that come meanwhile are not
+        // wanted.
+        const bool isStopping = hr == VFW_E_WRONG_STATE || hr == VFW_E_NOT_COMMITTED;
+        if (!isStopping && SUCCEEDED(m_counts.failure)) m_counts.failure = hr;
         return hr;
     }
     ++m_counts.frames;

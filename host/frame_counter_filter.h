@@ -65,7 +65,7 @@ class CFrameCounter final : public CBaseFilter {
 
     struct Counts {
         uint64_t frames = 0;           // taken by the filter
-        HRESULT failure = S_OK;        // of the first frame that it did not take
+        HRESULT failure = S_OK;        // of the first frame that it did not take while it ran
         uint64_t dropped = 0;          // frames whose picture did not come out
         uint64_t repeated = 0;         // what came out beyond one for each picture
         REFERENCE_TIME position = -1;  // start of the last frame that had a time

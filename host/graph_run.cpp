@@ -139,9 +139,9 @@ void RunToEnd(VideoGraph& graph, StopRequest& stop, bool showProgress, RunResult
     }
     result.seconds = SecondsSince(start);
     result.figures = ReadFigures(*graph.settings.Get());
-    // Before the stop, which makes frames fail too.
-    if (!result.stopped) result.error = FailureOf(graph, reason);
     control->Stop();
+    // After the stop: who aborts the run does so from inside a frame, before that frame has failed.
+    if (!result.stopped) result.error = FailureOf(graph, reason);
     display.End();
 }
 

@@ -8,120 +8,25 @@
 #include <string_view>
 
 #include "host/error_text.h"
-#include "host/graph_events.h"
-#include "host/graph_pins.h"
+#include "host/player.h"
+#include "host/property_frame.h"
 
 namespace tavo {
 namespace {
 
 constexpr wchar_t kCaption[] = L"Mira Vantrel";
+constexpr wchar_t kFrameTitle[] = L"Mira Vantrel Properties";
 // How often the property frame's loop looks at the graph.
 constexpr UINT kLookMs = 100;
-// The pages appear at the left of the screen, and the video beside them; in pixels at 96 dpi.
-constexpr UINT kPagesPlace = 20;
-constexpr int kVideoLeft = 460;
-constexpr int kVideoTop = 40;
-constexpr int kUsualDpi = 96;
+// Where the pages appear; in pixels at 96 dpi.
+constexpr int kPagesPlace = 20;
 
-class Player {
-  public:
-    Player(VideoGraph& graph, StopRequest& stop, bool besidePages)
-        : graph_(graph),
-          stop_(stop),
-          besidePages_(besidePages),
-          control_(graph.builder.As<IMediaControl>(IID_IMediaControl)),
-          events_(graph.builder.As<IMediaEvent>(IID_IMediaEvent)) {}
-    ~Player() {
-        if (control_) control_->Stop();
-    }
-    Player(const Player&) = delete;
-    Player& operator=(const Player&) = delete;
-
-    bool Start() {
-        OAEVENT event = 0;
-        if (!control_ || !events_ || FAILED(events_->GetEventHandle(&event))) {
-            return Fail(E_NOINTERFACE);
-        }
-        event_ = reinterpret_cast<HANDLE>(event);
-        PrepareWindow();
-        const HRESULT hr = control_->Run();
-        return SUCCEEDED(hr) || Fail(hr);
-    }
-
-    // Takes what has happened; false when the playing is over.
-    bool GoesOn() {
-        if (over_) return false;
-        if (stop_.IsSet()) {
-            result_.stopped = true;
-            return End();
-        }
-        HRESULT reason = S_OK;
-        switch (TakeEvents(*events_.Get(), reason)) {
-            case Ending::None: return true;
-            case Ending::Complete: return besidePages_ ? Rewind() : End();
-            case Ending::ClosedByUser: return End();
-            case Ending::Aborted: return Fail(FAILED(reason) ? reason : E_FAIL);
-        }
-        return true;
-    }
-
-    HANDLE Event() const { return event_; }
-    bool IsOver() const { return over_; }
-
-    PlayResult Finish() {
-        if (!over_) End();
-        return result_;
-    }
-
-  private:
-    void PrepareWindow() {
-        const auto window = graph_.builder.As<IVideoWindow>(IID_IVideoWindow);
-        if (!window) return;
-        const BSTR caption = SysAllocString(kCaption);
-        window->put_Caption(caption);
-        SysFreeString(caption);
-        if (!besidePages_) return;
-        const HDC screen = GetDC(nullptr);
-        const int dpi = GetDeviceCaps(screen, LOGPIXELSX);
-        ReleaseDC(nullptr, screen);
-        window->put_Left(MulDiv(kVideoLeft, dpi, kUsualDpi));
-        window->put_Top(MulDiv(kVideoTop, dpi, kUsualDpi));
-    }
-
-    // The figures are gone once the graph is stopped.
-    bool End() {
-        over_ = true;
-        result_.figures = ReadFigures(*graph_.settings.Get());
-        ConnectionTypeOf(FirstPin(graph_.filter.Get(), PINDIR_OUTPUT).Get(), graph_.outputType);
-        return false;
-    }
-
-    bool Fail(HRESULT hr) {
-        result_.error = L"the video cannot be played: " + ErrorText(hr);
-        return End();
-    }
-
-    // A source that does not seek begins anew by itself.
-    bool Rewind() {
-        control_->Stop();
-        LONGLONG start = 0;
-        if (const auto seeking = graph_.builder.As<IMediaSeeking>(IID_IMediaSeeking)) {
-            seeking->SetPositions(&start, AM_SEEKING_AbsolutePositioning, nullptr,
-                                  AM_SEEKING_NoPositioning);
-        }
-        const HRESULT hr = control_->Run();
-        return SUCCEEDED(hr) || Fail(hr);
-    }
-
-    VideoGraph& graph_;
-    StopRequest& stop_;
-    const bool besidePages_;
-    ComPtr<IMediaControl> control_;
-    ComPtr<IMediaEvent> events_;
-    HANDLE event_ = nullptr;
-    bool over_ = false;
-    PlayResult result_;
-};
+// Wine's property frame keeps its button Apply disabled: what is typed there never reaches the
+// filter.
+bool DoesPlatformFrameApply() {
+    const HMODULE system = GetModuleHandleW(L"ntdll.dll");
+    return system == nullptr || GetProcAddress(system, "wine_get_version") == nullptr;
+}
 
 // The renderer's window lives on this thread.
 void HandleMessages() {
@@ -183,20 +88,29 @@ class FrameWatch {
     const UINT_PTR timer_;
 };
 
-std::wstring ShowPages(IBaseFilter* filter, Player& player) {
-    ISpecifyPropertyPages* specify = nullptr;
+HRESULT ShowOwnFrame(IUnknown* filter, const CAUUID& pages, Player& player) {
+    PropertyFrame frame(&player);
+    const int place = ScaleToScreen(kPagesPlace);
+    const HRESULT hr =
+        frame.Open(kFrameTitle, filter, {pages.pElems, pages.cElems}, {place, place});
+    if (SUCCEEDED(hr)) frame.Run();
+    return hr;
+}
+
+HRESULT ShowPlatformFrame(IUnknown* filter, const CAUUID& pages) {
+    const auto place = static_cast<UINT>(kPagesPlace);
+    return OleCreatePropertyFrame(nullptr, place, place, kCaption, 1, &filter, pages.cElems,
+                                  pages.pElems, GetUserDefaultLCID(), 0, nullptr);
+}
+
+std::wstring ShowPages(const ComPtr<IBaseFilter>& filter, Player& player) {
     CAUUID pages = {};
-    HRESULT hr =
-        filter->QueryInterface(IID_ISpecifyPropertyPages, reinterpret_cast<void**>(&specify));
-    if (SUCCEEDED(hr)) {
-        hr = specify->GetPages(&pages);
-        specify->Release();
-    }
+    const auto specify = filter.As<ISpecifyPropertyPages>(IID_ISpecifyPropertyPages);
+    HRESULT hr = specify ? specify->GetPages(&pages) : E_NOINTERFACE;
     if (SUCCEEDED(hr)) {
         const FrameWatch watch(player);
-        IUnknown* object = filter;
-        hr = OleCreatePropertyFrame(nullptr, kPagesPlace, kPagesPlace, kCaption, 1, &object,
-                                    pages.cElems, pages.pElems, GetUserDefaultLCID(), 0, nullptr);
+        hr = DoesPlatformFrameApply() ? ShowPlatformFrame(filter.Get(), pages)
+                                      : ShowOwnFrame(filter.Get(), pages, player);
     }
     CoTaskMemFree(pages.pElems);
     return FAILED(hr) ? L"the property pages cannot be shown: " + ErrorText(hr) : L"";
@@ -209,7 +123,7 @@ PlayResult PlayGraph(VideoGraph& graph, StopRequest& stop, bool withPages) {
     std::wstring error;
     if (player.Start()) {
         if (withPages) {
-            error = ShowPages(graph.filter.Get(), player);
+            error = ShowPages(graph.filter, player);
         } else {
             PlayInWindow(player, stop);
         }

@@ -3,19 +3,11 @@
 #ifndef TAVO_HOST_PLAYBACK_H
 #define TAVO_HOST_PLAYBACK_H
 
-#include <string>
-
 #include "host/console.h"
-#include "host/graph_run.h"
+#include "host/player.h"
 #include "host/video_graph.h"
 
 namespace tavo {
-
-struct PlayResult {
-    std::wstring error;    // one line; empty when all is well
-    bool stopped = false;  // by Ctrl-C
-    FilterFigures figures;
-};
 
 // The calling thread's apartment is single-threaded. Without pages the movie is played once; with
 // pages over and over, until they or the window are closed. The graph is stopped when this returns.

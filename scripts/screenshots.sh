@@ -45,11 +45,11 @@ take() {
     "$root/scripts/wine.sh" explorer "/desktop=pages,${width}x$height" \
         "$(windows_path "$bin/vantrel.exe")" --pages "$(windows_path "$clip")" \
         --size 540x405 --fps 25 --method "Bi-Linear AUTO" >"$logs/screenshots.log" 2>&1 &
-    wait_for_window "^Properties for Mira Vantrel"
+    wait_for_window "^Mira Vantrel Properties"
     sleep 4 # figures come once a second
     import -window "$window" "$out/page-resample$suffix.png"
     [ "$dpi" -ne 96 ] || import -window root -crop "${width}x$height+0+0" "$out/pages-live.png"
-    xdotool mousemove --window "$window" $((230 * dpi / 96)) $((39 * dpi / 96)) click 1
+    xdotool mousemove --window "$window" $((100 * dpi / 96)) $((12 * dpi / 96)) click 1 key ctrl+Tab
     sleep 3
     import -window "$window" "$out/page-regulator$suffix.png"
     wineserver -k || true

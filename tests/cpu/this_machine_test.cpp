@@ -1,11 +1,15 @@
 // Identification of the processor that runs the test: what must hold of any, whatever it is.
 
 #include <gtest/gtest.h>
+#ifdef _WIN32
+#include <windows.h>
+#endif
 
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <thread>
 #include <vector>
 
@@ -37,7 +41,11 @@ TEST(ThisMachine, IsIdentified) {
 
 TEST(ThisMachine, HasAClock) {
     if (!HasTimeStamps()) GTEST_SKIP() << "no time-stamp counter";
-    const SpeedMeasurement speed = MeasureProcessorSpeed(0);
+    SpeedMeasurement speed = {};
+    // A measurement is worth nothing if another program gets the processor in the middle of it.
+    for (int trial = 0; trial < 20 && (speed.rawMhz <= 10 || speed.rawMhz >= 20000); ++trial) {
+        speed = MeasureProcessorSpeed(0);
+    }
     EXPECT_GT(speed.cycles, 0u);
     EXPECT_GT(speed.microseconds, 0u);
     EXPECT_EQ(speed.rawMhz > 10 && speed.rawMhz < 20000, true) << speed.rawMhz;
@@ -56,12 +64,15 @@ TEST(ThisMachine, HasACounter) {
     uint64_t frequency = 0;
     ASSERT_TRUE(ThisMachine().CounterFrequency(frequency));
     EXPECT_GT(frequency, 1000u);
+    using Clock = std::chrono::steady_clock;
+    using Seconds = std::chrono::duration<double>;
+    const auto start = Clock::now();
     const uint64_t before = ThisMachine().Counter();
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     const double seconds =
         static_cast<double>(ThisMachine().Counter() - before) / static_cast<double>(frequency);
     EXPECT_GT(seconds, 0.015);
-    EXPECT_LT(seconds, 5.0);
+    EXPECT_LT(seconds, Seconds(Clock::now() - start).count() * 1.1 + 0.1);
 }
 
 TEST(ThisMachine, KeepsItsAffinityAndPriority) {
@@ -134,19 +145,27 @@ TEST(ThisMachine, IsIdentifiedByManyThreadsAtOnce) {
     EXPECT_EQ(after, before);
 }
 
+// What this program has had of the processors so far, in seconds; waiting does not count.
+double ProcessorSeconds() {
+#ifdef _WIN32
+    FILETIME created, ended, kernel, user;
+    if (!GetProcessTimes(GetCurrentProcess(), &created, &ended, &kernel, &user)) return 0;
+    const auto seconds = [](FILETIME time) {
+        return (static_cast<double>(time.dwHighDateTime) * 4294967296.0 + time.dwLowDateTime) / 1e7;
+    };
+    return seconds(kernel) + seconds(user);
+#else
+    return static_cast<double>(std::clock()) / CLOCKS_PER_SEC;
+#endif
+}
+
 TEST(ThisMachine, IsIdentifiedInLittleTime) {
     constexpr int kRuns = 50;
-    std::chrono::nanoseconds least = std::chrono::hours(1), sum{0};
-    for (int i = 0; i < kRuns; ++i) {
-        const auto start = std::chrono::steady_clock::now();
-        GetCpuLevel();
-        const auto time = std::chrono::steady_clock::now() - start;
-        sum += time;
-        if (time < least) least = time;
-    }
-    const auto micro = [](std::chrono::nanoseconds time) { return double(time.count()) / 1000; };
-    printf("%.0f microseconds at least, %.0f on average\n", micro(least), micro(sum) / kRuns);
-    EXPECT_LT(least, std::chrono::milliseconds(100));
+    const double start = ProcessorSeconds();
+    for (int i = 0; i < kRuns; ++i) GetCpuLevel();
+    const double average = (ProcessorSeconds() - start) / kRuns;
+    printf("%.0f microseconds of the processor on average\n", average * 1e6);
+    EXPECT_LT(average, 0.1);
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 
 #include <atomic>
 
+#include "tests/support/patience.h"
+
 namespace tavo_test {
 
 inline constexpr REFERENCE_TIME kMillisecond = 10000;

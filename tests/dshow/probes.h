@@ -33,7 +33,7 @@ class DshowTest : public testing::Test {
     }
 
     ComApartment com_;
-    Watchdog dog_{testing::UnitTest::GetInstance()->current_test_info()->name(), 120};
+    Watchdog dog_{testing::UnitTest::GetInstance()->current_test_info()->name()};
     const LONG objects_ = CBaseObject::ObjectsActive();
     const LiveCounts live_ = CurrentLiveCounts();
 };

@@ -129,7 +129,7 @@ class StatisticsTest : public FilterTest {
     static constexpr int kWidth = 1280;
     static constexpr int kHeight = 720;
 
-    // Starts the rig and delivers as many frames as fit into the time.
+    // Starts the rig and delivers frames until the last but one is that old; ten at least.
     void Stream(FilterRig& rig, DWORD milliseconds = 400) {
         const std::vector<BYTE> frame = RandomFrame(Format("YV12"), kWidth, kHeight);
         frames = 0;
@@ -138,11 +138,10 @@ class StatisticsTest : public FilterTest {
         afterStart = timeGetTime();
         do {
             beforeLast = timeGetTime();
-            const SampleSpec spec = {
-                .start = frames * 400000, .stop = (frames + 1) * 400000, .bytes = frame};
-            ASSERT_EQ(rig.Deliver(spec), S_OK);
+            const REFERENCE_TIME start = frames * REFERENCE_TIME{400000};
+            ASSERT_EQ(rig.Deliver({.start = start, .stop = start + 400000, .bytes = frame}), S_OK);
             ++frames;
-        } while (timeGetTime() - beforeStart < milliseconds);
+        } while (beforeLast - afterStart < milliseconds || frames < 10);
         afterLast = timeGetTime();
     }
 
@@ -182,7 +181,6 @@ TEST_F(StatisticsTest, CountFramesAgainstTheClock) {
     ASSERT_EQ(rig.Connect(TypeOf(Format("YV12"), kWidth, kHeight)), S_OK);
     Stream(rig);
     Statistics now(rig);
-    ASSERT_GT(frames, 2);
     EXPECT_GT(now.moduleTime, 0.0);
     EXPECT_LE(now.moduleTime * frames, afterLast - afterStart + 2);
     EXPECT_GE(now.systemFps, RateOf(frames).low);

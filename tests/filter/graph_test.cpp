@@ -9,6 +9,7 @@
 #include "tests/filter/support/expected_pixels.h"
 #include "tests/filter/support/filter_rig.h"
 #include "tests/support/graph.h"
+#include "tests/support/patience.h"
 
 using namespace tavo_test;
 
@@ -55,10 +56,11 @@ class StreamingThread {
         : thread_([this, &source, frame = std::move(frame)] {
               ComApartment com;
               for (int i = 0; !done_; ++i) {
-                  const SampleSpec spec = {
-                      .start = i * 400000, .stop = (i + 1) * 400000, .bytes = frame};
+                  const REFERENCE_TIME start = i * REFERENCE_TIME{400000};
+                  const SampleSpec spec = {.start = start, .stop = start + 400000, .bytes = frame};
                   if (source.pin().Deliver(spec) != S_OK) break;
                   ++frames;
+                  Sleep(1);
               }
           }) {}
     ~StreamingThread() {
@@ -88,16 +90,6 @@ TEST_F(GraphTest, StreamsFromSourceToSink) {
     EXPECT_EQ(rig.sink->pin().calls().Count("EndOfStream"), 1);
 }
 
-// The platform's graph may answer too early that there is no event.
-bool WaitForComplete(Graph& graph) {
-    const DWORD began = timeGetTime();
-    while (timeGetTime() - began < 10000) {
-        if (graph.WaitForEvent(EC_COMPLETE, 1000)) return true;
-        Sleep(10);
-    }
-    return false;
-}
-
 TEST_F(GraphTest, APlatformChainOfGrabberAndRendererEndsWithComplete) {
     GraphRig rig;
     const auto grabber = CreateObject<IBaseFilter>(kSampleGrabber);
@@ -118,13 +110,14 @@ TEST_F(GraphTest, APlatformChainOfGrabberAndRendererEndsWithComplete) {
             const SampleSpec spec = {
                 .start = 0, .stop = 1, .bytes = RandomFrame(Format("RGB24"), 64, 48)};
             int delivered = 0;
-            for (int i = 0; delivered < 5 && i < 5000; ++i, Sleep(1))
+            EXPECT_TRUE(WaitUntil([&] {
                 delivered += rig.Deliver(spec) == S_OK;
-            EXPECT_EQ(delivered, 5);
+                return delivered == 5;
+            }));
             EXPECT_EQ(rig.source->pin().SendEndOfStream(), S_OK);
         });
         EXPECT_TRUE(SUCCEEDED(rig.graph.Run()));
-        EXPECT_TRUE(WaitForComplete(rig.graph)) << "round " << round;
+        EXPECT_TRUE(rig.graph.WaitForEvent(EC_COMPLETE)) << "round " << round;
         streamer.join();
         double running = 0;
         rig.settings->GetSystemFps(&running);

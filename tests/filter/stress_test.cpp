@@ -186,7 +186,8 @@ TEST_F(StressTest, StartAndStopUnderAPageThatNeverRests) {
         }
     });
     std::atomic<int> frames = 0;
-    for (int round = 0; round < 100; ++round) {
+    // As often as it takes for all three to have met, whichever has to wait for a processor.
+    for (int round = 0; round < 100 || frames <= 100 || applied <= 10; ++round) {
         {
             const std::lock_guard lock(graphCalls);
             ASSERT_TRUE(SUCCEEDED(graph.Run()));
@@ -207,8 +208,6 @@ TEST_F(StressTest, StartAndStopUnderAPageThatNeverRests) {
     }
     done = true;
     page.join();
-    EXPECT_GT(frames, 100);
-    EXPECT_GT(applied, 10);
     std::printf("  %d frames, %d times applied\n", frames.load(), applied.load());
 }
 

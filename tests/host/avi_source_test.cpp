@@ -68,11 +68,7 @@ class AviSource : public tavo_test::MovieTest {
     }
 
     bool WaitForCall(const char* method) {
-        for (int i = 0; i < 2000; ++i) {
-            if (sink_->pin().calls().Count(method) > 0) return true;
-            Sleep(10);
-        }
-        return false;
+        return tavo_test::WaitUntil([&] { return sink_->pin().calls().Count(method) > 0; });
     }
 
     bool WaitForEnd() { return WaitForCall("EndOfStream"); }

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <random>
+#include <string>
 
 #include "host/avi_reader.h"
 #include "host/file_store.h"
@@ -277,8 +279,11 @@ TEST(AviWriter, OtherErrorsAreReportedAsTheyAre) {
 }
 
 TEST(AviWriter, ThroughARealFile) {
-    const std::filesystem::path path =
-        std::filesystem::temp_directory_path() / std::filesystem::path(u8"tavo writer \u00FC.avi");
+    // The same program may run twice at once, from two builds.
+    const std::string number = std::to_string(std::random_device()());
+    std::filesystem::path path =
+        std::filesystem::temp_directory_path() / std::filesystem::path(u8"tavo writer \u00FC ");
+    path += number + ".avi";
     const VideoFormat video = Video(PixelFormat::RGB565, 6, -4);
     FileStore file;
     ASSERT_EQ(file.Create(path), IoResult::Ok);

@@ -6,6 +6,8 @@
 
 #include <array>
 #include <filesystem>
+#include <random>
+#include <string>
 
 namespace tavo {
 namespace {
@@ -15,7 +17,9 @@ namespace fs = std::filesystem;
 class FileStoreTest : public testing::Test {
   protected:
     void SetUp() override {
-        folder_ = fs::temp_directory_path() / "tavo file store";
+        // The same program may run twice at once, from two builds.
+        const std::string number = std::to_string(std::random_device()());
+        folder_ = fs::temp_directory_path() / ("tavo file store " + number);
         fs::remove_all(folder_);
         fs::create_directories(folder_);
     }

@@ -172,6 +172,18 @@ TEST_F(FrameCounter, FailuresArePassedOnAndKept) {
     Stop();
 }
 
+TEST_F(FrameCounter, AFrameThatMeetsAStoppedFilterIsNoFailure) {
+    Connect();
+    Pause();
+    for (const HRESULT stopped : {VFW_E_WRONG_STATE, VFW_E_NOT_COMMITTED}) {
+        sink_->pin().config.onReceive = [stopped](IMediaSample*) { return stopped; };
+        EXPECT_EQ(source_->pin().Deliver(tavo_test::SampleSpec{}), stopped);
+        EXPECT_EQ(counter_->Read().failure, S_OK);
+        EXPECT_EQ(counter_->Read().frames, 0u);
+    }
+    Stop();
+}
+
 TEST_F(FrameCounter, FlushingPassesAndRefusesFrames) {
     Connect();
     Pause();

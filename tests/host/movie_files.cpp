@@ -2,6 +2,8 @@
 
 #include "tests/host/movie_files.h"
 
+#include <windows.h>
+
 #include <random>
 
 #include "host/file_store.h"
@@ -47,8 +49,10 @@ Movie ReadMovie(const std::filesystem::path& path) {
 
 void MovieTest::SetUp() {
     const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
+    // Other programs have tests of the same names.
     folder_ = std::filesystem::temp_directory_path() /
-              (L"vantrel \u00FCbung " + std::wstring(name.begin(), name.end()));
+              (L"vantrel \u00FCbung " + std::to_wstring(GetCurrentProcessId()) + L" " +
+               std::wstring(name.begin(), name.end()));
     std::filesystem::remove_all(folder_);
     std::filesystem::create_directories(folder_);
 }

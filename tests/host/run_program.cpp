@@ -5,8 +5,12 @@
 #include <fstream>
 #include <iterator>
 
+#include "tests/support/unmanaged_windows.h"
+
 namespace tavo_test {
 namespace {
+
+const UnmanagedWindows unmanaged(L"vantrel.exe");
 
 std::filesystem::path OwnFolder() {
     wchar_t path[MAX_PATH] = {};
@@ -36,6 +40,8 @@ std::string ReadAll(const std::filesystem::path& path) {
     std::ifstream file(path, std::ios::binary);
     return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
+
+BOOL WINAPI IgnoreControl(DWORD) { return TRUE; }
 
 std::filesystem::path ScratchFile(const wchar_t* kind) {
     static int number = 0;
@@ -101,5 +107,18 @@ Output RunningProgram::Wait(int seconds) {
 Output RunVantrel(const std::vector<std::wstring>& arguments) {
     return RunningProgram(VantrelPath(), arguments).Wait();
 }
+
+// The handler stays: the thread on which the system calls it may start long after the program that
+// the key was for has ended.
+bool ShareConsole() {
+    if (GetConsoleWindow() == nullptr) {
+        FreeConsole();
+        if (!AllocConsole()) return false;
+    }
+    static const bool isDeaf = SetConsoleCtrlHandler(IgnoreControl, TRUE);
+    return isDeaf;
+}
+
+bool PressCtrlC() { return GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0); }
 
 }  // namespace tavo_test

@@ -30,8 +30,9 @@ class RunningProgram {
     bool HasEnded() const;
     DWORD Id() const { return GetProcessId(process_); }
 
-    // Waits; exit code 9999 when it had to be killed after `seconds`.
-    Output Wait(int seconds = 120);
+    // Waits; exit code 9999 when it had to be killed after `seconds`: those of a machine on which
+    // nothing is quick.
+    Output Wait(int seconds = 300);
 
   private:
     HANDLE process_ = nullptr;
@@ -44,6 +45,12 @@ std::filesystem::path VantrelPath();
 std::filesystem::path ModulePath();
 
 Output RunVantrel(const std::vector<std::wstring>& arguments);
+
+// Sees to it that this program has a console, which it shares with those that it starts from now
+// on, and that it does not care for the Ctrl-C of that console any more.
+bool ShareConsole();
+// Reaches all that share the console.
+bool PressCtrlC();
 
 }  // namespace tavo_test
 

@@ -5,6 +5,7 @@
 #include "host/file_store.h"
 #include "tests/host/movie_files.h"
 #include "tests/host/run_program.h"
+#include "tests/support/patience.h"
 
 namespace tavo {
 namespace {
@@ -40,28 +41,20 @@ void WriteEndlessMovie(const std::filesystem::path& path, const VideoFormat& vid
     ASSERT_EQ(file.WriteAt(0, start), IoResult::Ok);
 }
 
-BOOL WINAPI IgnoreControl(DWORD) { return TRUE; }
-
 TEST_F(VantrelStop, CtrlCLeavesACompleteFile) {
     const VideoFormat video = {PixelFormat::YVYU, FourCc('Y', 'V', 'Y', 'U'), 64, 48};
     WriteEndlessMovie(Path(L"in.avi"), video);
-    // The event reaches all that share a console with the sender, which is one of them.
-    if (GetConsoleWindow() == nullptr) {
-        FreeConsole();
-        ASSERT_TRUE(AllocConsole()) << GetLastError();
-    }
-    ASSERT_TRUE(SetConsoleCtrlHandler(IgnoreControl, TRUE));
+    ASSERT_TRUE(tavo_test::ShareConsole()) << GetLastError();
     RunningProgram program(tavo_test::VantrelPath(), {Path(L"in.avi"), Path(L"out.avi")});
     ASSERT_TRUE(program.Started());
-    std::error_code ignored;
-    for (int i = 0; i < 300 && std::filesystem::file_size(Path(L"out.avi"), ignored) + 1 < 2000000;
-         ++i) {
-        Sleep(100);
-    }
+    ASSERT_TRUE(tavo_test::WaitUntil([&] {
+        std::error_code error;
+        const auto size = std::filesystem::file_size(Path(L"out.avi"), error);
+        return program.HasEnded() || (!error && size >= 2'000'000);
+    }));
     ASSERT_FALSE(program.HasEnded());
-    ASSERT_TRUE(GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0)) << GetLastError();
-    const Output run = program.Wait(60);
-    SetConsoleCtrlHandler(IgnoreControl, FALSE);
+    ASSERT_TRUE(tavo_test::PressCtrlC()) << GetLastError();
+    const Output run = program.Wait();
     EXPECT_EQ(run.exitCode, 3u) << run.error;
     EXPECT_NE(run.error.find("stopped after "), std::string::npos) << run.error;
     EXPECT_NE(run.out.find("Frames "), std::string::npos) << run.out;

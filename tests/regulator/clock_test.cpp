@@ -189,7 +189,8 @@ TEST_F(RegulatorClockTest, WithoutAClockOfTheGraphTheFilterUsesItsOwn) {
         model.SetRate(rate);
         model.Start(0);
         size_t frames = 0;
-        for (int i = 1; i <= 25; ++i) {
+        // A machine on which more slots fall due than can be sent is let off early.
+        for (int i = 1; i <= 25 && frames <= 100; ++i) {
             Sleep(static_cast<DWORD>(i * 7 % 23));
             const Step step = Untimed(i, 0);
             const int64_t from = MsSince(afterStart);

@@ -22,7 +22,7 @@ function(tavo_test_emulated name)
         set(test "${name}.${CMAKE_MATCH_1}")
         add_test(NAME ${test} COMMAND "${TAVO_QEMU_I386}" -cpu "${CMAKE_MATCH_1}"
             $<TARGET_FILE:${name}> "--gtest_filter=${arg_FILTER}")
-        set_tests_properties(${test} PROPERTIES TIMEOUT 600
+        set_tests_properties(${test} PROPERTIES TIMEOUT 1800
             ENVIRONMENT "TAVO_EXPECTED_CPU_LEVEL=${CMAKE_MATCH_2}")
     endforeach()
 endfunction()

@@ -67,7 +67,7 @@ HRESULT Graph::Disconnect(IPin* pin) { return builder_->Disconnect(pin); }
 HRESULT Graph::Settle(HRESULT hr) {
     if (FAILED(hr)) return hr;
     OAFilterState state;
-    const HRESULT reached = control_->GetState(20000, &state);
+    const HRESULT reached = control_->GetState(kPatience, &state);
     return FAILED(reached) ? reached : hr;
 }
 
@@ -84,8 +84,11 @@ bool Graph::WaitForEvent(long code, DWORD milliseconds) {
         const DWORD left = now < end ? static_cast<DWORD>(end - now) : 0;
         GraphEvent event;
         if (FAILED(event_->GetEvent(&event.code, &event.first, &event.second,
-                                    static_cast<long>(left))))
+                                    static_cast<long>(left)))) {
+            // Behind the last event the platform's graph may answer too early that there is none.
+            if (left > 0) continue;
             return false;
+        }
         event_->FreeEventParams(event.code, event.first, event.second);
         events_.push_back(event);
         if (event.code == code) return true;

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "tests/support/com_ptr.h"
+#include "tests/support/patience.h"
 
 namespace tavo_test {
 
@@ -53,7 +54,7 @@ class Graph {
     HRESULT Run();
     HRESULT Stop();
     // Events up to and with the wanted one are kept in events().
-    bool WaitForEvent(long code, DWORD milliseconds = 20000);
+    bool WaitForEvent(long code, DWORD milliseconds = kPatience);
     // Takes what is waiting.
     const std::vector<GraphEvent>& Events();
     int CountEvents(long code);

@@ -25,6 +25,7 @@
 #include <optional>
 #include <vector>
 
+#include "tests/support/patience.h"
 #include "tests/support/test_allocator.h"
 #include "tests/support/test_filter.h"
 
@@ -100,7 +101,7 @@ class TestInputPin final : public TestPin, public IMemInputPin {
     std::vector<Segment> segments() const;
     void ClearSamples();
     // False if `count` samples have not come within the time.
-    bool WaitForSamples(size_t count, DWORD milliseconds = 20000);
+    bool WaitForSamples(size_t count, DWORD milliseconds = kPatience);
 
     // From NotifyAllocator.
     IMemAllocator* allocator() const { return allocator_.Get(); }
@@ -110,7 +111,7 @@ class TestInputPin final : public TestPin, public IMemInputPin {
     bool flushing() const { return flushing_; }
 
     void HoldReceive();
-    bool WaitUntilHeld(DWORD milliseconds = 20000);
+    bool WaitUntilHeld(DWORD milliseconds = kPatience);
     void ReleaseReceive();
 
     STDMETHODIMP QueryInterface(REFIID iid, void** object) override;

@@ -106,8 +106,7 @@ std::pair<int, int> FilterRig::OutputSize() const {
 void FilterTest::SetUp() {
     ASSERT_TRUE(TheModule().loaded());
     const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    dog_ =
-        std::make_unique<Watchdog>(std::string(test->test_suite_name()) + "." + test->name(), 60);
+    dog_ = std::make_unique<Watchdog>(std::string(test->test_suite_name()) + "." + test->name());
     // What COM itself allocates once must not count as left behind.
     { FilterRig warmUp; }
     before_ = CurrentLiveCounts();

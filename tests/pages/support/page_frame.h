@@ -15,6 +15,7 @@
 #include "tests/filter/support/filter_rig.h"
 #include "tests/pages/support/fake_settings.h"
 #include "tests/pages/support/page_site.h"
+#include "tests/support/patience.h"
 
 namespace tavo_test {
 
@@ -80,6 +81,15 @@ class OnePageTest : public PagesTest {
 // What is waiting in the queue, and what that leads to.
 void Pump();
 void PumpFor(DWORD milliseconds);
+
+// The same until the condition holds; false if that takes too long.
+template <typename Condition>
+bool PumpUntil(Condition condition) {
+    return WaitUntil([&] {
+        Pump();
+        return condition();
+    });
+}
 
 // The user at mouse and keyboard.
 void Type(HWND edit, const char* text);  // instead of what stands there

@@ -1,0 +1,38 @@
+// Notes the timers that the module sets, for as long as it lives; one at a time.
+//
+//   TimerCalls timers;
+//   ASSERT_EQ(frame.Open(), S_OK);
+//   EXPECT_EQ(timers.seen(), (std::vector<TimerCall>{{frame.Dialog(), 3, 1000}}));
+#pragma once
+
+#include <windows.h>
+
+#include <vector>
+
+namespace tavo_test {
+
+struct TimerCall {
+    HWND window;
+    UINT_PTR timer;
+    UINT milliseconds;
+
+    bool operator==(const TimerCall&) const = default;
+};
+
+class TimerCalls {
+  public:
+    TimerCalls();
+    ~TimerCalls();
+    TimerCalls(const TimerCalls&) = delete;
+    TimerCalls& operator=(const TimerCalls&) = delete;
+
+    const std::vector<TimerCall>& seen() const { return seen_; }
+
+  private:
+    static UINT_PTR WINAPI Note(HWND window, UINT_PTR timer, UINT milliseconds, TIMERPROC proc);
+
+    static TimerCalls* current;
+    std::vector<TimerCall> seen_;
+};
+
+}  // namespace tavo_test
