@@ -10,6 +10,7 @@
 #include "host/error_text.h"
 #include "host/player.h"
 #include "host/property_frame.h"
+#include "host/wine.h"
 
 namespace tavo {
 namespace {
@@ -23,10 +24,7 @@ constexpr int kPagesPlace = 20;
 
 // Wine's property frame keeps its button Apply disabled: what is typed there never reaches the
 // filter.
-bool DoesPlatformFrameApply() {
-    const HMODULE system = GetModuleHandleW(L"ntdll.dll");
-    return system == nullptr || GetProcAddress(system, "wine_get_version") == nullptr;
-}
+bool DoesPlatformFrameApply() { return !RunsUnderWine(); }
 
 // The renderer's window lives on this thread.
 void HandleMessages() {

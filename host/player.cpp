@@ -7,6 +7,7 @@
 #include "host/error_text.h"
 #include "host/graph_events.h"
 #include "host/graph_pins.h"
+#include "host/wine.h"
 
 namespace tavo {
 namespace {
@@ -18,6 +19,15 @@ constexpr int kVideoTop = 40;
 constexpr int kUsualDpi = 96;
 // Figures of less time than this say little.
 constexpr ULONGLONG kTellingMs = 1000;
+
+// A clock of Wine's that renderers were served by can wait for its thread for ever when its last
+// reference goes: the thread may have missed that it is to end. This reference goes with the
+// process.
+void KeepClock(const ComPtr<IGraphBuilder>& builder) {
+    const auto filter = builder.As<IMediaFilter>(IID_IMediaFilter);
+    IReferenceClock* clock = nullptr;
+    if (filter) filter->GetSyncSource(&clock);
+}
 
 }  // namespace
 
@@ -37,6 +47,7 @@ Player::Player(VideoGraph& graph, StopRequest& stop, bool besidePages)
 
 Player::~Player() {
     if (control_) control_->Stop();
+    if (RunsUnderWine()) KeepClock(graph_.builder);
 }
 
 bool Player::Start() {
