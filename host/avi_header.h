@@ -1,7 +1,6 @@
 // The header of an AVI file with one uncompressed video stream, as bytes.
 
-#ifndef TAVO_HOST_AVI_HEADER_H
-#define TAVO_HOST_AVI_HEADER_H
+#pragma once
 
 #include <cstdint>
 #include <span>
@@ -36,5 +35,3 @@ uint32_t FrameChunkCode(const VideoFormat& video);
 std::vector<std::byte> HeaderList(const AviHeader& header);
 
 }  // namespace tavo
-
-#endif

@@ -1,8 +1,7 @@
 // Reads AVI files with uncompressed video of the eleven formats, OpenDML or not. Frames are found
 // by walking the chunks, so that files with a bad index, or cut off before it, can be read too.
 
-#ifndef TAVO_HOST_AVI_READER_H
-#define TAVO_HOST_AVI_READER_H
+#pragma once
 
 #include <cstdint>
 #include <span>
@@ -81,5 +80,3 @@ class AviReader {
 };
 
 }  // namespace tavo
-
-#endif

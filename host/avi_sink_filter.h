@@ -1,7 +1,6 @@
 // A renderer that writes uncompressed frames to an AVI file, as fast as they come.
 
-#ifndef TAVO_HOST_AVI_SINK_FILTER_H
-#define TAVO_HOST_AVI_SINK_FILTER_H
+#pragma once
 
 #include <filesystem>
 #include <optional>
@@ -95,5 +94,3 @@ class CAviSink final : public CBaseFilter,
     bool m_completeSent = false;
     CAviSinkPin m_pin;
 };
-
-#endif

@@ -1,7 +1,6 @@
 // A source filter for uncompressed AVI files: pushes every frame once, as fast as they are taken.
 
-#ifndef TAVO_HOST_AVI_SOURCE_FILTER_H
-#define TAVO_HOST_AVI_SOURCE_FILTER_H
+#pragma once
 
 #include <atomic>
 #include <memory>
@@ -51,5 +50,3 @@ class CAviSource final : public CBaseFilter {
     const std::shared_ptr<tavo::RawMovie> m_movie;
     CAviSourcePin m_pin;
 };
-
-#endif

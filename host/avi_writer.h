@@ -1,8 +1,7 @@
 // Writes one stream of uncompressed video as an AVI file of any size: the first gigabyte is a
 // plain AVI with its index, all further ones follow the OpenDML extension (AVI 2.0).
 
-#ifndef TAVO_HOST_AVI_WRITER_H
-#define TAVO_HOST_AVI_WRITER_H
+#pragma once
 
 #include <cstdint>
 #include <span>
@@ -86,5 +85,3 @@ class AviWriter {
 };
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // The seam between the AVI code and what holds the bytes: a file, or memory in a test.
 
-#ifndef TAVO_HOST_BYTE_STORE_H
-#define TAVO_HOST_BYTE_STORE_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -37,5 +36,3 @@ class ByteStore {
 };
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // A small owning pointer for COM interfaces.
 
-#ifndef TAVO_HOST_COM_PTR_H
-#define TAVO_HOST_COM_PTR_H
+#pragma once
 
 #include <unknwn.h>
 
@@ -56,5 +55,3 @@ class ComPtr {
 };
 
 }  // namespace tavo
-
-#endif

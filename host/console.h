@@ -1,7 +1,6 @@
 // Text to the console: wide there, UTF-8 in files and pipes.
 
-#ifndef TAVO_HOST_CONSOLE_H
-#define TAVO_HOST_CONSOLE_H
+#pragma once
 
 #include <windows.h>
 
@@ -31,5 +30,3 @@ class StopRequest {
 };
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // Words for result codes.
 
-#ifndef TAVO_HOST_ERROR_TEXT_H
-#define TAVO_HOST_ERROR_TEXT_H
+#pragma once
 
 #include <windows.h>
 
@@ -21,5 +20,3 @@ std::wstring SystemErrorText(DWORD error);
 const wchar_t* IoText(IoResult result);
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // A file as a byte store. Nothing is buffered: a full disk shows in the call that met it.
 
-#ifndef TAVO_HOST_FILE_STORE_H
-#define TAVO_HOST_FILE_STORE_H
+#pragma once
 
 #include <filesystem>
 
@@ -38,5 +37,3 @@ class FileStore : public ByteStore {
 };
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // Makes the scaling filter: from a module file that need not be registered, or from the registry.
 
-#ifndef TAVO_HOST_FILTER_FACTORY_H
-#define TAVO_HOST_FILTER_FACTORY_H
+#pragma once
 
 #include <windows.h>
 
@@ -43,5 +42,3 @@ class FilterFactory {
 std::filesystem::path ProgramFolder();
 
 }  // namespace tavo
-
-#endif

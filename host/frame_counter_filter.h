@@ -1,8 +1,7 @@
 // A filter that passes samples on untouched and counts them. It stands before the scaling filter,
 // so that a run can tell what went in, and what came out for each frame that went in.
 
-#ifndef TAVO_HOST_FRAME_COUNTER_FILTER_H
-#define TAVO_HOST_FRAME_COUNTER_FILTER_H
+#pragma once
 
 #include <cstdint>
 
@@ -95,5 +94,3 @@ class CFrameCounter final : public CBaseFilter {
     CFrameCounterInput m_input;
     CFrameCounterOutput m_output;
 };
-
-#endif

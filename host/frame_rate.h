@@ -1,7 +1,6 @@
 // Frame rates as fractions, and the duration of a frame in units of 100 ns.
 
-#ifndef TAVO_HOST_FRAME_RATE_H
-#define TAVO_HOST_FRAME_RATE_H
+#pragma once
 
 #include <cstdint>
 
@@ -29,5 +28,3 @@ int64_t DurationOf(FrameRate rate);
 int64_t FrameStart(FrameRate rate, uint64_t frame);
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // What a running graph reports.
 
-#ifndef TAVO_HOST_GRAPH_EVENTS_H
-#define TAVO_HOST_GRAPH_EVENTS_H
+#pragma once
 
 #include "streams.h"
 
@@ -13,5 +12,3 @@ enum class Ending { None, Complete, ClosedByUser, Aborted };
 Ending TakeEvents(IMediaEvent& events, HRESULT& reason);
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // Small helpers around pins and filters of a graph.
 
-#ifndef TAVO_HOST_GRAPH_PINS_H
-#define TAVO_HOST_GRAPH_PINS_H
+#pragma once
 
 #include <string>
 #include <vector>
@@ -28,5 +27,3 @@ std::wstring NameOf(IBaseFilter* filter);
 bool ConnectionTypeOf(IPin* pin, CMediaType& type);
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // Runs a graph to its end, shows how far it is, and collects what there is to say about it.
 
-#ifndef TAVO_HOST_GRAPH_RUN_H
-#define TAVO_HOST_GRAPH_RUN_H
+#pragma once
 
 #include <filesystem>
 #include <optional>
@@ -46,5 +45,3 @@ std::wstring StatisticsText(const VideoGraph& graph, const RunResult& result);
 std::wstring FiguresText(const VideoGraph& graph, const FilterFigures& figures);
 
 }  // namespace tavo
-
-#endif

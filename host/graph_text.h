@@ -1,7 +1,6 @@
 // A connected graph as text.
 
-#ifndef TAVO_HOST_GRAPH_TEXT_H
-#define TAVO_HOST_GRAPH_TEXT_H
+#pragma once
 
 #include <string>
 
@@ -14,5 +13,3 @@ namespace tavo {
 std::wstring GraphText(IFilterGraph* graph);
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // The command line of vantrel.
 
-#ifndef TAVO_HOST_OPTIONS_H
-#define TAVO_HOST_OPTIONS_H
+#pragma once
 
 #include <span>
 #include <string>
@@ -44,5 +43,3 @@ ParsedOptions ParseOptions(std::span<const std::wstring_view> arguments);
 std::wstring UsageText();
 
 }  // namespace tavo
-
-#endif

@@ -1,8 +1,7 @@
 // The eleven pixel formats of the filter, as an AVI file and a format block describe them: names,
 // compression codes, bits per pixel and the size of a frame. (IYUV has a second code, I420.)
 
-#ifndef TAVO_HOST_PIXEL_FORMAT_H
-#define TAVO_HOST_PIXEL_FORMAT_H
+#pragma once
 
 #include <array>
 #include <cstddef>
@@ -94,5 +93,3 @@ constexpr uint32_t RowCount(int32_t height) {
 }
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // Plays a graph in its renderer's window, with or without the filter's property pages beside it.
 
-#ifndef TAVO_HOST_PLAYBACK_H
-#define TAVO_HOST_PLAYBACK_H
+#pragma once
 
 #include "host/console.h"
 #include "host/player.h"
@@ -14,5 +13,3 @@ namespace tavo {
 PlayResult PlayGraph(VideoGraph& graph, StopRequest& stop, bool withPages);
 
 }  // namespace tavo
-
-#endif

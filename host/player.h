@@ -1,7 +1,6 @@
 // Plays a graph in its renderer's window, and holds it while its filter is being set anew.
 
-#ifndef TAVO_HOST_PLAYER_H
-#define TAVO_HOST_PLAYER_H
+#pragma once
 
 #include <string>
 
@@ -67,5 +66,3 @@ class Player final : public ApplyObserver {
 };
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // What --cpu prints.
 
-#ifndef TAVO_HOST_PROCESSOR_TEXT_H
-#define TAVO_HOST_PROCESSOR_TEXT_H
+#pragma once
 
 #include <string>
 
@@ -16,5 +15,3 @@ std::wstring ProcessorText(const ProcessorInfo& info, int level, int speedClass)
 std::wstring ThisProcessorText();
 
 }  // namespace tavo
-
-#endif

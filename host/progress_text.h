@@ -1,7 +1,6 @@
 // The texts that a run prints: the progress bar and the statistics. No input or output here.
 
-#ifndef TAVO_HOST_PROGRESS_TEXT_H
-#define TAVO_HOST_PROGRESS_TEXT_H
+#pragma once
 
 #include <cstdint>
 #include <string>
@@ -28,5 +27,3 @@ std::wstring BytesText(uint64_t bytes);
 std::wstring NumberText(double value);
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // A property frame: one tab for each page, and the buttons OK, Cancel and Apply.
 
-#ifndef TAVO_HOST_PROPERTY_FRAME_H
-#define TAVO_HOST_PROPERTY_FRAME_H
+#pragma once
 
 #include <windows.h>
 
@@ -91,5 +90,3 @@ class PropertyFrame final : private PageSiteOwner {
 };
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // The site that the property frame gives to its pages.
 
-#ifndef TAVO_HOST_PROPERTY_PAGE_SITE_H
-#define TAVO_HOST_PROPERTY_PAGE_SITE_H
+#pragma once
 
 #include <windows.h>
 
@@ -51,5 +50,3 @@ class PropertyPageSite final : public IPropertyPageSite {
 };
 
 }  // namespace tavo
-
-#endif

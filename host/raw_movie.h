@@ -1,7 +1,6 @@
 // An input file that this program can read by itself: an AVI with uncompressed video.
 
-#ifndef TAVO_HOST_RAW_MOVIE_H
-#define TAVO_HOST_RAW_MOVIE_H
+#pragma once
 
 #include "host/avi_reader.h"
 #include "host/file_store.h"
@@ -17,5 +16,3 @@ struct RawMovie {
 };
 
 }  // namespace tavo
-
-#endif

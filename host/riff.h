@@ -1,7 +1,6 @@
 // Little-endian numbers and the chunk codes of RIFF and AVI files.
 
-#ifndef TAVO_HOST_RIFF_H
-#define TAVO_HOST_RIFF_H
+#pragma once
 
 #include <cstddef>
 #include <cstdint>
@@ -91,5 +90,3 @@ inline uint32_t Load32(std::span<const std::byte> bytes, size_t offset) {
 }
 
 }  // namespace tavo
-
-#endif

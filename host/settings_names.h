@@ -1,7 +1,6 @@
 // The names of the filter's settings as its property page spells them, and their codes.
 
-#ifndef TAVO_HOST_SETTINGS_NAMES_H
-#define TAVO_HOST_SETTINGS_NAMES_H
+#pragma once
 
 #include <optional>
 #include <span>
@@ -29,5 +28,3 @@ std::wstring_view SettingText(std::span<const SettingName> names, int code);
 std::wstring ListSettings(std::span<const SettingName> names);
 
 }  // namespace tavo
-
-#endif

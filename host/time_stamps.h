@@ -1,7 +1,6 @@
 // Watches the start times of a stream's frames: is it regular enough for a file of fixed rate?
 
-#ifndef TAVO_HOST_TIME_STAMPS_H
-#define TAVO_HOST_TIME_STAMPS_H
+#pragma once
 
 #include <cstdint>
 
@@ -40,5 +39,3 @@ class TimeStamps {
 };
 
 }  // namespace tavo
-
-#endif

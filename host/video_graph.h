@@ -1,8 +1,7 @@
 // Builds the graph of a run: source -> what the platform puts between -> Mira Vantrel -> AVI sink
 // or the platform's video renderer.
 
-#ifndef TAVO_HOST_VIDEO_GRAPH_H
-#define TAVO_HOST_VIDEO_GRAPH_H
+#pragma once
 
 #include <memory>
 #include <string>
@@ -49,5 +48,3 @@ std::unique_ptr<VideoGraph> BuildVideoGraph(const Options& options, const Filter
                                             std::wstring& error);
 
 }  // namespace tavo
-
-#endif

@@ -1,7 +1,6 @@
 // Between media types and the pixel formats of the AVI code.
 
-#ifndef TAVO_HOST_VIDEO_TYPE_H
-#define TAVO_HOST_VIDEO_TYPE_H
+#pragma once
 
 #include <optional>
 #include <string>
@@ -32,5 +31,3 @@ const BITMAPINFOHEADER* BitmapHeaderOf(const AM_MEDIA_TYPE& type);
 std::wstring DescribeType(const AM_MEDIA_TYPE& type);
 
 }  // namespace tavo
-
-#endif

@@ -1,8 +1,7 @@
 // A second, strict look at an AVI file, written without the code under test: every size must be
 // exact, every index must point at its chunk. For tests of the writer.
 
-#ifndef TAVO_TESTS_HOST_AVI_CHECKER_H
-#define TAVO_TESTS_HOST_AVI_CHECKER_H
+#pragma once
 
 #include <cstdint>
 #include <string>
@@ -37,5 +36,3 @@ struct CheckedAvi {
 CheckedAvi CheckAvi(tavo::ByteStore& store);
 
 }  // namespace tavo_test
-
-#endif

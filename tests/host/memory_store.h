@@ -1,7 +1,6 @@
 // Byte stores for tests: memory with a limited "disk", and one that remembers only small writes.
 
-#ifndef TAVO_TESTS_HOST_MEMORY_STORE_H
-#define TAVO_TESTS_HOST_MEMORY_STORE_H
+#pragma once
 
 #include <algorithm>
 #include <cstdint>
@@ -88,5 +87,3 @@ class SparseStore : public tavo::ByteStore {
 };
 
 }  // namespace tavo_test
-
-#endif

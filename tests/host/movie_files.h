@@ -1,7 +1,6 @@
 // Small AVI files for tests, and a look at the ones that come out.
 
-#ifndef TAVO_TESTS_HOST_MOVIE_FILES_H
-#define TAVO_TESTS_HOST_MOVIE_FILES_H
+#pragma once
 
 #include <gtest/gtest.h>
 
@@ -43,5 +42,3 @@ class MovieTest : public testing::Test {
 };
 
 }  // namespace tavo_test
-
-#endif

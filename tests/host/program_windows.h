@@ -6,8 +6,7 @@
 //   TypeInto(ControlWithin(frame, id), "320");
 //   EXPECT_TRUE(WaitFor([&] { return TextWithin(frame, id) == "320"; }));
 
-#ifndef TAVO_TESTS_HOST_PROGRAM_WINDOWS_H
-#define TAVO_TESTS_HOST_PROGRAM_WINDOWS_H
+#pragma once
 
 #include <string>
 #include <string_view>
@@ -53,5 +52,3 @@ class PlayTest : public MovieTest {
 };
 
 }  // namespace tavo_test
-
-#endif

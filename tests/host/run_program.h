@@ -1,7 +1,6 @@
 // Runs vantrel.exe as a user would, and keeps what it prints.
 
-#ifndef TAVO_TESTS_HOST_RUN_PROGRAM_H
-#define TAVO_TESTS_HOST_RUN_PROGRAM_H
+#pragma once
 
 #include <windows.h>
 
@@ -53,5 +52,3 @@ bool ShareConsole();
 bool PressCtrlC();
 
 }  // namespace tavo_test
-
-#endif
