@@ -49,6 +49,11 @@ to rows whose width stays.
 Of the goals that the kernels are held to, $demands are reached in this run; the others are marked
 MISSED below.
 
+Where only the height changes, and where pixels are only moved, all run at the memory limit: ratios near
+1 are ties there, and small differences fall on either side from run to run. Where both axes change the
+time goes into computing, the more so when a picture fits the caches: there a small multiple of the
+memory limit is out of reach of every blend that was tried.
+
 \`\`\`
 $(cat "$out/speed.txt")
 \`\`\`
