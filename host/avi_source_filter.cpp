@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "host/com_ptr.h"
+#include "host/stopped_receiver.h"
 #include "host/video_type.h"
 
 using tavo::AviReader;
@@ -30,10 +31,6 @@ tavo::VideoFormat UprightVideo(const AviReader& reader) {
 tavo::VideoType TypeOf(const AviReader& reader) {
     return {UprightVideo(reader), tavo::DurationOf(reader.Rate())};
 }
-
-// A graph stops its filters from the renderer up: for a moment the receiver takes no frame and
-// gives no buffer while this pin still runs. Nothing went wrong then, and nobody waits for the end.
-bool ReceiverHasStopped(HRESULT hr) { return hr == VFW_E_WRONG_STATE || hr == VFW_E_NOT_COMMITTED; }
 
 }  // namespace
 
@@ -104,7 +101,7 @@ void CAviSourcePin::Push() {
     const uint32_t count = m_source.Movie().reader.FrameCount();
     HRESULT hr = S_OK;
     for (uint32_t i = 0; i < count && !m_stopping && SUCCEEDED(hr); ++i) hr = PushFrame(i);
-    if (!m_stopping && !ReceiverHasStopped(hr)) {
+    if (!m_stopping && !tavo::ReceiverHasStopped(hr)) {
         if (FAILED(hr)) m_source.NotifyEvent(EC_ERRORABORT, hr, 0);
         DeliverEndOfStream();
     }

@@ -2,6 +2,8 @@
 
 #include "host/frame_counter_filter.h"
 
+#include "host/stopped_receiver.h"
+
 namespace {
 
 // {A7D0C0C1-2E5B-4C44-8F0C-0E6A0B6D9C57}; never registered.
@@ -41,10 +43,8 @@ HRESULT CFrameCounter::Pass(IMediaSample* sample) {
 
     CAutoLock lock(&m_countsLock);
     if (FAILED(hr)) {
-        // A graph stops its filters from the renderer up; frames that come meanwhile are not
-        // wanted.
-        const bool isStopping = hr == VFW_E_WRONG_STATE || hr == VFW_E_NOT_COMMITTED;
-        if (!isStopping && SUCCEEDED(m_counts.failure)) m_counts.failure = hr;
+        const bool isFirst = SUCCEEDED(m_counts.failure);
+        if (isFirst && !tavo::ReceiverHasStopped(hr)) m_counts.failure = hr;
         return hr;
     }
     ++m_counts.frames;

@@ -45,7 +45,6 @@ int32_t StripOf(Interior interior) {
     return lastInner - lastInner % kStripStep;
 }
 
-//
 // The strip in the rows of the last source row. Both departures meet here: columns computed in full
 // blend back to their own sample, columns that take over blend to the one computed in full last.
 void BlendStripBottom(const Frame& frame, int32_t strip, int32_t firstRow) {

@@ -199,7 +199,8 @@ void PlanByteBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes)
 }
 
 // A shuffle to eight bytes and then to those that they are mixed with.
-inline void FillHalves(uint8_t* shuffle, int32_t i, uint8_t place, uint8_t next) {
+inline void FillHalves(uint8_t* shuffle, uint8_t* /*weights*/, int32_t i, uint8_t place,
+                       uint8_t next, int32_t /*weight*/) {
     shuffle[i] = place;
     shuffle[kTileBytes + i] = next;
 }
@@ -212,7 +213,7 @@ void PlanFieldBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes
     PlanTiles<V>(plan, columns, sources, rowBytes,
                  [](uint8_t* shuffle, uint8_t* weights, int32_t i, uint8_t place, uint8_t next,
                     int32_t weight) {
-                     FillHalves(shuffle, i, place, next);
+                     FillHalves(shuffle, weights, i, place, next, weight);
                      weights[i] = static_cast<uint8_t>(weight * 16 >> (i % 2 * 8));
                      weights[kTileBytes + i] = 0;
                  });
@@ -223,10 +224,7 @@ template <typename V, typename Pixel>
 void PlanTake(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
     ByteSources sources;
     sources.AddPixels<Pixel>({columns.indices, nullptr, columns.firstIndex, columns.count});
-    PlanTiles<V>(plan, columns, sources, rowBytes,
-                 [](uint8_t* shuffle, uint8_t*, int32_t i, uint8_t place, uint8_t next, int32_t) {
-                     FillHalves(shuffle, i, place, next);
-                 });
+    PlanTiles<V>(plan, columns, sources, rowBytes, FillHalves);
 }
 
 // For packed 4:2:2: halves that are averaged.
@@ -235,10 +233,7 @@ void PlanPackedTake(ColumnPlan& plan, const ColumnRun& columns, const PackedLayo
                     int32_t rowBytes) {
     ByteSources sources;
     sources.AddPacked(columns, layout);
-    PlanTiles<V>(plan, columns, sources, rowBytes,
-                 [](uint8_t* shuffle, uint8_t*, int32_t i, uint8_t place, uint8_t next, int32_t) {
-                     FillHalves(shuffle, i, place, next);
-                 });
+    PlanTiles<V>(plan, columns, sources, rowBytes, FillHalves);
 }
 
 }  // namespace

@@ -21,10 +21,7 @@ namespace tavo_test {
 // Looks seldom: every look takes time from the program.
 template <typename Condition>
 bool WaitFor(Condition condition) {
-    for (const ULONGLONG end = GetTickCount64() + kPatience; !condition(); Sleep(50)) {
-        if (GetTickCount64() >= end) return false;
-    }
-    return true;
+    return WaitUntil(condition, 50);
 }
 
 // Null when the program ends before it has one.

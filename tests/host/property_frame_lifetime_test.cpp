@@ -6,19 +6,6 @@ using namespace tavo_test;
 
 namespace {
 
-BOOL CALLBACK CountOwn(HWND window, LPARAM count) {
-    DWORD process = 0;
-    GetWindowThreadProcessId(window, &process);
-    *reinterpret_cast<int*>(count) += process == GetCurrentProcessId();
-    return TRUE;
-}
-
-int OwnWindows() {
-    int count = 0;
-    EnumChildWindows(GetDesktopWindow(), CountOwn, reinterpret_cast<LPARAM>(&count));
-    return count;
-}
-
 TEST_F(PropertyFrameTest, TheSiteOutlivesTheFrame) {
     FakePage fake(L"Fake");
     const AnnouncedClass announced(kFakePage, static_cast<IClassFactory*>(&fake));

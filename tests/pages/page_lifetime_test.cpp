@@ -192,22 +192,6 @@ int FreeGdiObjects() {
     return static_cast<int>(made.size());
 }
 
-BOOL CALLBACK CountOwn(HWND window, LPARAM count) {
-    DWORD process = 0;
-    GetWindowThreadProcessId(window, &process);
-    *reinterpret_cast<int*>(count) += process == GetCurrentProcessId();
-    return TRUE;
-}
-
-// Lists that drop down are children of the desktop.
-int OwnWindows() {
-    int count = 0;
-    EnumChildWindows(GetDesktopWindow(), CountOwn, reinterpret_cast<LPARAM>(&count));
-    for (HWND at = nullptr; (at = FindWindowExW(HWND_MESSAGE, at, nullptr, nullptr)) != nullptr;)
-        CountOwn(at, reinterpret_cast<LPARAM>(&count));
-    return count;
-}
-
 DWORD Handles() {
     DWORD count = 0;
     GetProcessHandleCount(GetCurrentProcess(), &count);

@@ -114,6 +114,17 @@ TEST(KernelTable, FillsForTheProcessorOfThisMachine) {
     }
 }
 
+TEST(WidestSet, IsTheWidestThatRunsWhereThereIsSse) {
+    for (const auto set : {InstructionSet::Portable, InstructionSet::Mmx, InstructionSet::Sse,
+                           InstructionSet::Ssse3, InstructionSet::Avx2, InstructionSet::Avx512}) {
+        if (CanRun(set)) {
+            EXPECT_GE(WidestSet(2), set) << InstructionSetName(set);
+        }
+    }
+    for (const int level : {1, 3, 4}) EXPECT_EQ(WidestSet(level), InstructionSet::Mmx) << level;
+    for (const int level : {-1, 0, 5}) EXPECT_EQ(WidestSet(level), InstructionSet::Portable);
+}
+
 TEST(MethodToSlot, MapsTheNineMethodsAndNothingElse) {
     constexpr int kFirstCode = -5;
     constexpr int kSlots[] = {

@@ -10,10 +10,11 @@ namespace tavo_test {
 // Milliseconds that nothing takes, not even where many programs share one slow processor.
 inline constexpr DWORD kPatience = 120'000;
 
-// False if the condition does not come true within the patience.
+// False if the condition does not come true within the patience. It is looked at each `pause`
+// milliseconds.
 template <typename Condition>
-bool WaitUntil(Condition condition) {
-    for (const ULONGLONG end = GetTickCount64() + kPatience; !condition(); Sleep(1)) {
+bool WaitUntil(Condition condition, DWORD pause = 1) {
+    for (const ULONGLONG end = GetTickCount64() + kPatience; !condition(); Sleep(pause)) {
         if (GetTickCount64() >= end) return false;
     }
     return true;

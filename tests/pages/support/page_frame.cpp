@@ -13,6 +13,13 @@ std::string TextOf(HWND window) {
     return text;
 }
 
+BOOL CALLBACK CountOwn(HWND window, LPARAM count) {
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    *reinterpret_cast<int*>(count) += process == GetCurrentProcessId();
+    return TRUE;
+}
+
 }  // namespace
 
 PageFrame::PageFrame(REFCLSID clsid, int left) : page(TheModule().Create<IPropertyPage>(clsid)) {
@@ -68,6 +75,14 @@ void Pump() {
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
+}
+
+int OwnWindows() {
+    int count = 0;
+    EnumChildWindows(GetDesktopWindow(), CountOwn, reinterpret_cast<LPARAM>(&count));
+    for (HWND at = nullptr; (at = FindWindowExW(HWND_MESSAGE, at, nullptr, nullptr)) != nullptr;)
+        CountOwn(at, reinterpret_cast<LPARAM>(&count));
+    return count;
 }
 
 void PumpFor(DWORD milliseconds) {

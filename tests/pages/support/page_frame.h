@@ -78,6 +78,9 @@ class OnePageTest : public PagesTest {
     const CLSID clsid_;
 };
 
+// The program's windows; lists that drop down are children of the desktop.
+int OwnWindows();
+
 // What is waiting in the queue, and what that leads to.
 void Pump();
 void PumpFor(DWORD milliseconds);
