@@ -57,7 +57,7 @@ struct Frame {
           srcWidth(srcWidth),
           srcHeight(Magnitude(srcHeight)),
           dstStride(layout.Stride(dstWidth)),
-          srcStride(layout.Stride(srcWidth)),
+          srcStride(xMap && xMap->srcPitch ? xMap->srcPitch : layout.Stride(srcWidth)),
           bytesPerPixel(layout.bytesPerPixel),
           dstRowBytes(layout.RowBytes(dstWidth)),
           bottomUp(dstHeight < 0),

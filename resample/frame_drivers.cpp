@@ -70,10 +70,11 @@ int32_t TakeFrameColumns(const Frame& frame, PixelKind kind, Member member) {
     return frame.dstHeight;
 }
 
+// Deliberate: rows are copied with their padding, which all other scalers leave alone.
 int32_t TakeFrameRows(const Frame& frame, Member member) {
     const RowOpsScope ops(member);
     for (int32_t y = 0; y < frame.dstHeight; ++y) {
-        ops->CopyRow(frame.DstRow(y), frame.SrcRow(frame.UpperRow(y)), frame.dstRowBytes);
+        ops->CopyRow(frame.DstRow(y), frame.SrcRow(frame.UpperRow(y)), frame.dstStride);
     }
     return frame.dstHeight;
 }

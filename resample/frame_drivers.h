@@ -1,6 +1,6 @@
 // The frame drivers: how whole pictures are made of row operations. They serve every family whose
 // pixels are blended downward first and sideways second; packed 4:2:2 has drivers of its own.
-// Each returns the number of rows written. Row padding is left alone.
+// Each returns the number of rows written. Row padding is left alone, but for TakeFrameRows.
 
 #pragma once
 

@@ -14,6 +14,10 @@ struct AxisMap {
     int32_t fracBits;  // always 8: weights are fractions in 1/256
     uint8_t* weights;  // [count]
     int32_t* indices;  // [count], never decreasing
+
+    // In a horizontal map: bytes from one source row to the next, where these lie further apart
+    // than width and format say; 0 where they do not.
+    int32_t srcPitch = 0;
 };
 
 // Scales one picture, or one plane of a planar picture, without changing its format.
@@ -23,7 +27,7 @@ struct AxisMap {
 //   dstHeight  rows; negative: destination row y is stored at row abs(dstHeight) - 1 - y
 //   srcWidth   pixels
 //   srcHeight  rows; only its magnitude counts
-//   xMap       at least dstWidth entries, all below srcWidth
+//   xMap       at least dstWidth entries, all below srcWidth; may state the pitch of the source
 //   yMap       at least abs(dstHeight) entries, all below abs(srcHeight)
 // Returns the number of rows written, abs(dstHeight). Nothing is tested and nothing is allocated:
 // sizes and maps must fit the buffers. Any thread; source and destination must not overlap.

@@ -21,6 +21,19 @@ int32_t CallOn([[maybe_unused]] unsigned stack, Kernel kernel, Arguments... argu
 #endif
 }
 
+// The rows of the source at a pitch, with other bytes between them.
+std::vector<uint8_t> BytesAtPitch(const Source& source, int pitch) {
+    constexpr uint8_t kBetweenRows = 0x3c;
+    const int stride = StrideOf(source.format, source.width);
+    std::vector<uint8_t> bytes(static_cast<size_t>(pitch) * source.height, kBetweenRows);
+    for (int row = 0; row < source.height; ++row) {
+        for (int at = 0; at < stride; ++at) {
+            bytes[static_cast<size_t>(row) * pitch + at] = static_cast<uint8_t>(source.At(row, at));
+        }
+    }
+    return bytes;
+}
+
 int FillOf(test::Guard guard) { return guard == test::Guard::Behind ? 0 : 1; }
 
 }  // namespace
@@ -46,13 +59,14 @@ std::string Expectation::Compare(const uint8_t* actual, int fill) const {
            std::to_string(filled_[fill][place]);
 }
 
-void Workspace::GuardedMap::Place(const Entries& entries, test::Guard guard) {
+void Workspace::GuardedMap::Place(const Entries& entries, test::Guard guard, int pitch) {
     const size_t count = entries.indices.size();
     uint8_t* weights = weightBuffer_.Place(count, guard, 0);
     uint8_t* indices = indexBuffer_.Place(count * sizeof(int32_t), guard, 0);
     for (size_t i = 0; i < count; ++i) weights[i] = static_cast<uint8_t>(entries.weights[i]);
     if (count > 0) std::memcpy(indices, entries.indices.data(), count * sizeof(int32_t));
-    record_ = {static_cast<int32_t>(count), 0, 8, weights, reinterpret_cast<int32_t*>(indices)};
+    record_ = {static_cast<int32_t>(count),         0,    8, weights,
+               reinterpret_cast<int32_t*>(indices), pitch};
     entries_ = &entries;
 }
 
@@ -66,14 +80,15 @@ bool Workspace::GuardedMap::Intact() const {
            std::memcmp(record_.indices, entries_->indices.data(), count * sizeof(int32_t)) == 0;
 }
 
-void Workspace::Place(const Source& source, const Maps& maps, test::Guard guard) {
+void Workspace::Place(const Source& source, const Maps& maps, test::Guard guard, int pitch) {
     guard_ = guard;
-    source_ = &source;
-    uint8_t* src = srcBuffer_.Place(source.bytes.size(), guard, 0);
-    if (!source.bytes.empty()) std::memcpy(src, source.bytes.data(), source.bytes.size());
+    srcWidth_ = source.width;
+    srcBytes_ = pitch == 0 ? source.bytes : BytesAtPitch(source, pitch);
+    uint8_t* src = srcBuffer_.Place(srcBytes_.size(), guard, 0);
+    if (!srcBytes_.empty()) std::memcpy(src, srcBytes_.data(), srcBytes_.size());
     src_ = src;
-    xMap_.Place(maps.x, guard);
-    yMap_.Place(maps.y, guard);
+    xMap_.Place(maps.x, guard, pitch);
+    yMap_.Place(maps.y, guard, 0);
 }
 
 uint8_t* Workspace::PlaceDestination(const Expectation& expectation) {
@@ -88,9 +103,8 @@ std::string Workspace::Verdict(const Expectation& expectation, int result, int r
     }
     if (result != rows) return "returned " + std::to_string(result);
     if (!dstBuffer_.CanariesIntact()) return "wrote beside the destination";
-    const auto& bytes = source_->bytes;
     if (!srcBuffer_.CanariesIntact() ||
-        (!bytes.empty() && std::memcmp(src_, bytes.data(), bytes.size()) != 0)) {
+        (!srcBytes_.empty() && std::memcmp(src_, srcBytes_.data(), srcBytes_.size()) != 0)) {
         return "wrote into the source";
     }
     if (!xMap_.Intact() || !yMap_.Intact()) return "wrote into a map";
@@ -102,8 +116,8 @@ std::string Workspace::Run(ScaleKernel kernel, const Expectation& expectation, i
     uint8_t* dst = PlaceDestination(expectation);
     const AxisMap* xMap = style.withXMap ? xMap_.Record() : nullptr;
     const AxisMap* yMap = style.withYMap ? yMap_.Record() : nullptr;
-    const int32_t result = CallOn(style.stack, kernel, dst, src_, dstWidth, dstHeight,
-                                  source_->width, style.srcHeight, xMap, yMap);
+    const int32_t result = CallOn(style.stack, kernel, dst, src_, dstWidth, dstHeight, srcWidth_,
+                                  style.srcHeight, xMap, yMap);
     return Verdict(expectation, result, std::abs(dstHeight));
 }
 

@@ -39,8 +39,9 @@ struct CallStyle {
 
 class Workspace {
   public:
-    // Puts source and maps next to their guards. The source and the entries must stay alive.
-    void Place(const Source& source, const Maps& maps, test::Guard guard);
+    // Puts source and maps next to their guards. The entries must stay alive. With a pitch the rows
+    // of the source lie that far apart, and the horizontal map says so.
+    void Place(const Source& source, const Maps& maps, test::Guard guard, int pitch = 0);
 
     // Nothing, or what is wrong. dstHeight has the sign to call with.
     std::string Run(ScaleKernel kernel, const Expectation& expectation, int dstWidth, int dstHeight,
@@ -51,7 +52,7 @@ class Workspace {
   private:
     class GuardedMap {
       public:
-        void Place(const Entries& entries, test::Guard guard);
+        void Place(const Entries& entries, test::Guard guard, int pitch);
         bool Intact() const;
         const AxisMap* Record() const { return &record_; }
 
@@ -70,7 +71,8 @@ class Workspace {
     test::GuardedBuffer srcBuffer_;
     GuardedMap xMap_;
     GuardedMap yMap_;
-    const Source* source_ = nullptr;
+    int srcWidth_ = 0;
+    std::vector<uint8_t> srcBytes_;
     const uint8_t* src_ = nullptr;
     uint8_t* dst_ = nullptr;
 };

@@ -71,17 +71,30 @@ class CaseRun {
 
     void Run(const std::vector<BackendTasks>& plan, bool withLevels) {
         for (test::Guard guard : {test::Guard::Behind, test::Guard::InFront}) {
-            workspace_.Place(source_, maps_, guard);
-            guard_ = guard;
-            for (const BackendTasks& entry : plan) {
-                if (entry.backend.isLevel && !withLevels) continue;
-                Activate(entry.backend);
-                for (const Task& task : entry.tasks) Try(task);
-            }
+            RunAtPitch(plan, guard, 0, withLevels);
         }
+        // Planes are the ones whose sources pad their rows.
+        if (row_.format != Format::Planar) return;
+        const int padding = 1 + static_cast<int>(plan_.seed % kMostPadding);
+        const test::Guard guard = plan_.seed % 2 ? test::Guard::Behind : test::Guard::InFront;
+        RunAtPitch(plan, guard, plan_.sizes.srcWidth + padding, withLevels);
     }
 
   private:
+    static constexpr int kMostPadding = 17;
+
+    void RunAtPitch(const std::vector<BackendTasks>& plan, test::Guard guard, int pitch,
+                    bool withLevels) {
+        workspace_.Place(source_, maps_, guard, pitch);
+        guard_ = guard;
+        pitch_ = pitch;
+        for (const BackendTasks& entry : plan) {
+            if (entry.backend.isLevel && !withLevels) continue;
+            Activate(entry.backend);
+            for (const Task& task : entry.tasks) Try(task);
+        }
+    }
+
     void Try(const Task& task) {
         if (!Serves(row_, *task.expected, plan_.sizes)) return;
         const ScaleKernel kernel = KernelTable[row_.row][task.slot].scale;
@@ -90,7 +103,8 @@ class CaseRun {
             return;
         }
         for (int sign : {1, -1}) {
-            const CallStyle style = StyleOf(row_, *task.expected, plan_.sizes, turn_++);
+            CallStyle style = StyleOf(row_, *task.expected, plan_.sizes, turn_++);
+            if (pitch_ != 0) style.withXMap = true;
             const std::string where = Where(sign, style);
             test::SetCurrentTrial((task.label + ": " + where).c_str());
             const std::string wrong =
@@ -107,8 +121,9 @@ class CaseRun {
     std::string Where(int sign, const CallStyle& style) const {
         if (description_.empty()) description_ = Describe(plan_);
         return description_ + (sign < 0 ? ", bottom-up" : "") + ", source height passed " +
-               std::to_string(style.srcHeight) + (style.withXMap ? "" : ", no xMap") +
-               (style.withYMap ? "" : ", no yMap") +
+               std::to_string(style.srcHeight) +
+               (pitch_ != 0 ? ", pitch " + std::to_string(pitch_) : "") +
+               (style.withXMap ? "" : ", no xMap") + (style.withYMap ? "" : ", no yMap") +
                (guard_ == test::Guard::Behind ? ", guard behind" : ", guard in front");
     }
 
@@ -128,6 +143,7 @@ class CaseRun {
     Workspace& workspace_;
     Tally& tally_;
     test::Guard guard_ = test::Guard::Behind;
+    int pitch_ = 0;
     unsigned turn_ = 0;
     mutable std::string description_;
     std::map<std::pair<Oracle, int>, Expectation> expectations_;

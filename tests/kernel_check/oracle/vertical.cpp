@@ -1,4 +1,5 @@
-// Height only, every format. The padding of a row may go with it or stay as it was.
+// Height only, every format. Nearest neighbour copies the padding of a row with it; bilinear may
+// blend it or leave it as it was.
 
 #include "tests/kernel_check/oracle/oracles.h"
 
@@ -39,7 +40,7 @@ void BlendWordRow(Canvas& out, const Source& s, int y, int iy, int weight) {
 void NearestVertical(Canvas& out, const Source& s, const Maps& maps) {
     for (int y = 0; y < out.Rows(); ++y) {
         for (int at = 0; at < out.Stride(); ++at) {
-            PutByte(out, y, at, s.At(maps.y.indices[y], at));
+            out.Put(y, at, s.At(maps.y.indices[y], at));
         }
     }
 }
