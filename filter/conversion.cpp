@@ -7,6 +7,7 @@
 #include <cstring>
 #include <new>
 
+#include "filter/picture_planes.h"
 #include "resample/axis_map.h"
 #include "resample/copy_kernels.h"
 #include "resample/kernel_table.h"
@@ -21,28 +22,22 @@ int32_t Change(int32_t source, int32_t output) {
     return source > output ? -1 : source < output ? 1 : 0;
 }
 
-// The picture's planes in memory order. Offsets and heights come from magnitudes; the sign of the
-// height says how rows are stored in each plane.
-struct Planes {
-    int32_t width;
-    int32_t height;
-    int32_t shift;
+// What a chroma plane holds where there is no colour.
+constexpr int kNeutralChroma = 128;
 
-    explicit Planes(const Picture& picture)
-        : width(picture.width), height(picture.height), shift(picture.format->chromaShift) {}
-
-    ptrdiff_t Offset(int plane) const {
-        const ptrdiff_t luma = static_cast<ptrdiff_t>(width) * std::abs(height);
-        return plane == 0 ? 0 : luma + (plane - 1) * (luma >> (2 * shift));
+// Copies the samples of a plane, without the padding of its rows. A negative height stores them
+// from the bottom up.
+void CopyRows(uint8_t* output, const Plane& to, const uint8_t* source, const Plane& from) {
+    const int32_t rows = std::abs(to.height);
+    for (int32_t y = 0; y < rows; ++y) {
+        const int32_t stored = to.height < 0 ? rows - 1 - y : y;
+        std::memcpy(output + to.offset + int64_t{stored} * to.pitch,
+                    source + from.offset + int64_t{y} * from.pitch, static_cast<size_t>(to.width));
     }
-    int32_t Width(int plane) const { return plane == 0 ? width : width >> shift; }
-    int32_t Height(int plane) const {
-        const int32_t rows = plane == 0 ? std::abs(height) : std::abs(height) >> shift;
-        return height < 0 ? -rows : rows;
-    }
-};
+}
 
-constexpr int kPlaneCount = 3;
+// What a horizontal map states of a source plane.
+int32_t StatedPitch(const Plane& plane) { return plane.pitch == plane.width ? 0 : plane.pitch; }
 
 }  // namespace
 
@@ -75,14 +70,17 @@ bool Conversion::BuildMaps() {
     if (!horizontalMap_ || !verticalMap_) return false;
     if (output_.format->group != FormatGroup::Planar) return true;
 
-    const Planes source(source_);
-    const Planes output(output_);
-    const int32_t width = std::max(output.Width(1), 1);
-    const int32_t height = std::max(std::abs(output.Height(1)), 1);
-    chromaHorizontalMap_.reset(BuildBoundedAxisMap(*horizontalMap_, source.Width(1), width));
+    const Planes source = PlanesOf(source_);
+    horizontalMap_->srcPitch = StatedPitch(source.planes[0]);
+    const Plane& from = source.planes[1];
+    const Plane to = PlanesOf(output_).planes[1];
+    if (from.IsEmpty() || to.IsEmpty()) return true;
+    chromaHorizontalMap_.reset(BuildBoundedAxisMap(*horizontalMap_, from.width, to.width));
     chromaVerticalMap_.reset(
-        BuildBoundedAxisMap(*verticalMap_, std::abs(source.Height(1)), height));
-    return chromaHorizontalMap_ && chromaVerticalMap_;
+        BuildBoundedAxisMap(*verticalMap_, std::abs(from.height), std::abs(to.height)));
+    if (!chromaHorizontalMap_ || !chromaVerticalMap_) return false;
+    chromaHorizontalMap_->srcPitch = StatedPitch(from);
+    return true;
 }
 
 bool Conversion::BuildBuffers() {
@@ -135,13 +133,22 @@ void Conversion::ScalePicture(ScaleKernel kernel, uint8_t* output, const uint8_t
                horizontalMap_.get(), verticalMap_.get());
         return;
     }
-    const Planes from(source_);
-    const Planes to(output_);
-    for (int plane = 0; plane < kPlaneCount; ++plane) {
-        const AxisMap* xMap = plane == 0 ? horizontalMap_.get() : chromaHorizontalMap_.get();
-        const AxisMap* yMap = plane == 0 ? verticalMap_.get() : chromaVerticalMap_.get();
-        kernel(output + to.Offset(plane), source + from.Offset(plane), to.Width(plane),
-               to.Height(plane), from.Width(plane), from.Height(plane), xMap, yMap);
+    const Planes sources = PlanesOf(source_);
+    const Planes outputs = PlanesOf(output_);
+    for (int i = 0; i < kPlaneCount; ++i) {
+        const Plane& from = sources.planes[i];
+        const Plane& to = outputs.planes[i];
+        if (to.IsEmpty()) continue;
+        uint8_t* const target = output + to.offset;
+        if (from.IsEmpty()) {
+            std::memset(target, kNeutralChroma,
+                        static_cast<size_t>(to.width) * std::abs(to.height));
+            continue;
+        }
+        const AxisMap* xMap = i == 0 ? horizontalMap_.get() : chromaHorizontalMap_.get();
+        const AxisMap* yMap = i == 0 ? verticalMap_.get() : chromaVerticalMap_.get();
+        kernel(target, source + from.offset, to.width, to.height, from.width, from.height, xMap,
+               yMap);
     }
 }
 
@@ -152,11 +159,16 @@ size_t Conversion::SpillOfCopy(int32_t slot) const {
     const auto spill =
         static_cast<size_t>(CopySpill(format.rows->copy, slot, output_.width, format.bitsPerPixel));
     if (format.group != FormatGroup::Planar) return spill;
-    const size_t chromaBytes = outputBytes_ - static_cast<size_t>(Planes(output_).Offset(1));
+    const size_t chromaBytes =
+        outputBytes_ - static_cast<size_t>(PlanesOf(output_).planes[1].offset);
     return spill > chromaBytes ? spill - chromaBytes : 0;
 }
 
 HRESULT Conversion::Copy(FrameSpan output, FrameSpan source, int32_t slot) {
+    if (source_.layout == PlaneLayout::Padded) {
+        CopyPlanes(output.data, source.data);
+        return S_OK;
+    }
     const size_t spill = SpillOfCopy(slot);
     const bool sourceHasRoom = source.size >= sourceBytes_ + spill;
     const bool outputHasRoom = output.size >= outputBytes_ + spill;
@@ -176,10 +188,20 @@ void Conversion::CopyPicture(uint8_t* output, const uint8_t* source, int32_t slo
     const CopyKernel copy = KernelTable[format.rows->copy][slot].copy;
     copy(output, source, output_.width, output_.height, format.bitsPerPixel);
     if (format.group != FormatGroup::Planar) return;
-    const Planes planes(output_);
-    for (int plane = 1; plane < kPlaneCount; ++plane) {
-        CopyPlane_Portable(output + planes.Offset(plane), source + planes.Offset(plane),
-                           planes.Width(plane), planes.Height(plane), 8);
+    const Planes planes = PlanesOf(output_);
+    for (int i = 1; i < kPlaneCount; ++i) {
+        const Plane& plane = planes.planes[i];
+        CopyPlane_Portable(output + plane.offset, source + plane.offset, plane.width, plane.height,
+                           8);
+    }
+}
+
+// The copy kernels know no pitch.
+void Conversion::CopyPlanes(uint8_t* output, const uint8_t* source) const {
+    const Planes from = PlanesOf(source_);
+    const Planes to = PlanesOf(output_);
+    for (int i = 0; i < kPlaneCount; ++i) {
+        CopyRows(output, to.planes[i], source, from.planes[i]);
     }
 }
 

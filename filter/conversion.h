@@ -41,7 +41,7 @@ struct FrameSpan {
 
 class Conversion {
   public:
-    // Null when memory runs out. Both pictures must be usable (IsUsableSource, IsUsableOutput) and
+    // Null when memory runs out. Both pictures must be usable (IsUsablePicture, IsUsableOutput) and
     // of the same format; or the output has no format, and then every frame fails.
     static std::unique_ptr<Conversion> Build(const Picture& source, const Picture& output);
 
@@ -70,6 +70,7 @@ class Conversion {
     bool BuildBuffers();
     HRESULT Copy(FrameSpan output, FrameSpan source, int32_t slot);
     void CopyPicture(uint8_t* output, const uint8_t* source, int32_t slot) const;
+    void CopyPlanes(uint8_t* output, const uint8_t* source) const;
     bool IsSameSize() const { return horizontalChange_ == 0 && verticalChange_ == 0; }
     int32_t ChooseRow() const;
     void ScalePicture(ScaleKernel kernel, uint8_t* output, const uint8_t* source) const;
@@ -85,7 +86,7 @@ class Conversion {
 
     AxisMapPtr horizontalMap_;
     AxisMapPtr verticalMap_;
-    // The same for chroma planes, bounded to them; null for formats without such planes.
+    // The same for chroma planes, bounded to them; null for pictures without such planes.
     AxisMapPtr chromaHorizontalMap_;
     AxisMapPtr chromaVerticalMap_;
 

@@ -72,7 +72,7 @@ bool CVantrelFilter::PassesTypeTest(const CMediaType& type) const {
 
 HRESULT CVantrelFilter::CheckInputType(const CMediaType* type) {
     CheckPointer(type, E_POINTER);
-    const bool accepted = PassesTypeTest(*type) && IsSound(*type, tavo::IsUsableSource);
+    const bool accepted = PassesTypeTest(*type) && IsSound(*type, tavo::IsUsablePicture);
     return accepted ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
 }
 
@@ -105,6 +105,8 @@ HRESULT CVantrelFilter::DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PRO
             request.cbBuffer = static_cast<LONG>(header.bitmap->biSizeImage);
         }
     }
+    // Frames of an unknown format fail, but for that they need a buffer.
+    if (request.cbBuffer < 1) request.cbBuffer = 1;
     ALLOCATOR_PROPERTIES granted;
     return allocator->SetProperties(&request, &granted);
 }
@@ -143,18 +145,18 @@ HRESULT CVantrelFilter::BuildOutputType(CMediaType* type) {
                    asked.height ? asked.height : source.height, bitsPerPixel};
 
     *header.source = *header.target = RECT{0, 0, output.width, output.height};
-    if (IsRegulatorOn()) *header.averageTimePerFrame = frameDuration_;
+    WriteFrameDuration(header);
     if (!output.format) return S_OK;
 
     if (!IsUsablePicture(output)) return E_INVALIDARG;
+    // Deliberate: the rows are those of the width before it is rounded.
+    const int64_t stride = RowStride(output.format->group, output.width, output.bitsPerPixel);
     if (output.format->group == FormatGroup::Packed422) output.width += output.width & 1;
     if (!tavo::IsUsableOutput(output)) return E_INVALIDARG;
     header.bitmap->biBitCount = static_cast<WORD>(output.bitsPerPixel);
     header.bitmap->biWidth = output.width;
     header.bitmap->biHeight = output.height;
-    header.bitmap->biSizeImage =
-        static_cast<DWORD>(RowStride(output.format->group, output.width, output.bitsPerPixel) *
-                           std::abs(output.height));
+    header.bitmap->biSizeImage = static_cast<DWORD>(stride * std::abs(output.height));
     type->SetSampleSize(header.bitmap->biSizeImage);
     StoreNegotiatedSize(asked, {output.width, std::abs(output.height)});
     if (output.format->writtenCompression == BI_BITFIELDS) return AnnounceRgb565Masks(type);
@@ -162,6 +164,12 @@ HRESULT CVantrelFilter::BuildOutputType(CMediaType* type) {
         header.bitmap->biCompression = output.format->writtenCompression;
     }
     return S_OK;
+}
+
+// Asked once: the rate may be switched off at any moment.
+void CVantrelFilter::WriteFrameDuration(const VideoHeader& header) const {
+    const REFERENCE_TIME duration = frameDuration_;
+    if (duration > 0) *header.averageTimePerFrame = duration;
 }
 
 // A size that somebody set in the meantime stays.
@@ -176,7 +184,7 @@ void CVantrelFilter::TakeSizeWhereUnset(const Picture& source) {
 }
 
 HRESULT CVantrelFilter::SetInputType(const CMediaType& type) {
-    const Picture picture = ReadPicture(type);
+    const Picture picture = tavo::ReadSourcePicture(type);
     {
         CAutoLock lock(&settingsLock_);
         const HRESULT copied = inputType_.Set(type);
@@ -188,8 +196,24 @@ HRESULT CVantrelFilter::SetInputType(const CMediaType& type) {
         }
     }
     if (picture.format) TakeSizeWhereUnset(picture);
+    CAutoLock streamingLock(&m_csReceive);
+    isSourceLayoutOpen_ = tavo::LeavesLayoutOpen(type);
     const bool isOutputSettled = m_pOutput && m_pOutput->IsConnected();
     return isOutputSettled ? RebuildConversion(KeptFrame::Keep) : S_OK;
+}
+
+// A type that states no frame size leaves the layout of its planes to the first frame.
+HRESULT CVantrelFilter::SettleSourceLayout(IMediaSample* sample) {
+    if (!isSourceLayoutOpen_ || !conversion_) return S_OK;
+    isSourceLayoutOpen_ = false;
+    const tavo::PlaneLayout layout =
+        LayoutOfFrameBytes(conversion_->Source(), sample->GetActualDataLength());
+    if (layout == conversion_->Source().layout) return S_OK;
+    {
+        CAutoLock lock(&settingsLock_);
+        source_.layout = layout;
+    }
+    return RebuildConversion(KeptFrame::Keep);
 }
 
 HRESULT CVantrelFilter::SetOutputType(const CMediaType& type) {
@@ -199,7 +223,7 @@ HRESULT CVantrelFilter::SetOutputType(const CMediaType& type) {
         const HRESULT copied = outputType_.Set(type);
         if (FAILED(copied)) return copied;
         const VideoHeader header = LocateVideoHeader(outputType_);
-        if (header && IsRegulatorOn()) *header.averageTimePerFrame = frameDuration_;
+        if (header) WriteFrameDuration(header);
         if (picture.format) {
             bitsPerPixel_ = picture.bitsPerPixel;
             if (!picture.format->keepsHeightSign) picture.height = std::abs(picture.height);
@@ -225,7 +249,7 @@ HRESULT CVantrelFilter::RebuildConversion(KeptFrame keptFrame) {
     // What an earlier failure has taken away cannot be kept.
     if (keptFrame == KeptFrame::Forget || !former) regulator_.ForgetKeptFrame();
     const bool fits = source.format == output.format &&
-                      (!output.format || (IsUsableSource(source) && IsUsableOutput(output)));
+                      (!output.format || (IsUsablePicture(source) && IsUsableOutput(output)));
     if (!fits) return E_INVALIDARG;
     conversion_ = tavo::Conversion::Build(source, output);
     if (!conversion_) return E_OUTOFMEMORY;

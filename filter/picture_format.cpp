@@ -8,6 +8,7 @@
 #include <cstdlib>
 #include <limits>
 
+#include "filter/picture_planes.h"
 #include "filter/vantrel_settings.h"
 #include "resample/kernel_table.h"
 
@@ -107,8 +108,34 @@ Picture ReadPicture(const AM_MEDIA_TYPE& type) {
         picture.width = header.bitmap->biWidth;
         picture.height = header.bitmap->biHeight;
         picture.bitsPerPixel = header.bitmap->biBitCount;
+        if (picture.format) {
+            picture.bitsPerPixel = std::max(picture.bitsPerPixel, picture.format->bitsPerPixel);
+        }
     }
     return picture;
+}
+
+Picture ReadSourcePicture(const AM_MEDIA_TYPE& type) {
+    Picture picture = ReadPicture(type);
+    if (const VideoHeader header = LocateVideoHeader(type)) {
+        picture.layout = LayoutOfFrameBytes(picture, header.bitmap->biSizeImage);
+    }
+    return picture;
+}
+
+PlaneLayout LayoutOfFrameBytes(const Picture& picture, int64_t bytes) {
+    const bool isPlanar = picture.format && picture.format->group == FormatGroup::Planar;
+    if (!isPlanar || !IsUsablePicture(picture)) return PlaneLayout::Tight;
+    const bool isPadded = bytes <= kMaxFrameBytes && bytes == PaddedFrameBytes(picture) &&
+                          bytes != FrameBytes(picture);
+    return isPadded ? PlaneLayout::Padded : PlaneLayout::Tight;
+}
+
+bool LeavesLayoutOpen(const AM_MEDIA_TYPE& type) {
+    const PictureFormat* const format = FindPictureFormat(type.subtype);
+    const VideoHeader header = LocateVideoHeader(type);
+    return format && format->group == FormatGroup::Planar && header &&
+           header.bitmap->biSizeImage == 0;
 }
 
 int64_t RowStride(FormatGroup group, int64_t width, int32_t bitsPerPixel) {
@@ -126,14 +153,8 @@ int64_t FrameBytes(const Picture& picture) {
 
 int64_t KernelBytes(const Picture& picture) {
     const PictureFormat& format = *picture.format;
-    const int64_t width = picture.width;
-    const int64_t height = Magnitude(picture.height);
-    if (format.group != FormatGroup::Planar) {
-        return RowStride(format.group, width, format.bitsPerPixel) * height;
-    }
-    const int64_t luma = width * height;
-    const int64_t lastChromaPlane = luma + (luma >> (2 * format.chromaShift));
-    return lastChromaPlane + (width >> format.chromaShift) * (height >> format.chromaShift);
+    if (format.group == FormatGroup::Planar) return PlanesOf(picture).bytes;
+    return RowStride(format.group, picture.width, format.bitsPerPixel) * Magnitude(picture.height);
 }
 
 bool IsUsablePicture(const Picture& picture) {
@@ -145,12 +166,6 @@ bool IsUsablePicture(const Picture& picture) {
     // Three factors below 2^31, 2^31 and 2^16 could overflow even 64 bits.
     if (int64_t{picture.width} * Magnitude(picture.height) > kMaxFrameBytes) return false;
     return FrameBytes(picture) <= kMaxFrameBytes && KernelBytes(picture) <= kMaxFrameBytes;
-}
-
-bool IsUsableSource(const Picture& picture) {
-    if (!IsUsablePicture(picture)) return false;
-    const int32_t shift = picture.format->chromaShift;
-    return (picture.width >> shift) > 0 && (Magnitude(picture.height) >> shift) > 0;
 }
 
 bool IsUsableOutput(const Picture& picture) {

@@ -83,7 +83,8 @@ HRESULT CVantrelFilter::Receive(IMediaSample* sample) {
         return CTransformFilter::Receive(sample);
     }
     // Also for a sample that is dropped: the ones after it do not carry the type again.
-    const HRESULT followed = FollowInputSampleType(sample);
+    HRESULT followed = FollowInputSampleType(sample);
+    if (SUCCEEDED(followed)) followed = SettleSourceLayout(sample);
     if (FAILED(followed)) return followed;
     const REFERENCE_TIME duration = frameDuration_;
     const bool hasWorkBuffer = conversion_ && conversion_->WorkBuffer().data;

@@ -127,7 +127,9 @@ class CVantrelFilter final : public CTransformFilter,
     HRESULT BuildOutputType(CMediaType* type);
     HRESULT SetInputType(const CMediaType& type);
     HRESULT SetOutputType(const CMediaType& type);
+    HRESULT SettleSourceLayout(IMediaSample* sample);
     HRESULT RebuildConversion(KeptFrame keptFrame);
+    void WriteFrameDuration(const tavo::VideoHeader& header) const;
     void TakeSizeWhereUnset(const tavo::Picture& source);
     void StoreNegotiatedSize(OutputSize asked, OutputSize negotiated);
     int ReconnectOutput(IPin* peer, const CMediaType& type);
@@ -169,6 +171,7 @@ class CVantrelFilter final : public CTransformFilter,
 
     // Guarded by the streaming lock.
     std::unique_ptr<tavo::Conversion> conversion_;
+    bool isSourceLayoutOpen_ = false;  // until the first frame tells how its planes lie
     RegulatorState regulator_;
 
     // Settings.

@@ -102,6 +102,31 @@ TEST_F(OfferTest, Yuy2Of175x100IsOffered176WideWithStride352) {
         << "the rectangles have the width before rounding";
 }
 
+TEST_F(OfferTest, ThePackedFrameSizeIsThatOfTheWidthBeforeRounding) {
+    for (const char* name : {"YUY2", "YUYV", "YVYU", "UYVY"}) {
+        VideoSpec spec = SpecOf(Format(name), 175, 100);
+        spec.bitCount = WORD{32};
+        const MediaType offered = Offer(MakeVideoType(spec), 175, 100);
+        EXPECT_EQ(offered.Bitmap()->biWidth, 176);
+        EXPECT_EQ(offered.Bitmap()->biSizeImage, 700u * 100) << name;
+        EXPECT_EQ(offered->lSampleSize, 700u * 100) << name;
+    }
+}
+
+TEST_F(OfferTest, AnUnknownSubtypeOfNoStatedSizeConnectsAndItsFramesFail) {
+    VideoSpec spec = SpecOf(Format("YUY2"), 64, 48);
+    spec.subtype = FourCC("ABCD");
+    for (const DWORD sizeImage : {0u, 6144u}) {
+        spec.sizeImage = sizeImage;
+        FilterRig rig({}, {.choice = AllocatorChoice::kOwnOnly, .wish = {1, 6144, 1, 0}});
+        rig.settings->SetOutputFormat(11);
+        ASSERT_EQ(rig.Connect(MakeVideoType(spec)), S_OK);
+        ASSERT_EQ(rig.Start(), S_OK);
+        EXPECT_EQ(rig.Deliver(std::vector<BYTE>(6144)), E_FAIL);
+        EXPECT_TRUE(rig.samples().empty());
+    }
+}
+
 TEST_F(OfferTest, ATopDownRgb24InputKeepsItsNegativeHeightWithSizeZero) {
     EXPECT_EQ(Offer(TypeOf(Format("RGB24"), 64, -48)).Bitmap()->biHeight, -48);
     EXPECT_EQ(Offer(TypeOf(Format("RGB24"), 64, -48)).Bitmap()->biSizeImage, 64u * 3 * 48);

@@ -66,7 +66,7 @@ TEST_F(OutputTypeTest, AnExplicitPackedTypeOfOddWidthIsRefused) {
     }
 }
 
-TEST_F(OutputTypeTest, UnusableSizesAndDepthsAreRefused) {
+TEST_F(OutputTypeTest, UnusableSizesAreRefused) {
     FilterRig rig;
     ASSERT_EQ(rig.ConnectInput(TypeOf(Format("RGB24"), 64, 48)), S_OK);
     for (const auto& [width, height] :
@@ -76,9 +76,18 @@ TEST_F(OutputTypeTest, UnusableSizesAndDepthsAreRefused) {
         spec.height = height;
         EXPECT_EQ(rig.output->QueryAccept(MakeVideoType(spec).Get()), S_FALSE);
     }
-    VideoSpec shallow = SpecOf(Format("RGB24"), 64, 48);
-    shallow.bitCount = 16;
-    EXPECT_EQ(rig.output->QueryAccept(MakeVideoType(shallow).Get()), S_FALSE);
+}
+
+TEST_F(OutputTypeTest, ADepthBelowThatOfTheSubtypeCountsAsItsOwn) {
+    FilterRig rig;
+    ASSERT_EQ(rig.ConnectInput(TypeOf(Format("RGB24"), 64, 48)), S_OK);
+    VideoSpec shallow = SpecOf(Format("RGB24"), 32, 24);
+    shallow.bitCount = WORD{16};
+    const MediaType type = MakeVideoType(shallow);
+    ASSERT_EQ(rig.ConnectOutput(&type), S_OK);
+    ASSERT_EQ(rig.Start(), S_OK);
+    ASSERT_EQ(rig.Deliver(RandomFrame(Format("RGB24"), 64, 48)), S_OK);
+    EXPECT_EQ(rig.samples().at(0).actualLength, 32 * 24 * 3);
 }
 
 TEST_F(OutputTypeTest, ARefusingSinkEndsTheConnectionAttempt) {
