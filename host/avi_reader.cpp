@@ -83,7 +83,9 @@ AviResult AviReader::Open(ByteStore& store) {
         WalkSegment(riff);
     }
     if (otherLayout_) return AviResult::OtherFrameLayout;
-    return frames_.empty() ? AviResult::NoFrames : AviResult::Ok;
+    if (frames_.empty()) return AviResult::NoFrames;
+    if (layout_ && layout_ != PlanarLayout::Tight) stored_.resize(storedSize_);
+    return AviResult::Ok;
 }
 
 void AviReader::WalkSegment(const Chunk& riff) {
@@ -187,18 +189,31 @@ void AviReader::TakeFrame(const Chunk& chunk) {
         if (!frames_.empty()) frames_.push_back(frames_.back());
         return;
     }
-    // Planes of odd sizes are cut in more than one way: only the exact length is understood.
-    const bool exact =
-        InfoOf(video_.format).group == FormatGroup::Planar && HasPartialChroma(video_);
-    if (chunk.size < frameSize_ || (exact && chunk.size != frameSize_)) {
+    if (!TakeLayout(chunk.size)) {
         otherLayout_ = true;
         return;
     }
-    if (chunk.end - chunk.data >= frameSize_) frames_.push_back(chunk.data);
+    if (chunk.end - chunk.data >= storedSize_) frames_.push_back(chunk.data);
+}
+
+// The first frame tells how planes lie in this file. False for a frame that is laid out otherwise.
+bool AviReader::TakeLayout(uint32_t length) {
+    if (InfoOf(video_.format).group != FormatGroup::Planar) {
+        storedSize_ = frameSize_;
+        return length >= frameSize_;
+    }
+    const std::optional<PlanarLayout> layout = LayoutOfLength(video_, length);
+    if (!layout || (layout_ && layout_ != layout)) return false;
+    layout_ = layout;
+    storedSize_ = static_cast<uint32_t>(PlanarBytes(video_, *layout));
+    return true;
 }
 
 IoResult AviReader::ReadFrame(uint32_t index, std::span<std::byte> target) {
-    return store_->ReadAt(frames_[index], target);
+    if (!layout_ || layout_ == PlanarLayout::Tight) return store_->ReadAt(frames_[index], target);
+    const IoResult read = store_->ReadAt(frames_[index], stored_);
+    if (read == IoResult::Ok) MakeTight(video_, *layout_, stored_, target);
+    return read;
 }
 
 }  // namespace tavo

@@ -10,6 +10,7 @@
 #include "host/byte_store.h"
 #include "host/frame_rate.h"
 #include "host/pixel_format.h"
+#include "host/planar_layout.h"
 #include "host/riff.h"
 
 namespace tavo {
@@ -25,7 +26,7 @@ enum class AviResult {
     ReadFailed,
 };
 
-// Opening needs memory of 8 bytes per frame and may throw std::bad_alloc.
+// Opening needs memory of 8 bytes per frame, and of one frame, and may throw std::bad_alloc.
 class AviReader {
   public:
     // `store` outlives the reader. Damage behind the header ends the list of frames there.
@@ -39,7 +40,8 @@ class AviReader {
     // True when the file ends, or makes no sense any more, before it should.
     bool IsCutOff() const { return cutOff_; }
 
-    // `index` is below FrameCount, `target` as long as FrameBytes.
+    // `index` is below FrameCount, `target` as long as FrameBytes. Planar frames are laid out
+    // tightly, whatever the file has.
     IoResult ReadFrame(uint32_t index, std::span<std::byte> target);
 
   private:
@@ -62,6 +64,7 @@ class AviReader {
     void ReadStreamHeader(const Chunk& chunk);
     void ReadStreamFormat(const Chunk& chunk);
     void TakeFrame(const Chunk& chunk);
+    bool TakeLayout(uint32_t length);
 
     ByteStore* store_ = nullptr;
     // What was read last while walking: small chunks stand close together.
@@ -71,6 +74,9 @@ class AviReader {
     VideoFormat video_;
     FrameRate rate_;
     uint32_t frameSize_ = 0;
+    uint32_t storedSize_ = 0;             // of a frame in the file
+    std::optional<PlanarLayout> layout_;  // in the file; of planar formats once a frame was seen
+    std::vector<std::byte> stored_;       // a frame before it is laid out anew
     std::vector<uint64_t> frames_;
     int streamCount_ = 0;
     int videoStream_ = -1;

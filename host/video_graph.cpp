@@ -8,6 +8,7 @@
 #include "host/avi_source_filter.h"
 #include "host/error_text.h"
 #include "host/graph_pins.h"
+#include "host/planar_layout.h"
 #include "host/settings_names.h"
 
 namespace tavo {
@@ -240,11 +241,17 @@ bool Keeps(const VideoGraph& graph, PixelFormat format) {
     return type && type->video.format == format;
 }
 
-// The graph by the platform's readers or by our own one, whichever keeps the file's format.
-Attempt BuildForRawMovie(Builder& builder, const Options& options, PixelFormat native) {
+// Platforms take planes of such sizes to lie in padded rows, as few files have them.
+bool IsMisread(const VideoFormat& video) {
+    return InfoOf(video.format).group == FormatGroup::Planar && LayoutsDiffer(video);
+}
+
+// The graph by the platform's readers or by our own one, whichever keeps the file's pictures.
+Attempt BuildForRawMovie(Builder& builder, const Options& options, const VideoFormat& video) {
+    const PixelFormat native = video.format;
     const bool nativeWanted =
         options.format == 0 || static_cast<PixelFormat>(options.format) == native;
-    const bool ownFirst = nativeWanted && IsRareFormat(native);
+    const bool ownFirst = nativeWanted && (IsRareFormat(native) || IsMisread(video));
     Attempt first = builder.Build(ownFirst ? Route::OwnReader : Route::Platform);
     if (first.graph && (ownFirst || !nativeWanted || Keeps(*first.graph, native))) return first;
     Attempt second = builder.Build(ownFirst ? Route::Platform : Route::OwnReader);
@@ -254,7 +261,7 @@ Attempt BuildForRawMovie(Builder& builder, const Options& options, PixelFormat n
 Attempt BuildByAnyRoute(const Options& options, const FilterFactory& factory,
                         const std::shared_ptr<RawMovie>& movie) {
     Builder builder(options, factory, movie);
-    return movie ? BuildForRawMovie(builder, options, movie->reader.Video().format)
+    return movie ? BuildForRawMovie(builder, options, movie->reader.Video())
                  : builder.Build(Route::Platform);
 }
 

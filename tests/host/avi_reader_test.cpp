@@ -238,12 +238,17 @@ TEST(AviReader, NoVideoNoFramesNoAvi) {
 TEST(AviReader, FramesOfAnotherLayout) {
     MemoryStore shorter(MakeAvi({}, [](RiffBlock& b) { PutFrame(b, kFrame, kFrameBytes - 1, 1); }));
     EXPECT_EQ(AviReader().Open(shorter), AviResult::OtherFrameLayout);
-    // 5 x 3: 22 bytes here, 27 with chroma rounded up.
+    // 5 x 3 has 22 bytes in tight rows, 27 with chroma rounded up, 48 in padded rows.
     const StreamSpec odd = {FourCc('Y', 'V', '1', '2'), 12, 5, 3};
-    MemoryStore exact(MakeAvi(odd, [](RiffBlock& b) { PutFrame(b, kFrame, 22, 1); }));
-    EXPECT_EQ(AviReader().Open(exact), AviResult::Ok);
-    MemoryStore rounded(MakeAvi(odd, [](RiffBlock& b) { PutFrame(b, kFrame, 27, 1); }));
-    EXPECT_EQ(AviReader().Open(rounded), AviResult::OtherFrameLayout);
+    for (const uint32_t length : {21u, 23u, 26u, 28u, 47u, 49u}) {
+        MemoryStore store(MakeAvi(odd, [&](RiffBlock& b) { PutFrame(b, kFrame, length, 1); }));
+        EXPECT_EQ(AviReader().Open(store), AviResult::OtherFrameLayout) << length;
+    }
+    MemoryStore mixed(MakeAvi(odd, [](RiffBlock& b) {
+        PutFrame(b, kFrame, 27, 1);
+        PutFrame(b, kFrame, 48, 1);
+    }));
+    EXPECT_EQ(AviReader().Open(mixed), AviResult::OtherFrameLayout);
 }
 
 // A file that ends anywhere: the frames before are there, and nothing else.
