@@ -16,7 +16,7 @@ done
 
 install_packages "${packages_build[@]}" "${packages_wine32[@]}" \
     g++-multilib g++-mingw-w64-x86-64-posix googletest libbenchmark-dev clang-format \
-    wine64 gstreamer1.0-plugins-good gstreamer1.0-libav qemu-user
+    wine64 gstreamer1.0-plugins-good gstreamer1.0-libav qemu-user ffmpeg
 
 say "Checking the format of the sources"
 (cd "$root" && find . -path ./build -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 |
