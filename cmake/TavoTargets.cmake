@@ -47,6 +47,15 @@ function(tavo_library name)
     target_link_libraries(${name} PUBLIC tavo_options)
 endfunction()
 
+# tavo_module_library(NAME SOURCES...): the same for code that the module consists of. It runs inside
+# other programs, without the C++ runtime: see filter/module_runtime.cpp.
+function(tavo_module_library name)
+    tavo_library(${name} ${ARGN})
+    if(NOT MSVC)
+        target_compile_options(${name} PRIVATE -fno-exceptions)
+    endif()
+endfunction()
+
 # tavo_test(NAME SOURCES... [LIBS libraries...]): a GoogleTest program, run by ctest as one test.
 function(tavo_test name)
     cmake_parse_arguments(arg "" "" "LIBS" ${ARGN})

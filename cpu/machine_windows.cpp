@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include "cpu/machine.h"
+#include "cpu/mutex.h"
 #include "cpu/x86_instructions.h"
 
 namespace tavo {
@@ -63,5 +64,10 @@ constinit WindowsMachine thisMachine;
 }  // namespace
 
 Machine& ThisMachine() { return thisMachine; }
+
+static_assert(sizeof(SRWLOCK) == sizeof(void*));
+
+void Mutex::Lock() { AcquireSRWLockExclusive(reinterpret_cast<SRWLOCK*>(&state_)); }
+void Mutex::Unlock() { ReleaseSRWLockExclusive(reinterpret_cast<SRWLOCK*>(&state_)); }
 
 }  // namespace tavo

@@ -2,8 +2,7 @@
 
 #pragma once
 
-#include <mutex>
-
+#include "cpu/mutex.h"
 #include "cpu/processor_info.h"
 
 namespace tavo {
@@ -12,6 +11,8 @@ namespace tavo {
 // appears only when it is complete. Any thread may call anything.
 class ProcessorRecord {
   public:
+    constexpr ProcessorRecord() = default;
+
     // As the function of that name; `level` is that of this identification, or of the record as it
     // was if there is no cpuid.
     int Identify(Machine& machine, int& level) noexcept;
@@ -19,8 +20,8 @@ class ProcessorRecord {
     ProcessorInfo Copy() const noexcept;
 
   private:
-    std::mutex identification_;
-    mutable std::mutex access_;
+    Mutex identification_;
+    mutable Mutex access_;
     ProcessorInfo info_;
 };
 
