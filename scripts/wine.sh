@@ -6,31 +6,81 @@ set -euo pipefail
 
 root=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 export WINEPREFIX=${WINEPREFIX:-$root/build/wine}
+export WINEARCH=win64 # a prefix for 32-bit and 64-bit programs
 export WINEDEBUG=${WINEDEBUG:--all}
 # A crash must end the program, not wait in a debugger; nothing here needs .NET, a browser or sound.
 export WINEDLLOVERRIDES="winedbg.exe=d;mscoree=d;mshtml=d;winealsa.drv=d;winepulse.drv=d;wineoss.drv=d"
+
+windows=$WINEPREFIX/drive_c/windows
+log=$root/build/logs/wine-prefix.log
+# What .ready says. Another number makes prefixes anew that were made in another way.
+made_by="wine.sh 2"
+
+die() {
+    printf 'error: %s\n' "$*" >&2
+    exit 1
+}
 
 # set_value KEY NAME TEXT: of Wine's own settings.
 set_value() {
     timeout 60 wine reg add "HKCU\\Software\\Wine\\$1" /v "$2" /d "$3" /f >/dev/null 2>&1 9>&- || true
 }
 
-mkdir -p "$WINEPREFIX"
+# Where only 32-bit Wine is installed, prefixes have no place for 64-bit programs, and never get one.
+has_both_bitnesses() {
+    grep -qx '#arch=win64' "$WINEPREFIX/system.reg" 2>/dev/null &&
+        [ -e "$windows/system32/kernel32.dll" ] && [ -e "$windows/syswow64/kernel32.dll" ]
+}
+
+is_ready() {
+    [ "$(cat "$WINEPREFIX/.ready" 2>/dev/null)" = "$made_by" ] && has_both_bitnesses
+}
+
+# A prefix of the caller's own, outside the build folder, is not removed.
+remove_prefix() {
+    case $WINEPREFIX/ in "$root"/build/?*) ;; *) return 0 ;; esac
+    if [ -d "$WINEPREFIX" ]; then
+        timeout 60 wineserver -k 9>&- || true
+        timeout 60 wineserver -w 9>&- || true
+    fi
+    rm -rf --one-file-system "$WINEPREFIX"
+}
+
+make_prefix() {
+    echo "Making a Wine prefix in ${WINEPREFIX#"$root"/}" >&2
+    remove_prefix
+    mkdir -p "$WINEPREFIX" "${log%/*}"
+    timeout 600 wine wineboot --init >"$log" 2>&1 9>&- || true
+    # Without OpenGL for the program's bitness a renderer of Wine's crashes; in software it needs none.
+    set_value 'Direct3D' renderer no3d
+    # Where tests run there is no window manager, and Wine would give it two seconds to take notice of
+    # each window that goes.
+    for program in pages_test property_frame_test; do
+        set_value "AppDefaults\\$program.exe\\X11 Driver" Managed N
+    done
+    # The registry is written when the server ends.
+    timeout 120 wineserver -w 9>&- || true
+    has_both_bitnesses ||
+        die "Wine made no prefix for both 32-bit and 64-bit programs in $WINEPREFIX: are wine32:i386 and wine64 installed? (see build/logs/wine-prefix.log)"
+    echo "$made_by" >"$WINEPREFIX/.ready"
+}
+
+# Wine does not look for Debian's package fonts-wine, whose fonts are as wide as those of Windows.
+copy_fonts() {
+    local fonts=/usr/share/wine/fonts
+    [ -e "$fonts/tahoma.ttf" ] && [ ! -e "$windows/Fonts/tahoma.ttf" ] || return 0
+    mkdir -p "$windows/Fonts"
+    cp "$fonts"/* "$windows/Fonts/"
+}
+
+command -v wine >/dev/null && command -v wineserver >/dev/null ||
+    die "Wine is missing: install the packages wine, wine32:i386 and wine64"
+mkdir -p "$root/build"
 (
     flock 9
-    if [ ! -e "$WINEPREFIX/.ready" ]; then
-        timeout 300 wine wineboot --init >/dev/null 2>&1 9>&-
-        # Without OpenGL for the program's bitness a renderer of Wine's crashes; in software it needs none.
-        set_value 'Direct3D' renderer no3d
-        # Where tests run there is no window manager, and Wine would give it two seconds to take notice of
-        # each window that goes.
-        for program in pages_test property_frame_test; do
-            set_value "AppDefaults\\$program.exe\\X11 Driver" Managed N
-        done
-        timeout 60 wineserver -w 9>&- || true
-        touch "$WINEPREFIX/.ready"
-    fi
-) 9>"$WINEPREFIX/.lock"
+    is_ready || make_prefix
+    copy_fonts
+) 9>"$root/build/wine.lock"
 
 # A server that stays makes the next start quick. Its services must not inherit our output, or whoever
 # reads it waits for them to end.
