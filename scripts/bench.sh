@@ -60,11 +60,11 @@ $(cat "$out/speed.txt")
 PAGE
 }
 
-install_packages cmake ninja-build g++ make binutils g++-multilib pkgconf googletest \
+install_packages cmake ninja-build g++ make binutils g++-multilib pkgconf \
     libyuv-dev libswscale-dev libzimg-dev libopencv-dev ${docs:+librsvg2-bin fonts-dejavu-core}
 
-build native compare
-build native32 bench_worker
+build native -DTAVO_BUILD_BENCH=ON compare
+build native32 -DTAVO_BUILD_BENCH=ON bench_worker
 
 say "Measuring (some minutes)"
 "$root/build/native/bench/compare" --worker32 "$root/build/native32/bench/bench_worker" \

@@ -37,11 +37,13 @@ tile() {
     rm -f "$4.frame.png"
 }
 
-install_packages "${packages_build[@]}" "${packages_wine32[@]}" ffmpeg imagemagick fonts-dejavu-core
+install_packages "${packages_build[@]}" "${packages_wine[@]}" ffmpeg imagemagick fonts-dejavu-core
 
 choose_clip "$@"
 
 build win32 TavoResample vantrel
+
+prepare_wine
 
 say "Registering the filter"
 (cd "$bin" && "$root/scripts/wine.sh" 'C:\windows\syswow64\regsvr32.exe' /s TavoResample.ax) ||
@@ -54,6 +56,7 @@ height=$((source_height * 2 / 3 / 2 * 2))
 seconds=$(ffprobe -v error -show_entries format=duration -of csv=p=0 "$clip" || echo 0)
 moment=$(awk -v s="$seconds" 'BEGIN { printf "%.2f", (s > 0 ? s / 3 : 0) }')
 
+rm -f "$out"/{nearest,bilinear}.avi "$out"/{source,nearest,bilinear,side_by_side}.png
 resize "Nearest Neighbor" "$out/nearest.avi"
 resize "Bi-Linear" "$out/bilinear.avi"
 
@@ -73,3 +76,4 @@ say "Made"
 for file in nearest.avi bilinear.avi side_by_side.png; do
     printf '  %-60s %s\n' "build/demo/$file" "$(du -h "$out/$file" | cut -f1)"
 done
+echo "Look at build/demo/side_by_side.png: the source and both results side by side."

@@ -10,17 +10,16 @@ bin=${TAVO_BIN:-$root/build/win32/bin}
 mkdir -p "$out"
 
 if [ -z "${TAVO_IN_DISPLAY:-}" ]; then
-    install_packages "${packages_build[@]}" "${packages_wine32[@]}" imagemagick xdotool
+    install_packages "${packages_build[@]}" "${packages_wine[@]}" "${packages_display[@]}" imagemagick xdotool
     [ -n "${TAVO_BIN:-}" ] || build win32 TavoResample vantrel
     TAVO_IN_DISPLAY=1 exec xvfb-run -a -s "-screen 0 1800x1000x24" "$0" "$@"
 fi
 
-# prepare DPI: a Wine prefix of that resolution, with the fonts that Windows has.
+# prepare DPI: a Wine prefix of that resolution.
 prepare() {
     export WINEPREFIX=$out/wine-$1
     "$root/scripts/wine.sh" reg add 'HKCU\Control Panel\Desktop' \
         /v LogPixels /t REG_DWORD /d "$1" /f >/dev/null 2>&1 || die "cannot set $1 dpi"
-    cp "$out"/fonts/usr/share/wine/fonts/* "$WINEPREFIX/drive_c/windows/Fonts/"
     wineserver -k || true
     wineserver -w || true
 }
@@ -57,7 +56,6 @@ take() {
 }
 
 choose_clip "$@"
-[ -d "$out/fonts" ] || unpack_package fonts-wine "$out/fonts"
 take 96 ""
 take 144 -144
 for picture in page-resample page-regulator page-resample-144 page-regulator-144 pages-live; do

@@ -1,11 +1,18 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds everything, and runs all tests: natively in 64 and 32 bits, under
 # the sanitizers, and under Wine in both bitnesses.
-# Usage: scripts/test.sh [PRESET...]    (native native32 asan win32 win64; all of them by default)
+# Usage: scripts/test.sh [PRESET...] [-- ARGUMENT...]
+#   PRESET      native native32 asan win32 win64; all of them by default
+#   ARGUMENT    for ctest, for instance -R module_test
 
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-presets=("$@")
+presets=()
+while [ $# -gt 0 ] && [ "$1" != -- ]; do
+    presets+=("$1")
+    shift
+done
+[ $# -eq 0 ] || shift
 [ ${#presets[@]} -gt 0 ] || presets=(native native32 asan win32 win64)
 for preset in "${presets[@]}"; do
     case $preset in
@@ -14,9 +21,9 @@ for preset in "${presets[@]}"; do
     esac
 done
 
-install_packages "${packages_build[@]}" "${packages_wine32[@]}" \
-    g++-multilib g++-mingw-w64-x86-64-posix googletest libbenchmark-dev clang-format \
-    wine64 gstreamer1.0-plugins-good gstreamer1.0-libav qemu-user ffmpeg
+install_packages "${packages_build[@]}" "${packages_wine[@]}" "${packages_display[@]}" \
+    g++ g++-multilib g++-mingw-w64-x86-64-posix googletest libbenchmark-dev clang-format \
+    gstreamer1.0-plugins-good gstreamer1.0-libav qemu-user ffmpeg
 
 say "Checking the format of the sources"
 (cd "$root" && find . -path ./build -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 |
@@ -25,11 +32,12 @@ say "Checking the format of the sources"
 
 failed=()
 for preset in "${presets[@]}"; do
-    build "$preset"
+    build "$preset" -DTAVO_BUILD_TESTS=ON -DTAVO_BUILD_BENCH=ON
+    case $preset in win*) prepare_wine ;; esac
     say "Testing $preset"
     runner=()
     case $preset in win*) runner=(xvfb-run -a) ;; esac
-    (cd "$root" && "${runner[@]}" ctest --preset "$preset") || failed+=("$preset")
+    (cd "$root" && "${runner[@]}" ctest --preset "$preset" "$@") || failed+=("$preset")
 done
 
 say "Result"
