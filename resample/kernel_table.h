@@ -66,8 +66,8 @@ enum KernelSlot : int32_t {
 };
 static_assert(SlotBilinearSse == kKernelSlots - 1);
 
-// One entry of the table: rows 0 to 2 hold copies, all other rows scalers. Null where no kernel
-// exists yet.
+// One entry of the table: rows 0 to 2 hold copies, all other rows scalers. Null in the slots
+// that the first fill sets.
 union KernelEntry {
     ScaleKernel scale;
     CopyKernel copy;

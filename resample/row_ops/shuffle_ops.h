@@ -52,7 +52,7 @@ struct ShuffleOps {
     }
 
     // 16-bit lanes; weight16 is the weight times 16, so that the high half of the product is the
-    // blend (row_ops_mmx.cpp has the proof).
+    // blend (mmx_registers.h has the proof).
     template <typename Rounding>
     static Reg BlendLanes(Reg a, Reg b, Reg weight16) {
         if constexpr (SumBias<Rounding>::kValue == 0) {

@@ -39,8 +39,7 @@ std::vector<BackendTasks> PlanTasks(const ScaleRow& row, const std::string& filt
 }
 
 // What a kernel that may not read something is given instead.
-CallStyle StyleOf(const ScaleRow& row, const ExpectedKernel& kernel, const Sizes& sizes,
-                  unsigned turn) {
+CallStyle StyleOf(const ScaleRow& row, const Sizes& sizes, unsigned turn) {
     CallStyle style{sizes.srcHeight, true, true, turn * 4 % 16};
     if (turn / 2 % 2 == 1) style.srcHeight = -sizes.srcHeight;
     const bool plain = turn % 2 == 0;
@@ -51,8 +50,7 @@ CallStyle StyleOf(const ScaleRow& row, const ExpectedKernel& kernel, const Sizes
         case Axis::H640:
         case Axis::H720: style.withXMap = plain; [[fallthrough]];
         case Axis::Horizontal:
-            // The careful path of this one takes its source rows from the vertical map.
-            style.withYMap = plain || kernel.name == std::string("ScaleBilinearH_Planar_MMX");
+            style.withYMap = plain;
             if (!plain) style.srcHeight = turn / 2 % 2 == 1 ? INT_MIN : 0;
             break;
     }
@@ -103,7 +101,7 @@ class CaseRun {
             return;
         }
         for (int sign : {1, -1}) {
-            CallStyle style = StyleOf(row_, *task.expected, plan_.sizes, turn_++);
+            CallStyle style = StyleOf(row_, plan_.sizes, turn_++);
             if (pitch_ != 0) style.withXMap = true;
             const std::string where = Where(sign, style);
             test::SetCurrentTrial((task.label + ": " + where).c_str());
