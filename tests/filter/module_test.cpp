@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "tests/filter/support/filter_rig.h"
-#include "tests/filter/support/this_version.h"
 #include "tests/support/graph.h"
 
 using namespace tavo_test;
@@ -66,12 +65,12 @@ TEST_F(ModuleTest, DescribesItselfInAVersionResource) {
 }
 
 TEST_F(ModuleTest, HasTheClassesOfItsTable) {
-    for (const auto& [clsid, exists] : std::initializer_list<std::pair<CLSID, bool>>{
-             {CLSID_VantrelFilter, true},
-             {CLSID_ResamplePropertyPage, kHasPropertyPages},
-             {CLSID_TimeRegulatorPropertyPage, kHasPropertyPages},
-             {IID_IVantrelSettings, false},
-             {CLSID_NULL, false}}) {
+    for (const auto& [clsid, exists] :
+         std::initializer_list<std::pair<CLSID, bool>>{{CLSID_VantrelFilter, true},
+                                                       {CLSID_ResamplePropertyPage, true},
+                                                       {CLSID_TimeRegulatorPropertyPage, true},
+                                                       {IID_IVantrelSettings, false},
+                                                       {CLSID_NULL, false}}) {
         for (const IID& iid : {IID_IClassFactory, IID_IUnknown}) {
             void* factory = &factory;
             EXPECT_EQ(TheModule().GetClassObject(clsid, iid, &factory),
