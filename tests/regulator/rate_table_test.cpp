@@ -4,6 +4,7 @@
 
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <set>
 #include <sstream>
 #include <utility>
@@ -47,6 +48,26 @@ Counts Count(const std::vector<Outcome>& outcomes) {
     return counts;
 }
 
+std::vector<Step> ExactSteps(const CommonRate& in) {
+    return RegularSteps(in.rate, in.scale, kSamples);
+}
+
+// As many splitters stamp frames: each lasts as long as the one before, rounded down, and so may
+// end a unit before the next one starts.
+std::vector<Step> StepsOfOneLength(const CommonRate& in) {
+    std::vector<Step> steps = ExactSteps(in);
+    const int64_t duration = 10'000'000 * in.scale / in.rate;
+    for (Step& step : steps) step.sample.stop = *step.sample.start + duration;
+    return steps;
+}
+
+std::string Cell(const std::vector<Outcome>& outcomes) {
+    const Counts counts = Count(outcomes);
+    std::ostringstream cell;
+    cell << counts.out << " / " << counts.repeated << " / " << counts.dropped;
+    return cell.str();
+}
+
 std::string Table() {
     std::ostringstream table;
     table << "| in \\ out |";
@@ -57,10 +78,7 @@ std::string Table() {
     for (const CommonRate& in : kRates) {
         table << "| **" << in.name << "** |";
         for (const CommonRate& out : kRates) {
-            const Counts counts = Count(RunFilter(
-                {.rate = out.setting, .steps = RegularSteps(in.rate, in.scale, kSamples)}));
-            table << " " << counts.out << " / " << counts.repeated << " / " << counts.dropped
-                  << " |";
+            table << " " << Cell(RunFilter({.rate = out.setting, .steps = ExactSteps(in)})) << " |";
         }
         table << "\n";
     }
@@ -75,6 +93,22 @@ TEST_F(RateTableTest, StandsInTheDocumentation) {
     const std::string text(std::istreambuf_iterator<char>(file), {});
     const std::string table = Table();
     EXPECT_NE(text.find(table), std::string::npos) << "it should hold this table:\n" << table;
+}
+
+TEST_F(RateTableTest, DiffersInTwoCellsForSamplesOfOneLength) {
+    std::map<std::string, std::string> others;
+    for (const CommonRate& in : kRates) {
+        for (const CommonRate& out : kRates) {
+            const Scenario ofOneLength = {.rate = out.setting, .steps = StepsOfOneLength(in)};
+            const std::string cell = Cell(RunModel(ofOneLength));
+            if (cell == Cell(RunModel({.rate = out.setting, .steps = ExactSteps(in)}))) continue;
+            EXPECT_EQ(Cell(RunFilter(ofOneLength)), cell);
+            others[std::string(in.name) + " to " + out.name] = cell;
+        }
+    }
+    const std::map<std::string, std::string> wanted = {{"60 to 24", "40 / 1 / 61"},
+                                                       {"60 to 30", "50 / 2 / 52"}};
+    EXPECT_EQ(others, wanted);
 }
 
 TEST_F(RateTableTest, TheStartOfARateIntoItself) {
