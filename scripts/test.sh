@@ -33,10 +33,14 @@ say "Checking the format of the sources"
 failed=()
 for preset in "${presets[@]}"; do
     build "$preset" -DTAVO_BUILD_TESTS=ON -DTAVO_BUILD_BENCH=ON
-    case $preset in win*) prepare_wine ;; esac
     say "Testing $preset"
     runner=()
-    case $preset in win*) runner=(xvfb-run -a) ;; esac
+    case $preset in
+        win*)
+            runner=(xvfb-run -a)
+            "${runner[@]}" "$root/scripts/wine.sh" cmd /c exit || die "Wine does not start"
+            ;;
+    esac
     (cd "$root" && "${runner[@]}" ctest --preset "$preset" "$@") || failed+=("$preset")
 done
 

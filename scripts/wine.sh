@@ -73,6 +73,20 @@ copy_fonts() {
     cp "$fonts"/* "$windows/Fonts/"
 }
 
+# Where the first program of a server has no display, no other one's windows ever appear. So such a
+# server does not stay, and who has a display waits for it to end.
+choose_server() {
+    local blind=$WINEPREFIX/.blind
+    if [ -n "${DISPLAY:-}" ]; then
+        [ ! -e "$blind" ] || ! timeout 60 wineserver -w 9>&- || rm -f "$blind"
+        # A server that stays makes the next start quick. Its services must not inherit our output, or
+        # whoever reads it waits for them to end.
+        wineserver -p60 >/dev/null 2>&1 9>&- || true
+    elif ! wineserver -k0 2>/dev/null 9>&-; then
+        touch "$blind"
+    fi
+}
+
 command -v wine >/dev/null && command -v wineserver >/dev/null ||
     die "Wine is missing: install the packages wine, wine32:i386 and wine64"
 mkdir -p "$root/build"
@@ -80,11 +94,9 @@ mkdir -p "$root/build"
     flock 9
     is_ready || make_prefix
     copy_fonts
+    choose_server
 ) 9>"$root/build/wine.lock"
 
-# A server that stays makes the next start quick. Its services must not inherit our output, or whoever
-# reads it waits for them to end.
-wineserver -p60 >/dev/null 2>&1 || true
 timeout 60 wine cmd /c exit >/dev/null 2>&1 </dev/null || true
 run=(timeout --kill-after=10 "${WINE_TIME_LIMIT:-1800}" wine "$@")
 [ ! -t 1 ] || exec "${run[@]}"
