@@ -125,6 +125,7 @@ prepare_wine() {
 unpack_package() {
     local download log=$logs/$1.log
     download=$(mktemp -d)
+    mkdir -p "$2"
     : >"$log"
     (
         chmod 755 "$download" && cd "$download" &&
