@@ -106,11 +106,12 @@ build() {
             *) targets+=("$argument") ;;
         esac
     done
+    [ ${#targets[@]} -eq 0 ] || targets=(--target "${targets[@]}")
     say "Building $preset"
     : >"$log"
     (cd "$root" && cmake --preset "$preset" "${settings[@]}" &&
-        NINJA_STATUS='[%f/%t] ' cmake --build --preset "$preset" \
-            ${targets[*]:+--target "${targets[@]}"}) 2>&1 | show_progress "$log" ||
+        NINJA_STATUS='[%f/%t] ' cmake --build --preset "$preset" "${targets[@]}") 2>&1 |
+        show_progress "$log" ||
         die "the build of $preset failed: $(grep -m1 -E 'error|Error' "$log" || echo) (build/logs/build-$preset.log)"
     tail -n 1 "$log"
 }
@@ -132,7 +133,10 @@ unpack_package() {
             { apt-get -o APT::Status-Fd=1 download "$1" ||
                 { apt_get update && apt-get -o APT::Status-Fd=1 download "$1"; }; } &&
             dpkg-deb -x "$1"_*.deb "$2"
-    ) 2>&1 | show_progress "$log" || die "cannot fetch the package $1 (build/logs/$1.log)"
+    ) 2>&1 | show_progress "$log" || {
+        rm -rf "$download"
+        die "cannot fetch the package $1 (build/logs/$1.log)"
+    }
     rm -rf "$download"
 }
 
