@@ -9,6 +9,8 @@
 
 #include <vector>
 
+#include "tests/filter/support/module_imports.h"
+
 namespace tavo_test {
 
 struct TimerCall {
@@ -33,6 +35,7 @@ class TimerCalls {
 
     static TimerCalls* current;
     std::vector<TimerCall> seen_;
+    const ImportPatch patch_;
 };
 
 }  // namespace tavo_test
