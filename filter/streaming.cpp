@@ -49,12 +49,13 @@ HRESULT CVantrelFilter::StopStreaming() {
 
 // Comes while another thread may be inside Receive: the regulator's state is reset by that thread,
 // before its next sample. Also while the regulator is off: switched on again, it must not go on
-// with slots from before the flush.
+// with slots from before the flush. A stopped filter reads no time: it has no clock, and the next
+// start reads it anyway.
 HRESULT CVantrelFilter::BeginFlush() {
     const HRESULT begun = CTransformFilter::BeginFlush();
     if (FAILED(begun)) return begun;
     generatedFrames_ = 0;
-    if (IsRegulatorOn()) {
+    if (IsRegulatorOn() && !IsStopped()) {
         ReadStreamBaseTime();
     } else {
         ForgetStreamBaseTime();
