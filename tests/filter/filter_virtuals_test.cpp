@@ -1,8 +1,5 @@
 // What the overridden members of the filter answer, where a base class would hide it from clients.
-#include "filter/video_regulator.h"
-
-#include "tests/filter/support/filter_rig.h"
-#include "tests/filter/support/pictures.h"
+#include "tests/filter/support/inside_filter.h"
 
 using namespace tavo_test;
 
@@ -13,30 +10,7 @@ int g_cTemplates = 1;
 
 namespace {
 
-class FilterVirtualsTest : public FilterTest {
-  protected:
-    FilterVirtualsTest() {
-        HRESULT result = S_OK;
-        CUnknown* const made = CVantrelFilter::CreateInstance(nullptr, &result);
-        EXPECT_EQ(result, S_OK);
-        made->NonDelegatingAddRef();
-        inside = static_cast<CVantrelFilter*>(made);
-        owner = ComPtr<IBaseFilter>::Adopt(static_cast<IBaseFilter*>(inside));
-    }
-
-    void TearDown() override {
-        owner.Reset();
-        EXPECT_EQ(CBaseObject::ObjectsActive(), 0);
-        FilterTest::TearDown();
-    }
-
-    static CMediaType TypeFor(const char* name, int width = 64, int height = 48) {
-        return CMediaType(*TypeOf(Format(name), width, height).Get());
-    }
-
-    CVantrelFilter* inside = nullptr;
-    ComPtr<IBaseFilter> owner;
-};
+using FilterVirtualsTest = InsideFilterTest;
 
 TEST_F(FilterVirtualsTest, AnInputTypeThatFailsTheTestIsNotAccepted) {
     const CMediaType good = TypeFor("YV12");

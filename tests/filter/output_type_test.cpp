@@ -126,6 +126,32 @@ TEST_F(OutputTypeTest, TheBufferFollowsTheDepthThatTheTypeStates) {
     EXPECT_EQ(rig.sink->pin().ownAllocator()->asked().cbBuffer, 64 * 48 * 2);
 }
 
+// The offer is made of what was set last, by whichever pin.
+TEST_F(OutputTypeTest, TheOfferedDepthIsThatOfTheTypeSetLast) {
+    VideoSpec spec = SpecOf(Format("YV12"), 64, 48);
+    const MediaType plain = MakeVideoType(spec);
+    spec.bitCount = 16;
+    spec.sizeImage = 64 * 48 * 2;
+    const MediaType deep = MakeVideoType(spec);
+    const auto offeredDepth = [](const FilterRig& rig) {
+        return int{rig.OfferedTypes().at(0).Bitmap()->biBitCount};
+    };
+    FilterRig rig;
+    ASSERT_EQ(rig.ConnectInput(plain), S_OK);
+    EXPECT_EQ(offeredDepth(rig), 12);
+    ASSERT_EQ(rig.ConnectOutput(&deep), S_OK);
+    EXPECT_EQ(offeredDepth(rig), 16) << "the output came last";
+    rig.DisconnectInput();
+    ASSERT_EQ(rig.ConnectInput(plain), S_OK);
+    EXPECT_EQ(offeredDepth(rig), 12) << "now the input did";
+    rig.DisconnectOutput();
+    rig.DisconnectInput();
+    ASSERT_EQ(rig.ConnectInput(deep), S_OK);
+    EXPECT_EQ(offeredDepth(rig), 16);
+    ASSERT_EQ(rig.ConnectOutput(&plain), S_OK);
+    EXPECT_EQ(offeredDepth(rig), 12);
+}
+
 TEST_F(OutputTypeTest, WhatTheAllocatorGrantsIsNotLookedAt) {
     FilterRig rig({.allocator = SinkAllocator::kOwn, .ownAllocator = {.count = 7, .size = 10}});
     EXPECT_EQ(rig.Connect(TypeOf(Format("YV12"), 64, 48)), S_OK);
@@ -220,6 +246,26 @@ TEST_F(OutputTypeTest, AnUnknownSubtypeCanConnectUnderFormat11) {
     ASSERT_EQ(rig.Connect(type), S_OK);
     ASSERT_EQ(rig.Start(), S_OK);
     EXPECT_EQ(rig.Deliver(std::vector<BYTE>(64 * 48 * 4)), E_FAIL);
+    EXPECT_TRUE(rig.samples().empty());
+}
+
+// Of its fields the filter understands none: those of the type before it stay.
+TEST_F(OutputTypeTest, AnUnknownSubtypeAfterAKnownOneLeavesSizeAndDepth) {
+    FilterRig rig;
+    rig.settings->SetOutputFormat(11);
+    ASSERT_EQ(rig.ConnectInput(TypeOf(Format("YV12"), 64, 48)), S_OK);
+    rig.DisconnectInput();
+    const MediaType unknown =
+        MakeVideoType({.subtype = MEDIASUBTYPE_RGB32, .width = 320, .height = 240});
+    rig.settings->SetOutputSize(0, 0);
+    ASSERT_EQ(rig.ConnectInput(unknown), S_OK);
+    EXPECT_EQ(rig.OutputSize(), std::pair(0, 0)) << "its size is not taken";
+    const RECT offered = rig.OfferedTypes().at(0).Video()->rcTarget;
+    EXPECT_EQ(offered.right, 64) << "the source is still as large as it was";
+    EXPECT_EQ(offered.bottom, 48);
+    ASSERT_EQ(rig.ConnectOutput(), S_OK);
+    ASSERT_EQ(rig.Start(), S_OK);
+    EXPECT_EQ(rig.Deliver(SampleSpec{}), E_FAIL) << "and its frames are not taken for YV12";
     EXPECT_TRUE(rig.samples().empty());
 }
 

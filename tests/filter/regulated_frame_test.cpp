@@ -200,6 +200,41 @@ TEST_F(RegulatedFrameTest, APauseKeepsTheSlots) {
     EXPECT_EQ(rig.Slots(), (Slots{{1, 0, 40}, {2, 40, 80}}));
 }
 
+// A sample that counts what it is asked.
+class AskedSample final : public TestSample {
+  public:
+    using TestSample::TestSample;
+    STDMETHODIMP IsSyncPoint() override {
+        asked += "sync ";
+        return TestSample::IsSyncPoint();
+    }
+    STDMETHODIMP IsPreroll() override {
+        asked += "preroll ";
+        return TestSample::IsPreroll();
+    }
+    STDMETHODIMP IsDiscontinuity() override {
+        asked += "discontinuity ";
+        return TestSample::IsDiscontinuity();
+    }
+    std::string asked;
+};
+
+TEST_F(RegulatedFrameTest, EverySampleIsAskedForItsFlagsOnce) {
+    RegulatedRig rig(50.0);
+    const SampleConfig config = {.size = static_cast<long>(RuleFrameBytes(format_, 16, 8))};
+    auto* const sample = new AskedSample(config);
+    sample->Revive();
+    const auto owner = ComPtr<TestSample>::Adopt(sample);
+    // Three slots, then none.
+    for (const HRESULT result : {S_OK, S_FALSE}) {
+        sample->asked.clear();
+        sample->SetTimes(0, 80 * kMillisecond);
+        EXPECT_EQ(rig.source->pin().Deliver(sample), result);
+        EXPECT_EQ(sample->asked, "sync preroll discontinuity ");
+    }
+    EXPECT_EQ(rig.samples().size(), 3u);
+}
+
 TEST_F(RegulatedFrameTest, AFailingSinkDoesNotEndTheSlots) {
     RegulatedRig rig(25.0);
     rig.sink->pin().calls().Inject("Receive", E_FAIL, 2, 1);

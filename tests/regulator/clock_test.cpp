@@ -77,6 +77,32 @@ TEST_F(RegulatorClockTest, AFlushReadsTheClockAgain) {
     }
 }
 
+// When the flush begins, not when the next sample comes.
+TEST_F(RegulatorClockTest, TheTimeCountsFromTheBeginningOfTheFlush) {
+    HandClock clock;
+    clock.now = 5000 * kMs;
+    {
+        FilterRig rig;
+        rig.settings->SetFrameRate(25.0);
+        ASSERT_EQ(rig.Connect(ScenarioType()), S_OK);
+        ASSERT_EQ(rig.filter->SetSyncSource(&clock), S_OK);
+        ASSERT_EQ(rig.Start(), S_OK);
+        clock.now = 7000 * kMs;
+        EXPECT_EQ(rig.source->pin().SendBeginFlush(), S_OK);
+        clock.now = 7030 * kMs;
+        EXPECT_EQ(rig.source->pin().SendEndFlush(), S_OK);
+        clock.now = 7090 * kMs;
+        EXPECT_EQ(rig.Deliver(SpecOf({.picture = 1})), S_OK);
+        const std::vector<ReceivedSample> samples = rig.samples();
+        ASSERT_EQ(samples.size(), 2u) << "90 ms hold two slots of 40";
+        EXPECT_EQ(samples[0].start, 0);
+        EXPECT_EQ(samples[1].stop, 80 * kMs);
+        rig.Stop();
+        ASSERT_EQ(rig.filter->SetSyncSource(nullptr), S_OK);
+    }
+    EXPECT_EQ(clock.references, 1);
+}
+
 TEST_F(RegulatorClockTest, AClockThatFailsStopsTheSlotsAndNothingElse) {
     HandClock clock;
     clock.now = 5000 * kMs;
