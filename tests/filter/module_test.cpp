@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "tests/filter/support/filter_rig.h"
+#include "tests/filter/support/module_imports.h"
 #include "tests/support/graph.h"
 
 using namespace tavo_test;
@@ -188,6 +189,16 @@ TEST_F(ModuleTest, AnAggregatedFilterStreams) {
         EXPECT_EQ(rig.samples().size(), 1u);
     }
     EXPECT_EQ(outer.references, 1);
+}
+
+// What compilers' run times take at every load: a host that loads the module often runs out of it.
+TEST_F(ModuleTest, TakesNothingThatItCannotGiveBack) {
+    const HMODULE module = TheModule().handle();
+    for (const char* function :
+         {"TlsAlloc", "FlsAlloc", "AddVectoredExceptionHandler", "HeapCreate", "DuplicateHandle"}) {
+        EXPECT_EQ(FindImport(module, "kernel32.dll", function), nullptr) << function;
+    }
+    EXPECT_NE(FindImport(module, "kernel32.dll", "CreateEventW"), nullptr) << "those it can";
 }
 
 // A copy of the module, so that the last FreeLibrary is really the last.
