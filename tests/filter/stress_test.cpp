@@ -10,18 +10,19 @@
 #include "tests/filter/support/filter_rig.h"
 #include "tests/filter/support/pictures.h"
 #include "tests/support/graph.h"
+#include "tests/support/handles.h"
 
 using namespace tavo_test;
 
 namespace {
 
 struct Usage {
-    DWORD handles = 0;
+    int handles = 0;
     SIZE_T memory = 0;
 
     static Usage Now() {
         Usage usage;
-        GetProcessHandleCount(GetCurrentProcess(), &usage.handles);
+        usage.handles = HandlesInUse();
         PROCESS_MEMORY_COUNTERS counters = {};
         GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
         usage.memory = counters.PagefileUsage;
@@ -60,8 +61,8 @@ class StressTest : public FilterTest {
         } while (grown >= done * kBytesARound && done < 20 * rounds);
         EXPECT_LT(grown, done * kBytesARound);
         EXPECT_LE(after.handles, before.handles + 4) << "a handle a round would be " << done;
-        std::printf("  %d rounds: %lld bytes more, %ld handles more\n", done, grown,
-                    static_cast<long>(after.handles) - static_cast<long>(before.handles));
+        std::printf("  %d rounds: %lld bytes more, %d handles more\n", done, grown,
+                    after.handles - before.handles);
     }
 };
 

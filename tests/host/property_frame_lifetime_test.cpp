@@ -1,6 +1,7 @@
 // How the property frame is opened and closed, and what is left then. Needs a display.
 #include "tests/host/property_frame_rig.h"
 #include "tests/pages/support/message_boxes.h"
+#include "tests/support/handles.h"
 
 using namespace tavo_test;
 
@@ -83,21 +84,19 @@ TEST_F(PropertyFrameTest, ManyRoundsLeaveNothing) {
     const ComPtr<IBaseFilter> filter = CreateFilter();
     const ULONG references = RefCount(filter.Get());
     int windows = 0;
-    DWORD handles = 0;
+    int handles = 0;
     for (int i = 0; i < 12 && !HasFatalFailure(); ++i) {
         if (i == 4) {
             windows = OwnWindows();
-            GetProcessHandleCount(GetCurrentProcess(), &handles);
+            handles = HandlesInUse();
         }
         Open(kBoth, filter.Get());
         if (i % 2) ChooseTab(1);
         if (i % 3 == 0) Click(Button(IDOK));
         frame_.Close();
     }
-    DWORD handlesNow = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &handlesNow);
     EXPECT_EQ(OwnWindows(), windows);
-    EXPECT_EQ(handlesNow, handles);
+    EXPECT_EQ(HandlesInUse(), handles);
     EXPECT_EQ(RefCount(filter.Get()), references);
 }
 

@@ -4,6 +4,7 @@
 
 #include "pages/resource_ids.h"
 #include "tests/pages/support/page_frame.h"
+#include "tests/support/handles.h"
 
 using namespace tavo_test;
 
@@ -192,12 +193,6 @@ int FreeGdiObjects() {
     return static_cast<int>(made.size());
 }
 
-DWORD Handles() {
-    DWORD count = 0;
-    GetProcessHandleCount(GetCurrentProcess(), &count);
-    return count;
-}
-
 TEST_F(PageLifetime, FiveHundredRoundsLeaveNothing) {
     constexpr int kRounds = 500;
     const ComPtr<IBaseFilter> filter = CreateFilter();
@@ -223,14 +218,14 @@ TEST_F(PageLifetime, FiveHundredRoundsLeaveNothing) {
     for (int i = 0; i < 4; ++i) round(i, i < 2);
     const int windows = OwnWindows();
     const int gdiObjects = FreeGdiObjects();
-    const DWORD handles = Handles();
+    const int handles = HandlesInUse();
     ASSERT_GT(gdiObjects, 1000);
     for (int i = 0; i < kRounds && !HasFatalFailure(); ++i) {
         round(i, i % 10 > 7);
     }
     EXPECT_EQ(OwnWindows(), windows);
     EXPECT_EQ(FreeGdiObjects(), gdiObjects);
-    EXPECT_EQ(Handles(), handles);
+    EXPECT_EQ(HandlesInUse(), handles);
     EXPECT_EQ(RefCount(filter.Get()), references);
     MSG message;
     Sleep(1100);

@@ -8,6 +8,7 @@
 #include <thread>
 
 #include "tests/support/graph.h"
+#include "tests/support/handles.h"
 #include "tests/support/live_objects.h"
 #include "tests/support/task_memory.h"
 #include "tests/support/test_sink.h"
@@ -121,6 +122,19 @@ TEST_F(Support, GuardPagesEndTheBuffer) {
     EXPECT_TRUE(after.Intact());
     before.data()[100] = 1;
     EXPECT_FALSE(before.Intact());
+}
+
+TEST_F(Support, HandlesAreCounted) {
+    const int before = HandlesInUse();
+    EXPECT_EQ(HandlesInUse(), before);
+    HANDLE made[7] = {};
+    for (HANDLE& handle : made) handle = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    EXPECT_EQ(HandlesInUse(), before + 7);
+    CloseHandle(made[2]);
+    CloseHandle(made[4]);
+    EXPECT_EQ(HandlesInUse(), before + 5) << "gaps do not count";
+    for (const int i : {0, 1, 3, 5, 6}) CloseHandle(made[i]);
+    EXPECT_EQ(HandlesInUse(), before);
 }
 
 TEST_F(Support, TaskMemoryIsCountedAndRefused) {
