@@ -178,6 +178,40 @@ TEST_F(PageLifetime, Aggregation) {
     }
 }
 
+// What the dialogs of this thread answer to WM_INITDIALOG, for as long as it lives; one at a time.
+class InitAnswers {
+  public:
+    InitAnswers()
+        : hook_(SetWindowsHookExW(WH_CALLWNDPROCRET, Note, nullptr, GetCurrentThreadId())) {
+        seen.clear();
+    }
+    ~InitAnswers() { UnhookWindowsHookEx(hook_); }
+    InitAnswers(const InitAnswers&) = delete;
+    InitAnswers& operator=(const InitAnswers&) = delete;
+
+    static inline std::vector<LRESULT> seen;
+
+  private:
+    static LRESULT CALLBACK Note(int code, WPARAM wParam, LPARAM lParam) {
+        const auto& message = *reinterpret_cast<const CWPRETSTRUCT*>(lParam);
+        if (code == HC_ACTION && message.message == WM_INITDIALOG) seen.push_back(message.lResult);
+        return CallNextHookEx(nullptr, code, wParam, lParam);
+    }
+
+    const HHOOK hook_;
+};
+
+TEST_F(PageLifetime, TheSystemSetsTheFocusOfANewDialog) {
+    FakeSettings settings;
+    for (const CLSID& clsid : kPages) {
+        PageFrame frame(clsid);
+        ASSERT_EQ(frame.Connect(&settings), S_OK);
+        const InitAnswers answers;
+        ASSERT_EQ(frame.Open(), S_OK);
+        EXPECT_EQ(answers.seen, std::vector<LRESULT>{TRUE});
+    }
+}
+
 // How many GDI objects this process may still make. Counts what is left behind, wherever that is.
 int FreeGdiObjects() {
     constexpr size_t kMany = 70000;

@@ -1,5 +1,6 @@
 // Applying the resampling page, and its figures. Needs a display.
 #include "pages/resource_ids.h"
+#include "tests/filter/support/module_imports.h"
 #include "tests/pages/support/message_boxes.h"
 #include "tests/pages/support/resample_page.h"
 
@@ -29,6 +30,33 @@ TEST_F(ResamplePage, ARefusalShowsOneBoxAndLeavesThePageClean) {
     EXPECT_EQ(box.caption, L"Error");
     EXPECT_EQ(box.owner, nullptr);
     EXPECT_EQ(box.buttons.size(), 1u);
+    EXPECT_EQ(box.icon, nullptr);
+}
+
+struct BoxCall {
+    HWND owner;
+    std::wstring text;
+    std::wstring caption;
+    UINT style;
+    bool operator==(const BoxCall&) const = default;
+};
+std::vector<BoxCall> boxCalls;
+
+int WINAPI NoteBox(HWND owner, const wchar_t* text, const wchar_t* caption, UINT style) {
+    boxCalls.push_back({owner, text, caption, style});
+    return IDOK;
+}
+
+TEST_F(ResamplePage, TheBoxIsAPlainOne) {
+    OpenClean();
+    boxCalls.clear();
+    const ImportPatch patch(TheModule().handle(), "user32.dll", "MessageBoxW",
+                            reinterpret_cast<ULONG_PTR>(NoteBox));
+    settings_.applyResult = 0;
+    Type(frame_->Control(IDC_WIDTH), "64");
+    EXPECT_EQ(frame_->Apply(), S_OK);
+    ASSERT_EQ(boxCalls.size(), 1u);
+    EXPECT_EQ(boxCalls[0], (BoxCall{nullptr, L"Graph Refresh Fail.", L"Error", MB_OK}));
 }
 
 TEST_F(ResamplePage, NoBoxUnlessTheResultIsZero) {

@@ -198,6 +198,7 @@ TEST_F(TimeRegulatorPage, ARefusalShowsOneBoxAndLeavesThePageClean) {
     EXPECT_EQ(boxes.seen()[0].caption, L"Error");
     EXPECT_EQ(boxes.seen()[0].owner, nullptr);
     EXPECT_EQ(boxes.seen()[0].buttons.size(), 1u);
+    EXPECT_EQ(boxes.seen()[0].icon, nullptr);
     settings_.applyResult = 1;
     Type(frame_->Control(IDC_FRAME_RATE), "6");
     EXPECT_EQ(AppliedRate(), 6.0);

@@ -23,7 +23,12 @@ BOOL CALLBACK ReadChild(HWND child, LPARAM target) {
     auto& box = *reinterpret_cast<SeenBox*>(target);
     if (!IsWindowVisible(child)) return TRUE;
     if (ClassOf(child) == L"Button") box.buttons.push_back(GetDlgCtrlID(child));
-    if (ClassOf(child) == L"Static") box.text += TextOf(child);
+    if (ClassOf(child) != L"Static") return TRUE;
+    if ((GetWindowLongW(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON) {
+        box.icon = reinterpret_cast<HICON>(SendMessageW(child, STM_GETICON, 0, 0));
+    } else {
+        box.text += TextOf(child);
+    }
     return TRUE;
 }
 
@@ -49,7 +54,7 @@ BOOL CALLBACK MessageBoxes::Visit(HWND window, LPARAM pointer) {
         return TRUE;
     }
     self.last_ = window;
-    SeenBox box = {TextOf(window), {}, {}, GetWindow(window, GW_OWNER)};
+    SeenBox box = {TextOf(window), {}, {}, nullptr, GetWindow(window, GW_OWNER)};
     EnumChildWindows(window, ReadChild, reinterpret_cast<LPARAM>(&box));
     self.seen_.push_back(box);
     if (self.onBox) self.onBox();

@@ -18,6 +18,7 @@ struct SeenBox {
     std::wstring caption;
     std::wstring text;
     std::vector<int> buttons;
+    HICON icon;
     HWND owner;
 };
 
