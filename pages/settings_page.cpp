@@ -4,13 +4,11 @@
 
 #include <commctrl.h>
 
-#include <cstdio>
+#include "pages/number_text.h"
 
 namespace {
 
 constexpr UINT kRefreshMs = 1000;
-// The largest double has 309 digits before its three decimals.
-constexpr size_t kFigureCapacity = 320;
 
 }  // namespace
 
@@ -89,7 +87,7 @@ void CSettingsPage::SetDirty() {
 }
 
 void CSettingsPage::ShowFigure(HWND dialog, int control, double value) {
-    char text[kFigureCapacity] = "0";
-    if (value != 0.0) std::snprintf(text, sizeof text, "%.3f", value);
+    char text[tavo::kNumberCapacity] = "0";
+    if (value != 0.0) tavo::FormatNumber(value, 3, text);
     SetDlgItemTextA(dialog, control, text);
 }

@@ -2,10 +2,9 @@
 
 #include "pages/time_regulator_property_page.h"
 
-#include <cstdio>
-#include <cstdlib>
 #include <new>
 
+#include "pages/number_text.h"
 #include "pages/resource_ids.h"
 
 namespace {
@@ -13,16 +12,14 @@ namespace {
 constexpr UINT_PTR kTimer = 4;
 // So many characters of the rate are read; those behind them do not count.
 constexpr int kRateLength = 20;
-// The largest double has 309 digits before its two decimals.
-constexpr size_t kRateCapacity = 320;
 
 bool IsEnabled(HWND dialog) {
     return SendDlgItemMessage(dialog, IDC_ENABLE, BM_GETCHECK, 0, 0) == BST_CHECKED;
 }
 
 void ShowRate(HWND dialog, double rate) {
-    char text[kRateCapacity] = "";
-    std::snprintf(text, sizeof text, "%.2f", rate);
+    char text[tavo::kNumberCapacity] = "";
+    tavo::FormatNumber(rate, 2, text);
     SetDlgItemTextA(dialog, IDC_FRAME_RATE, text);
 }
 
@@ -30,7 +27,7 @@ void ShowRate(HWND dialog, double rate) {
 double TypedRate(HWND dialog) {
     char text[kRateLength + 1] = "";
     GetDlgItemTextA(dialog, IDC_FRAME_RATE, text, sizeof text);
-    return std::atof(text);
+    return tavo::ParseNumber(text).value;
 }
 
 }  // namespace
