@@ -4,9 +4,11 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
 #include <new>
 
 #include "host/property_frame_ids.h"
+#include "pages/input_check.h"
 
 namespace tavo {
 namespace {
@@ -123,12 +125,15 @@ HRESULT PropertyFrame::ShowPage(size_t index) {
     if (!page.active) {
         RECT area = {};
         GetClientRect(place, &area);
+        showing_ = true;
         const HRESULT hr = page.page->Activate(place, &area, FALSE);
+        showing_ = false;
         if (FAILED(hr)) {
             TabCtrl_SetCurSel(GetDlgItem(window_, IDC_FRAME_TABS), static_cast<int>(current_));
             return hr;
         }
         page.active = true;
+        page.wasShownDirty = IsDirty(*page.page.Get());
     }
     if (index != current_) pages_[current_].page->Show(SW_HIDE);
     page.page->Show(SW_SHOW);
@@ -149,11 +154,28 @@ void PropertyFrame::FocusPage() {
     SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(first), TRUE);
 }
 
+bool PropertyFrame::HasChanges(const Page& page) {
+    return IsDirty(*page.page.Get()) && (page.isChanged || !page.wasShownDirty);
+}
+
 bool PropertyFrame::HasChanges() const {
-    for (const Page& page : pages_) {
-        if (IsDirty(*page.page.Get())) return true;
+    return std::any_of(pages_.begin(), pages_.end(),
+                       [](const Page& page) { return HasChanges(page); });
+}
+
+bool PropertyFrame::CheckInput() {
+    for (size_t i = 0; i < pages_.size(); ++i) {
+        ComPtr<IInputCheck> check;
+        if (!HasChanges(pages_[i]) ||
+            FAILED(pages_[i].page->QueryInterface(IID_IInputCheck, check.PutVoid()))) {
+            continue;
+        }
+        if (check->CheckInput() == S_OK) continue;
+        MessageBeep(MB_ICONERROR);
+        if (SUCCEEDED(ShowPage(i))) check->PointToInput();
+        return false;
     }
-    return false;
+    return true;
 }
 
 // Every page gets its turn; the first one that refuses is shown.
@@ -162,12 +184,16 @@ bool PropertyFrame::ApplyChanges() {
         EnableApply(false);
         return true;
     }
+    if (!CheckInput()) return false;
     applying_ = true;
     if (observer_ != nullptr) observer_->BeforeApply();
     size_t refusing = pages_.size();
     for (size_t i = 0; i < pages_.size(); ++i) {
+        if (!HasChanges(pages_[i])) continue;
         const ComPtr<IPropertyPage> page = pages_[i].page;
-        if (IsDirty(*page.Get()) && FAILED(page->Apply()) && refusing > i) refusing = i;
+        const bool refused = FAILED(page->Apply());
+        if (refused && refusing > i) refusing = i;
+        if (i < pages_.size() && !refused) pages_[i].isChanged = pages_[i].wasShownDirty = false;
     }
     if (observer_ != nullptr) observer_->AfterApply();
     applying_ = false;
@@ -186,8 +212,10 @@ bool PropertyFrame::ApplyChanges() {
 
 // A page that does not know yet that it is dirty says so all the same.
 void PropertyFrame::OnPageStatus(DWORD flags) {
-    if (window_ == nullptr || applying_) return;
-    EnableApply((flags & PROPPAGESTATUS_DIRTY) != 0 || HasChanges());
+    if (window_ == nullptr || showing_ || applying_) return;
+    const bool dirty = (flags & PROPPAGESTATUS_DIRTY) != 0;
+    if (dirty) pages_[current_].isChanged = true;
+    EnableApply(dirty || HasChanges());
 }
 
 bool PropertyFrame::TakeFrameKey(const MSG& message) {

@@ -26,7 +26,9 @@ class ApplyObserver {
 };
 
 // Lives on one thread, where COM is initialised. Pages are shown when their tab is first chosen,
-// and keep what was typed while another one is in front. Cancel drops what was not applied.
+// and keep what was typed while another one is in front. Cancel drops what was not applied. Apply
+// is there for changes only: pages that call themselves dirty as soon as they are shown have none
+// yet.
 class PropertyFrame final : private PageSiteOwner {
   public:
     explicit PropertyFrame(ApplyObserver* observer = nullptr) : observer_(observer) {}
@@ -55,6 +57,8 @@ class PropertyFrame final : private PageSiteOwner {
         std::wstring title;
         SIZE size = {};
         bool active = false;
+        bool wasShownDirty = false;  // by filling its controls
+        bool isChanged = false;      // has said so since
     };
 
     HRESULT AddPage(REFCLSID clsid, IUnknown* object);
@@ -72,7 +76,10 @@ class PropertyFrame final : private PageSiteOwner {
     void Step(int by);
     void FocusPage();
 
+    static bool HasChanges(const Page& page);
     bool HasChanges() const;
+    // False where a page cannot read what was typed; it is shown then.
+    bool CheckInput();
     // True when no page refused.
     bool ApplyChanges();
     void EnableApply(bool enabled);
@@ -85,6 +92,7 @@ class PropertyFrame final : private PageSiteOwner {
     ComPtr<PropertyPageSite> site_;
     std::vector<Page> pages_;
     size_t current_ = 0;
+    bool showing_ = false;  // a page for the first time
     bool applying_ = false;
     bool closing_ = false;  // asked for while applying
 };

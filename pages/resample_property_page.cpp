@@ -6,6 +6,7 @@
 #include <iterator>
 #include <new>
 
+#include "pages/number_text.h"
 #include "pages/resource_ids.h"
 
 namespace {
@@ -97,7 +98,20 @@ void CResamplePropertyPage::OnCommand(HWND dialog, int control, int notification
         // What is no number is 0: as wide or high as the source.
         edge = static_cast<int>(GetDlgItemInt(dialog, control, nullptr, TRUE));
         SetDirty();
+        NoticeFault(dialog, control);
     }
+}
+
+// An empty edit is read as 0, which is what it means: as wide or high as the source.
+CSettingsPage::Fault CResamplePropertyPage::FindFault(HWND dialog) {
+    for (const int edge : {IDC_WIDTH, IDC_HEIGHT}) {
+        char text[kItemCapacity] = "";
+        GetDlgItemTextA(dialog, edge, text, sizeof text);
+        if (text[0] && !tavo::IsWholeNumber(text)) {
+            return {edge, L"Type a whole number, or 0 for that of the source."};
+        }
+    }
+    return {};
 }
 
 // A result that is no item leaves the setting as it was, and the page dirty all the same.

@@ -17,6 +17,7 @@ class CResamplePropertyPage final : public CSettingsPage {
     void ShowFigures(HWND dialog, IVantrelSettings& settings) override;
     void FillDialog(HWND dialog) override;
     void OnCommand(HWND dialog, int control, int notification) override;
+    Fault FindFault(HWND dialog) override;
 
     void OnSelection(HWND dialog, int control);
 

@@ -25,6 +25,26 @@ CSettingsPage::~CSettingsPage() {
     DestroyWindow(dialog_);
 }
 
+STDMETHODIMP CSettingsPage::NonDelegatingQueryInterface(REFIID riid, void** object) {
+    if (riid == IID_IInputCheck) return GetInterface(static_cast<IInputCheck*>(this), object);
+    return CBasePropertyPage::NonDelegatingQueryInterface(riid, object);
+}
+
+STDMETHODIMP CSettingsPage::CheckInput() {
+    return dialog_ && FindFault(dialog_).control ? S_FALSE : S_OK;
+}
+
+STDMETHODIMP CSettingsPage::PointToInput() {
+    if (!dialog_) return S_OK;
+    const Fault fault = FindFault(dialog_);
+    if (!fault.control) return S_OK;
+    const HWND edit = GetDlgItem(dialog_, fault.control);
+    SetFocus(edit);
+    SendMessageW(edit, EM_SETSEL, 0, -1);
+    notice_.Show(edit, fault.wanted);
+    return S_OK;
+}
+
 HRESULT CSettingsPage::OnConnect(IUnknown* object) {
     CheckPointer(object, E_POINTER);
     OnDisconnect();
@@ -66,15 +86,21 @@ INT_PTR CSettingsPage::OnReceiveMessage(HWND dialog, UINT message, WPARAM wParam
     switch (message) {
         case WM_INITDIALOG:
             dialog_ = dialog;
+            isFilling_ = true;
             FillDialog(dialog);
+            isFilling_ = false;
             SetTimer(dialog, timer_, kRefreshMs, nullptr);
             return TRUE;
-        case WM_COMMAND: OnCommand(dialog, LOWORD(wParam), HIWORD(wParam)); return TRUE;
+        case WM_COMMAND:
+            if (HIWORD(wParam) == EN_KILLFOCUS) notice_.Hide();
+            OnCommand(dialog, LOWORD(wParam), HIWORD(wParam));
+            return TRUE;
         case WM_TIMER:
             if (regulator_) ShowFigures(dialog, *regulator_);
             return TRUE;
         case WM_DESTROY:
             KillTimer(dialog, timer_);
+            notice_.Hide();
             dialog_ = nullptr;
             return TRUE;
         default: return CBasePropertyPage::OnReceiveMessage(dialog, message, wParam, lParam);
@@ -84,6 +110,17 @@ INT_PTR CSettingsPage::OnReceiveMessage(HWND dialog, UINT message, WPARAM wParam
 void CSettingsPage::SetDirty() {
     m_bDirty = TRUE;
     if (m_pPageSite) m_pPageSite->OnStatusChange(PROPPAGESTATUS_DIRTY);
+}
+
+// An edit that was emptied is about to be filled.
+void CSettingsPage::NoticeFault(HWND dialog, int control) {
+    const Fault fault = FindFault(dialog);
+    const HWND edit = GetDlgItem(dialog, control);
+    if (!isFilling_ && fault.control == control && GetWindowTextLengthW(edit) > 0) {
+        notice_.Show(edit, fault.wanted);
+    } else {
+        notice_.Hide();
+    }
 }
 
 void CSettingsPage::ShowFigure(HWND dialog, int control, double value) {

@@ -6,11 +6,20 @@
 #include "streams.h"
 
 #include "filter/vantrel_settings.h"
+#include "pages/edit_notice.h"
+#include "pages/input_check.h"
 
 // Lives on its frame's thread. Edits a copy of the filter's settings, read when the object is
 // connected and written when the user applies it.
-class AM_NOVTABLE CSettingsPage : public CBasePropertyPage {
+class AM_NOVTABLE CSettingsPage : public CBasePropertyPage, public IInputCheck {
   public:
+    DECLARE_IUNKNOWN
+    STDMETHODIMP NonDelegatingQueryInterface(REFIID riid, void** object) final;
+
+    // IInputCheck
+    STDMETHODIMP CheckInput() final;
+    STDMETHODIMP PointToInput() final;
+
     HRESULT OnConnect(IUnknown* object) final;
     HRESULT OnDisconnect() final;
     HRESULT OnActivate() final;
@@ -32,7 +41,17 @@ class AM_NOVTABLE CSettingsPage : public CBasePropertyPage {
     virtual void FillDialog(HWND dialog) = 0;
     virtual void OnCommand(HWND dialog, int control, int notification) = 0;
 
+    // What is wanted in an edit whose text cannot be read, and its identifier.
+    struct Fault {
+        int control = 0;  // 0: there is none
+        const wchar_t* wanted = nullptr;
+    };
+    // The first one of the dialog.
+    virtual Fault FindFault(HWND dialog) = 0;
+
     void SetDirty();
+    // While the user types: says what is wanted as long as the text of the edit cannot be read.
+    void NoticeFault(HWND dialog, int control);
     // "0", or three decimals.
     static void ShowFigure(HWND dialog, int control, double value);
 
@@ -41,4 +60,6 @@ class AM_NOVTABLE CSettingsPage : public CBasePropertyPage {
     IVantrelSettings* regulator_ = nullptr;
     // The dialog from WM_INITDIALOG to WM_DESTROY.
     HWND dialog_ = nullptr;
+    bool isFilling_ = false;  // the edits change, but nobody types
+    EditNotice notice_;
 };

@@ -2,6 +2,7 @@
 
 #include "pages/time_regulator_property_page.h"
 
+#include <cstring>
 #include <new>
 
 #include "pages/number_text.h"
@@ -28,6 +29,14 @@ double TypedRate(HWND dialog) {
     char text[kRateLength + 1] = "";
     GetDlgItemTextA(dialog, IDC_FRAME_RATE, text, sizeof text);
     return tavo::ParseNumber(text).value;
+}
+
+// A number with nothing behind it but words: of "24,9" only the 24 would be read.
+bool IsRateReadable(HWND dialog) {
+    char text[kRateLength + 1] = "";
+    GetDlgItemTextA(dialog, IDC_FRAME_RATE, text, sizeof text);
+    const size_t length = tavo::ParseNumber(text).length;
+    return length > 0 && !std::strpbrk(text + length, "0123456789");
 }
 
 }  // namespace
@@ -79,6 +88,7 @@ void CTimeRegulatorPropertyPage::OnRateChange(HWND dialog, int control) {
     } else if (control == IDC_FRAME_RATE) {
         frameRate_ = TypedRate(dialog);
         SetDirty();
+        NoticeFault(dialog, control);
     }
 }
 
@@ -90,4 +100,9 @@ void CTimeRegulatorPropertyPage::OnClick(HWND dialog) {
         frameRate_ = 0.0;
         SetDirty();
     }
+}
+
+CSettingsPage::Fault CTimeRegulatorPropertyPage::FindFault(HWND dialog) {
+    if (!IsEnabled(dialog) || IsRateReadable(dialog)) return {};
+    return {IDC_FRAME_RATE, L"Type a number, such as 25 or 29.97."};
 }

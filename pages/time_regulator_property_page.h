@@ -17,6 +17,7 @@ class CTimeRegulatorPropertyPage final : public CSettingsPage {
     void ShowFigures(HWND dialog, IVantrelSettings& settings) override;
     void FillDialog(HWND dialog) override;
     void OnCommand(HWND dialog, int control, int notification) override;
+    Fault FindFault(HWND dialog) override;
 
     void OnRateChange(HWND dialog, int control);
     void OnClick(HWND dialog);

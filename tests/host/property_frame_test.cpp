@@ -3,6 +3,8 @@
 
 #include "tests/filter/support/pictures.h"
 #include "tests/host/property_frame_rig.h"
+#include "tests/pages/support/balloons.h"
+#include "tests/pages/support/resample_page.h"
 #include "tests/support/graph.h"
 
 using namespace tavo_test;
@@ -76,6 +78,68 @@ TEST_F(PropertyFrameTest, ApplyIsThereForChangesOnly) {
     EXPECT_TRUE(frame_.IsOpen());
     Type(OnPage(IDC_FRAME_RATE), "25");
     EXPECT_TRUE(CanApply());
+}
+
+// Both pages call themselves dirty as soon as they are shown.
+TEST_F(PropertyFrameTest, ApplyIsOffUntilTheUserChangesSomething) {
+    settings_.frameRate = 25.0;
+    Open(kBoth);
+    EXPECT_FALSE(CanApply());
+    ChooseTab(1);
+    EXPECT_FALSE(CanApply());
+    ChooseTab(0);
+    PressKey(OnPage(IDC_METHOD), VK_DOWN);
+    EXPECT_TRUE(CanApply());
+    Click(Button(IDC_FRAME_APPLY));
+    EXPECT_EQ(settings_.calls, kAllCalls) << "the other page is left alone";
+    EXPECT_FALSE(CanApply());
+    ChooseTab(1);
+    EXPECT_FALSE(CanApply());
+    SetRate("30");
+    EXPECT_TRUE(CanApply());
+    settings_.calls.clear();
+    Click(Button(IDOK));
+    EXPECT_EQ(settings_.calls, "SetFrameRate Apply ");
+
+    settings_.calls.clear();
+    observer_.notices.clear();
+    Open(kBoth);
+    Click(Button(IDOK));
+    EXPECT_FALSE(frame_.IsOpen());
+    EXPECT_EQ(settings_.calls, "") << "OK without a change writes nothing";
+    EXPECT_EQ(observer_.notices, "");
+}
+
+TEST_F(PropertyFrameTest, WhatCannotBeReadIsNotApplied) {
+    settings_.width = 352;
+    settings_.frameRate = 25.0;
+    Open(kBoth);
+    Type(OnPage(IDC_WIDTH), "wide");
+    ChooseTab(1);
+    SetRate("30");
+    for (const int button : {IDOK, IDC_FRAME_APPLY}) {
+        ChooseTab(1);
+        Click(Button(button));
+        ASSERT_TRUE(frame_.IsOpen());
+        EXPECT_EQ(Tab(), 0);
+        EXPECT_EQ(GetFocus(), OnPage(IDC_WIDTH));
+        EXPECT_NE(BalloonText(), L"");
+        EXPECT_EQ(settings_.calls, "");
+        EXPECT_EQ(observer_.notices, "");
+        EXPECT_TRUE(CanApply());
+    }
+    Type(OnPage(IDC_WIDTH), "640");
+    EXPECT_EQ(Balloon(), nullptr);
+    ChooseTab(1);
+    Type(OnPage(IDC_FRAME_RATE), "");
+    Click(Button(IDOK));
+    EXPECT_TRUE(frame_.IsOpen());
+    EXPECT_NE(BalloonText(), L"");
+    Type(OnPage(IDC_FRAME_RATE), "29.97");
+    Click(Button(IDOK));
+    EXPECT_FALSE(frame_.IsOpen());
+    EXPECT_EQ(settings_.width, 640);
+    EXPECT_EQ(settings_.frameRate, 29.97);
 }
 
 TEST_F(PropertyFrameTest, OkAppliesAndCloses) {
