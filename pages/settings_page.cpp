@@ -5,6 +5,7 @@
 #include <commctrl.h>
 
 #include "pages/number_text.h"
+#include "pages/text_fit.h"
 
 namespace {
 
@@ -89,6 +90,7 @@ INT_PTR CSettingsPage::OnReceiveMessage(HWND dialog, UINT message, WPARAM wParam
             isFilling_ = true;
             FillDialog(dialog);
             isFilling_ = false;
+            FitTexts(dialog);
             SetTimer(dialog, timer_, kRefreshMs, nullptr);
             return TRUE;
         case WM_COMMAND:

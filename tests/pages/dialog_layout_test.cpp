@@ -57,6 +57,23 @@ constexpr Expected kTimeRegulator[] = {
     {kNoId, L"STATIC", kLabelLeft, L"fps", 75, 92, 9, 8},
 };
 
+// How wide the text of a control is, with the box before it where there is one.
+LONG TextWidth(HWND control) {
+    wchar_t text[80] = {};
+    const int length = GetWindowTextW(control, text, 80);
+    const HDC dc = GetDC(control);
+    const auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
+    const HGDIOBJ old = SelectObject(dc, font);
+    SIZE size = {};
+    TEXTMETRICW metrics = {};
+    GetTextExtentPoint32W(dc, text, length, &size);
+    GetTextMetricsW(dc, &metrics);
+    SelectObject(dc, old);
+    ReleaseDC(control, dc);
+    const bool hasBox = GetDlgCtrlID(control) == IDC_ENABLE;
+    return size.cx + (hasBox ? metrics.tmHeight + metrics.tmAveCharWidth : 0);
+}
+
 // What a dialog unit is in the font of a dialog: the mean width of the letters, and the height.
 SIZE BaseUnits(HWND dialog) {
     const HDC dc = GetDC(dialog);
@@ -163,7 +180,11 @@ class DialogLayout : public PagesTest {
         if (ClassOf(control) == L"STATIC" || ClassOf(control) == L"BUTTON") {
             EXPECT_EQ(TextOf(control), expected.text);
         }
-        const RECT place = InPixels(units, expected.x, expected.y, expected.width, expected.height);
+        RECT place = InPixels(units, expected.x, expected.y, expected.width, expected.height);
+        // In a font wider than the dialog's a text gets more room, but no text moves.
+        if (expected.style == kLabelLeft || expected.style == kCheckBox) {
+            place.right = std::max(place.right, TextWidth(control));
+        }
         RECT now = PlaceOf(control, dialog);
         // Closed, a list is as high as its font wants it.
         if (expected.style == kList) now.bottom = place.bottom;
@@ -190,6 +211,22 @@ TEST_F(DialogLayout, Templates) {
 TEST_F(DialogLayout, Windows) {
     CheckWindows(CLSID_ResamplePropertyPage, kResample);
     CheckWindows(CLSID_TimeRegulatorPropertyPage, kTimeRegulator);
+}
+
+TEST_F(DialogLayout, NoTextIsCutOff) {
+    for (const CLSID& clsid : {CLSID_ResamplePropertyPage, CLSID_TimeRegulatorPropertyPage}) {
+        PageFrame frame(clsid);
+        FakeSettings settings;
+        ASSERT_EQ(frame.Connect(&settings), S_OK);
+        ASSERT_EQ(frame.Open(), S_OK);
+        for (HWND control = GetWindow(frame.Dialog(), GW_CHILD); control;
+             control = GetWindow(control, GW_HWNDNEXT)) {
+            if (ClassOf(control) != L"STATIC" && ClassOf(control) != L"BUTTON") continue;
+            RECT client = {};
+            GetClientRect(control, &client);
+            EXPECT_GE(client.right, TextWidth(control)) << GetDlgCtrlID(control);
+        }
+    }
 }
 
 TEST_F(DialogLayout, FontSizeAndStyleOfTheDialogs) {
