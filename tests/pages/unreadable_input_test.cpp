@@ -16,12 +16,21 @@ class UnreadableInput : public PagesTest {
   protected:
     void TearDown() override {
         EXPECT_EQ(Balloon(), nullptr);
+        ForgetRangeError();
         PagesTest::TearDown();
     }
     static void Open(PageFrame& frame, FakeSettings& settings) {
         ASSERT_EQ(frame.Connect(&settings), S_OK);
         ASSERT_EQ(frame.Open(), S_OK);
         EXPECT_EQ(Balloon(), nullptr) << "nobody has typed";
+    }
+    // Wine's GetDlgItemInt takes a range error of an earlier call for one of its own.
+    static void ForgetRangeError() {
+        const HMODULE library = GetModuleHandleW(L"ucrtbase.dll");
+        if (!library) return;
+        const auto place = reinterpret_cast<int*(__cdecl*)()>(
+            reinterpret_cast<void*>(GetProcAddress(library, "_errno")));
+        if (place) *place() = 0;
     }
     static ComPtr<IInputCheck> CheckOf(const PageFrame& frame) {
         return frame.page.As<IInputCheck>(IID_IInputCheck);
