@@ -47,11 +47,12 @@ STDMETHODIMP CClassFactory::CreateInstance(LPUNKNOWN pUnkOuter, REFIID riid, voi
     return hr;
 }
 
+// An unlock that belongs to no lock must not take back somebody else's later one.
 STDMETHODIMP CClassFactory::LockServer(BOOL lock) {
-    if (lock) {
-        InterlockedIncrement(&m_locks);
-    } else {
-        InterlockedDecrement(&m_locks);
+    for (;;) {
+        const LONG present = m_locks;
+        const LONG wanted = lock ? present + 1 : present - 1;
+        if (wanted < 0) return NOERROR;
+        if (InterlockedCompareExchange(&m_locks, wanted, present) == present) return NOERROR;
     }
-    return NOERROR;
 }

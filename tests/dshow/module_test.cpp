@@ -85,6 +85,26 @@ TEST_F(ModuleTest, LockAloneKeepsTheModule) {
     EXPECT_EQ(module_.CanUnloadNow(), S_OK);
 }
 
+TEST_F(ModuleTest, AnUnlockWithoutALockTakesNothingBack) {
+    const ComPtr<IClassFactory> factory = Factory(kModulePlain);
+    EXPECT_EQ(factory->LockServer(FALSE), NOERROR);
+    EXPECT_EQ(factory->LockServer(FALSE), NOERROR);
+    EXPECT_EQ(factory->LockServer(TRUE), NOERROR);
+    ComPtr<IClassFactory>(factory).Reset();
+    EXPECT_EQ(module_.CanUnloadNow(), S_FALSE);
+    EXPECT_EQ(factory->LockServer(FALSE), NOERROR);
+}
+
+TEST_F(ModuleTest, ALockOutlivesUnlocksThatCameBeforeIt) {
+    ComPtr<IClassFactory> factory = Factory(kModulePlain);
+    EXPECT_EQ(factory->LockServer(FALSE), NOERROR);
+    EXPECT_EQ(factory->LockServer(TRUE), NOERROR);
+    factory.Reset();
+    EXPECT_EQ(module_.CanUnloadNow(), S_FALSE) << "the lock was taken back before it was made";
+    EXPECT_EQ(Factory(kModulePlain)->LockServer(FALSE), NOERROR);
+    EXPECT_EQ(module_.CanUnloadNow(), S_OK);
+}
+
 TEST_F(ModuleTest, CreateInstanceRows) {
     ComPtr<IClassFactory> factory = Factory(kModulePlain);
     EXPECT_EQ(factory->CreateInstance(nullptr, IID_IUnknown, nullptr), E_POINTER);
