@@ -56,10 +56,13 @@ class Key {
     }
 
     HRESULT Create(HKEY parent, const WCHAR* name) {
+        DWORD disposition = 0;
         const LSTATUS status = RegCreateKeyExW(parent, name, 0, nullptr, REG_OPTION_NON_VOLATILE,
-                                               KEY_WRITE, nullptr, &m_key, nullptr);
+                                               KEY_WRITE, nullptr, &m_key, &disposition);
+        m_isNew = status == ERROR_SUCCESS && disposition == REG_CREATED_NEW_KEY;
         return HRESULT_FROM_WIN32(status);
     }
+    bool IsNew() const { return m_isNew; }
     // A null name is the default value.
     HRESULT SetText(const WCHAR* name, const WCHAR* text) {
         const auto bytes = static_cast<DWORD>((std::wcslen(text) + 1) * sizeof(WCHAR));
@@ -71,11 +74,18 @@ class Key {
 
   private:
     HKEY m_key = nullptr;
+    bool m_isNew = false;
 };
 
-HRESULT AddClass(const CFactoryTemplate& entry, const WCHAR* path) {
+void RemoveClass(const CFactoryTemplate& entry) {
+    RegDeleteTreeW(HKEY_CLASSES_ROOT, ClassKey(*entry.m_ClsID).text);
+}
+
+// `isNew` tells whether the class was not there before.
+HRESULT AddClass(const CFactoryTemplate& entry, const WCHAR* path, bool& isNew) {
     Key key;
     HRESULT hr = key.Create(HKEY_CLASSES_ROOT, ClassKey(*entry.m_ClsID).text);
+    isNew = key.IsNew();
     if (FAILED(hr)) return hr;
     hr = key.SetText(nullptr, entry.m_Name);
     if (FAILED(hr)) return hr;
@@ -88,19 +98,37 @@ HRESULT AddClass(const CFactoryTemplate& entry, const WCHAR* path) {
     return server.SetText(L"ThreadingModel", L"Both");
 }
 
-HRESULT AddClasses(const WCHAR* path) {
-    for (int i = 0; i < g_cTemplates; ++i) {
-        const HRESULT hr = AddClass(g_Templates[i], path);
-        if (FAILED(hr)) return hr;
+// The classes that this registration has added, taken out again unless it is completed. What an
+// earlier one has left is not touched.
+class AddedClasses {
+  public:
+    AddedClasses() = default;
+    AddedClasses(const AddedClasses&) = delete;
+    AddedClasses& operator=(const AddedClasses&) = delete;
+    ~AddedClasses() {
+        for (int i = 0; i < g_cTemplates && i < kMostClasses; ++i) {
+            if (m_isNew[i]) RemoveClass(g_Templates[i]);
+        }
     }
-    return NOERROR;
-}
+
+    HRESULT Add(const WCHAR* path) {
+        if (g_cTemplates > kMostClasses) return E_UNEXPECTED;
+        for (int i = 0; i < g_cTemplates; ++i) {
+            const HRESULT hr = AddClass(g_Templates[i], path, m_isNew[i]);
+            if (FAILED(hr)) return hr;
+        }
+        return NOERROR;
+    }
+    void Keep() { std::fill(std::begin(m_isNew), std::end(m_isNew), false); }
+
+  private:
+    static constexpr int kMostClasses = 64;
+    bool m_isNew[kMostClasses] = {};
+};
 
 // A key that is missing, or that may not be deleted, is no reason to stop.
 void RemoveClasses() {
-    for (int i = 0; i < g_cTemplates; ++i) {
-        RegDeleteTreeW(HKEY_CLASSES_ROOT, ClassKey(*g_Templates[i].m_ClsID).text);
-    }
+    for (int i = 0; i < g_cTemplates; ++i) RemoveClass(g_Templates[i]);
 }
 
 HRESULT UpdateMapper(BOOL add) {
@@ -123,8 +151,9 @@ STDAPI AMovieDllRegisterServer2(BOOL bRegister) {
     std::unique_ptr<WCHAR[]> path;
     HRESULT hr = ModulePath(path);
     if (FAILED(hr)) return hr;
+    AddedClasses added;
     if (bRegister) {
-        hr = AddClasses(path.get());
+        hr = added.Add(path.get());
         if (FAILED(hr)) return hr;
     }
 
@@ -135,6 +164,7 @@ STDAPI AMovieDllRegisterServer2(BOOL bRegister) {
     if (entered) CoUninitialize();
     if (FAILED(hr)) return hr;
 
+    added.Keep();
     // The filters go out of the mapper before their classes go.
     if (!bRegister) RemoveClasses();
     return NOERROR;

@@ -161,6 +161,7 @@ TEST_F(MapperCalls, FirstFailureEnds) {
     mapper_.log.Inject("+first", E_ABORT);
     EXPECT_EQ(AMovieDllRegisterServer2(TRUE), E_ABORT);
     EXPECT_EQ(mapper_.log.Text(), "-first +first");
+    for (REFCLSID clsid : {kFirst, kBare, kSecond}) EXPECT_FALSE(ClassKeyExists(clsid));
     mapper_.log.ClearInjections();
     EXPECT_EQ(AMovieDllRegisterServer2(TRUE), S_OK);
     mapper_.log.Clear();
@@ -173,8 +174,16 @@ TEST_F(MapperCalls, FirstFailureEnds) {
 TEST_F(MapperCalls, WithoutAMapper) {
     factory_.result = E_ACCESSDENIED;
     EXPECT_EQ(AMovieDllRegisterServer2(TRUE), E_ACCESSDENIED);
+    EXPECT_FALSE(ClassKeyExists(kBare)) << "what was added is taken out again";
     EXPECT_EQ(AMovieDllRegisterServer2(FALSE), E_ACCESSDENIED);
-    EXPECT_TRUE(ClassKeyExists(kBare));
+}
+
+TEST_F(MapperCalls, AFailureLeavesAnEarlierRegistration) {
+    ASSERT_EQ(AMovieDllRegisterServer2(TRUE), S_OK);
+    factory_.result = E_ACCESSDENIED;
+    EXPECT_EQ(AMovieDllRegisterServer2(TRUE), E_ACCESSDENIED);
+    EXPECT_EQ(AMovieDllRegisterServer2(FALSE), E_ACCESSDENIED);
+    for (REFCLSID clsid : {kFirst, kBare, kSecond}) EXPECT_TRUE(ClassKeyExists(clsid));
 }
 
 TEST_F(MapperCalls, EntryPointKeepsTheInstance) {
