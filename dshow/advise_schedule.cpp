@@ -2,6 +2,8 @@
 
 #include "dshow/advise_schedule.h"
 
+#include <algorithm>
+#include <climits>
 #include <new>
 #include <utility>
 
@@ -73,11 +75,25 @@ REFERENCE_TIME CAMSchedule::Advise(const REFERENCE_TIME& now) {
     return m_first ? m_first->time : MAX_TIME;
 }
 
-// Releases the semaphore once and puts the notice back for its next period. A semaphore that is
-// full takes no more, and the periods missed until now are passed over.
+namespace {
+
+// As often as the semaphore has room for: one that is nearly full refuses a larger count as a
+// whole.
+void ReleaseOften(HANDLE semaphore, REFERENCE_TIME times) {
+    LONG count = static_cast<LONG>(std::min<REFERENCE_TIME>(times, LONG_MAX));
+    for (; count > 0; count /= 2) {
+        if (ReleaseSemaphore(semaphore, count, nullptr)) times -= count;
+        count = static_cast<LONG>(std::min<REFERENCE_TIME>(times, count));
+    }
+}
+
+}  // namespace
+
+// Releases the semaphore for every period until now, in one go: they may be shorter than a release
+// takes. Then the notice goes back for its next period.
 void CAMSchedule::Repeat(Notice* notice, REFERENCE_TIME now) {
-    const bool taken = ReleaseSemaphore(notice->handle, 1, nullptr);
-    const REFERENCE_TIME missed = taken ? 0 : (now - notice->time) / notice->period;
+    const REFERENCE_TIME missed = (now - notice->time) / notice->period;
+    ReleaseOften(notice->handle, missed + 1);
     const REFERENCE_TIME last = notice->time + missed * notice->period;
     notice->time = notice->period < MAX_TIME - last ? last + notice->period : MAX_TIME;
 

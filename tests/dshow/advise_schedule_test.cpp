@@ -105,6 +105,31 @@ TEST_F(Schedule, MissedPeriodsAreMadeUpOneByOne) {
     EXPECT_EQ(Releases(), 0);
 }
 
+// A thousand million periods are made up without a step for each.
+TEST_F(Schedule, PeriodsShorterThanARelease) {
+    const HANDLE roomy = CreateSemaphoreW(nullptr, 0, LONG_MAX, nullptr);
+    schedule_.AddAdvisePacket(1, 1, roomy, TRUE);
+    EXPECT_EQ(schedule_.Advise(1'000'000'000), 1'000'000'001);
+    LONG before = 0;
+    EXPECT_TRUE(ReleaseSemaphore(roomy, 1, &before));
+    EXPECT_EQ(before, 1'000'000'000);
+    // More than a semaphore can hold.
+    EXPECT_EQ(schedule_.Advise(20'000'000'000), 20'000'000'001);
+    EXPECT_FALSE(ReleaseSemaphore(roomy, 1, &before)) << "it is full";
+    CloseHandle(roomy);
+}
+
+TEST_F(Schedule, ASemaphoreIsFilledAsFarAsItGoes) {
+    const HANDLE small = CreateSemaphoreW(nullptr, 0, 7, nullptr);
+    schedule_.AddAdvisePacket(10, 10, small, TRUE);
+    EXPECT_EQ(schedule_.Advise(50), 60);
+    EXPECT_EQ(schedule_.Advise(105), 110);
+    int releases = 0;
+    while (WaitForSingleObject(small, 0) == WAIT_OBJECT_0) ++releases;
+    EXPECT_EQ(releases, 7);
+    CloseHandle(small);
+}
+
 TEST_F(Schedule, PeriodicAndSingleNoticesTogether) {
     schedule_.AddAdvisePacket(10, 10, semaphore_, TRUE);
     Once(25, first_);
