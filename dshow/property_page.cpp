@@ -172,7 +172,12 @@ INT_PTR CALLBACK CBasePropertyPage::DialogProc(HWND hwnd, UINT uMsg, WPARAM wPar
         if (auto* created = reinterpret_cast<CBasePropertyPage*>(lParam)) created->m_Dlg = hwnd;
     }
     auto* page = reinterpret_cast<CBasePropertyPage*>(GetWindowLongPtrW(hwnd, DWLP_USER));
-    if (page) return page->OnReceiveMessage(hwnd, uMsg, wParam, lParam);
+    if (page) {
+        const INT_PTR handled = page->OnReceiveMessage(hwnd, uMsg, wParam, lParam);
+        // Its parent may go without deactivating the page, and handles are used again.
+        if (uMsg == WM_NCDESTROY) page->m_hwnd = nullptr;
+        return handled;
+    }
     // The dialog frees its font at its very end, unless the message is taken from it.
     return uMsg == WM_NCDESTROY ? 0 : 1;
 }

@@ -56,6 +56,18 @@ TEST_F(Page, ActivateWithoutDialogResource) {
     EXPECT_EQ(page_->Deactivate(), E_UNEXPECTED);
 }
 
+TEST_F(Page, AParentThatGoesTakesTheDialogAlong) {
+    GiveObject();
+    ASSERT_EQ(Activate(), NOERROR);
+    const HWND dialog = page_->m_hwnd;
+    DestroyWindow(frame_);
+    EXPECT_FALSE(IsWindow(dialog));
+    EXPECT_EQ(page_->m_hwnd, nullptr);
+    EXPECT_EQ(page_->Move(&place_), E_UNEXPECTED);
+    EXPECT_EQ(page_->Show(SW_SHOW), E_UNEXPECTED);
+    EXPECT_EQ(page_->Deactivate(), E_UNEXPECTED);
+}
+
 TEST_F(Page, Move) {
     EXPECT_EQ(page_->Move(nullptr), E_POINTER);
     EXPECT_EQ(page_->Move(&place_), E_UNEXPECTED);
