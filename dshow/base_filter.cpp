@@ -4,6 +4,7 @@
 
 #include <cwchar>
 #include <new>
+#include <utility>
 
 #include "dshow/base_pin.h"
 #include "dshow/enum_pins.h"
@@ -157,6 +158,7 @@ STDMETHODIMP CBaseFilter::FindPin(LPCWSTR id, IPin** ppPin) {
 
 STDMETHODIMP CBaseFilter::QueryFilterInfo(FILTER_INFO* pInfo) {
     CheckPointer(pInfo, E_POINTER);
+    CAutoLock lock(&m_graphLock);
     CutName(pInfo->achName, m_pName);
     pInfo->pGraph = m_pGraph;
     if (pInfo->pGraph) pInfo->pGraph->AddRef();
@@ -164,31 +166,45 @@ STDMETHODIMP CBaseFilter::QueryFilterInfo(FILTER_INFO* pInfo) {
 }
 
 STDMETHODIMP CBaseFilter::JoinFilterGraph(IFilterGraph* pGraph, LPCWSTR pName) {
-    CAutoLock lock(m_pLock);
-    m_pGraph = pGraph;
+    CAutoLock filterLock(m_pLock);
     // The pointer outlives the reference: the sink is the graph, which holds this filter.
-    m_pSink = QueryFor<IMediaEventSink>(pGraph, IID_IMediaEventSink).Get();
-
-    delete[] m_pName;
-    m_pName = CopyName(pName);
-    return pName && !m_pName ? E_OUTOFMEMORY : NOERROR;
+    IMediaEventSink* const sink = QueryFor<IMediaEventSink>(pGraph, IID_IMediaEventSink).Get();
+    WCHAR* name = CopyName(pName);
+    const bool isNamed = name || !pName;
+    {
+        CAutoLock lock(&m_graphLock);
+        m_pGraph = pGraph;
+        m_pSink = sink;
+        std::swap(m_pName, name);
+    }
+    delete[] name;
+    return isNamed ? NOERROR : E_OUTOFMEMORY;
 }
 
 STDMETHODIMP CBaseFilter::QueryVendorInfo(LPWSTR*) { return E_NOTIMPL; }
 
 HRESULT CBaseFilter::NotifyEvent(long code, LONG_PTR p1, LONG_PTR p2) {
-    IMediaEventSink* sink = m_pSink;
+    ComPtr<IMediaEventSink> sink;
+    {
+        CAutoLock lock(&m_graphLock);
+        sink = ComPtr<IMediaEventSink>::Share(m_pSink);
+    }
     if (!sink) return E_NOTIMPL;
     if (code == EC_COMPLETE) p2 = reinterpret_cast<LONG_PTR>(static_cast<IBaseFilter*>(this));
     return sink->Notify(code, p1, p2);
 }
 
 HRESULT CBaseFilter::ReconnectPin(IPin* pPin, const AM_MEDIA_TYPE* pmt) {
-    if (!m_pGraph) return E_NOINTERFACE;
-    if (auto graph = QueryFor<IFilterGraph2>(m_pGraph, IID_IFilterGraph2)) {
-        return graph->ReconnectEx(pPin, pmt);
+    ComPtr<IFilterGraph> graph;
+    {
+        CAutoLock lock(&m_graphLock);
+        graph = ComPtr<IFilterGraph>::Share(m_pGraph);
     }
-    return m_pGraph->Reconnect(pPin);
+    if (!graph) return E_NOINTERFACE;
+    if (auto graph2 = QueryFor<IFilterGraph2>(graph.Get(), IID_IFilterGraph2)) {
+        return graph2->ReconnectEx(pPin, pmt);
+    }
+    return graph->Reconnect(pPin);
 }
 
 LONG CBaseFilter::GetPinVersion() { return m_PinVersion; }

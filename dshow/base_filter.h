@@ -12,8 +12,8 @@ class CBasePin;
 
 // A filter without pins of its own: derived classes supply them. State changes, the clock and the
 // graph are guarded by the lock given at construction (the filter lock); what a streaming thread
-// needs (StreamTime, NotifyEvent, the pins' queries) takes no lock. Neither the graph nor its event
-// sink is counted, because the graph holds the filter. Null out-pointers give E_POINTER.
+// needs (StreamTime, NotifyEvent, the pins' queries) does not take it. Neither the graph nor its
+// event sink is counted, because the graph holds the filter. Null out-pointers give E_POINTER.
 class AM_NOVTABLE CBaseFilter : public CUnknown, public IBaseFilter, public IAMovieSetup {
     friend class CBasePin;
 
@@ -27,6 +27,11 @@ class AM_NOVTABLE CBaseFilter : public CUnknown, public IBaseFilter, public IAMo
     IFilterGraph* m_pGraph = nullptr;    // not counted
     IMediaEventSink* m_pSink = nullptr;  // not counted
     LONG m_PinVersion = 1;
+
+  private:
+    // Held for moments only, and never over a call out, while name, graph and sink change or are
+    // copied: anybody may ask for them while the filter joins or leaves a graph.
+    CCritSec m_graphLock;
 
   public:
     // pLock must outlive every call but the destructor, which does not lock. phr is never touched.
@@ -76,7 +81,7 @@ class AM_NOVTABLE CBaseFilter : public CUnknown, public IBaseFilter, public IAMo
     STDMETHODIMP QueryVendorInfo(LPWSTR* pVendorInfo) override;
 
     // Sends an event to the graph; E_NOTIMPL without one. For EC_COMPLETE p2 becomes this filter.
-    // No lock: safe on the streaming thread.
+    // Safe on the streaming thread.
     HRESULT NotifyEvent(long code, LONG_PTR p1, LONG_PTR p2);
 
     IFilterGraph* GetFilterGraph() { return m_pGraph; }  // not counted

@@ -282,7 +282,10 @@ int CVantrelFilter::ReconnectOutput(IPin* peer, const CMediaType& type) {
     CMediaType present;
     if (FAILED(CopyOutputType(&present))) return 0;
     if (SUCCEEDED(ReconnectPin(m_pOutput, &type))) return 1;
-    IFilterGraph* const graph = GetFilterGraph();
-    if (graph && !m_pOutput->IsConnected()) graph->ConnectDirect(m_pOutput, peer, &present);
+    FILTER_INFO info = {};
+    if (SUCCEEDED(QueryFilterInfo(&info)) && info.pGraph) {
+        if (!m_pOutput->IsConnected()) info.pGraph->ConnectDirect(m_pOutput, peer, &present);
+        info.pGraph->Release();
+    }
     return 0;
 }

@@ -1,4 +1,5 @@
 // CBaseFilter: state changes over its pins, clock, graph, events, names.
+#include <atomic>
 #include <cwchar>
 #include <string>
 #include <thread>
@@ -358,6 +359,33 @@ TEST_F(BaseFilter, NamesOfBothKindsAndTheResultPointer) {
     const ComPtr<Bare> narrow(new Bare(&lock, &hr));
     const ComPtr<Bare> wide(new Bare(&lock, NAME("wide")));
     EXPECT_EQ(hr, 0x12345678);
+}
+
+// Names of one letter each: one that is read while it is replaced has two, or none that was given.
+TEST_F(BaseFilter, NamesAreWholeWhileTheFilterJoinsAndLeaves) {
+    std::atomic<bool> ends = false;
+    std::thread joins([&] {
+        for (int i = 0; i < 20000; ++i) {
+            const std::wstring name(static_cast<size_t>(20 + i % 90),
+                                    static_cast<wchar_t>(L'a' + i % 26));
+            host_->JoinFilterGraph(nullptr, i % 10 ? name.c_str() : nullptr);
+        }
+        ends = true;
+    });
+    int torn = 0;
+    while (!ends) {
+        FILTER_INFO info;
+        host_->QueryFilterInfo(&info);
+        const std::wstring name = info.achName;
+        const bool isWhole =
+            name.empty() ||
+            (name.size() >= 20 && name.size() < 110 && name[0] >= L'a' && name[0] <= L'z' &&
+             name.find_first_not_of(name[0]) == std::wstring::npos);
+        if (!isWhole) ++torn;
+    }
+    joins.join();
+    EXPECT_EQ(torn, 0);
+    EXPECT_EQ(host_->JoinFilterGraph(nullptr, nullptr), S_OK);
 }
 
 }  // namespace
