@@ -104,6 +104,25 @@ void PutSuperIndex(RiffBlock& block, const AviHeader& header) {
     block.Close(chunk);
 }
 
+// How the picture is to be shown; the fields about signals say nothing.
+void PutVideoProperties(RiffBlock& block, const AviHeader& header) {
+    if (!header.shown.IsKnown()) return;
+    const auto width = static_cast<uint32_t>(header.video.width);
+    const uint32_t height = RowCount(header.video.height);
+    const size_t chunk = block.Open(kVideoProperties);
+    block.Put32(0);  // format, standard
+    block.Put32(0);
+    block.Put32(Clamp32(header.rate.Fps() + 0.5));
+    block.Put32(width);
+    block.Put32(height);
+    block.Put32(header.shown.x << 16 | header.shown.y);
+    block.Put32(width);
+    block.Put32(height);
+    block.Put32(1);  // fields in a frame, and what there is of each
+    for (const uint32_t value : {height, width, height, width, 0u, 0u, 0u, 0u}) block.Put32(value);
+    block.Close(chunk);
+}
+
 void PutExtendedHeader(RiffBlock& block, const AviHeader& header) {
     const size_t list = block.OpenList(kList, kExtendedList);
     const size_t chunk = block.Open(kExtendedHeader);
@@ -128,6 +147,7 @@ std::vector<std::byte> HeaderList(const AviHeader& header) {
     PutStreamHeader(block, header);
     PutStreamFormat(block, header);
     PutSuperIndex(block, header);
+    PutVideoProperties(block, header);
     block.Close(stream);
     PutExtendedHeader(block, header);
     block.Close(list);

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "host/aspect_ratio.h"
 #include "host/frame_rate.h"
 #include "host/pixel_format.h"
 
@@ -25,13 +26,14 @@ struct AviHeader {
     uint32_t totalFrames = 0;
     std::span<const SegmentEntry> segments;
     uint32_t segmentRoom = 0;  // entries to leave room for
+    AspectRatio shown;         // of the picture as it is to be shown; unknown: as it lies there
 };
 
 // Code of the frame chunks: dibs and other data have different ones.
 uint32_t FrameChunkCode(const VideoFormat& video);
 
-// The hdrl list, whole. Its length depends on the video format and `segmentRoom` alone, so that it
-// can be written over when the file is finished.
+// The hdrl list, whole. Its length depends on the video format, `segmentRoom` and whether `shown`
+// is known, so that it can be written over when the file is finished.
 std::vector<std::byte> HeaderList(const AviHeader& header);
 
 }  // namespace tavo

@@ -12,6 +12,7 @@ namespace tavo {
 namespace {
 
 constexpr uint32_t kKeyFrame = 0x10;
+constexpr uint32_t kNoKeyFrame = 0x80000000;  // in an OpenDML index, beside the size
 constexpr uint32_t kIndexOfChunks = 1;
 constexpr uint32_t kLongsPerEntry = 2;
 constexpr uint64_t kIndexHeader = kChunkHeader + 24;
@@ -33,6 +34,22 @@ std::array<std::byte, 4> Number(uint64_t value) {
     return bytes;
 }
 
+// A chunk that nobody reads, of `size` bytes in all.
+std::vector<std::byte> Junk(uint64_t size) {
+    RiffBlock block;
+    const size_t chunk = block.Open(kJunk);
+    block.PutZeros(static_cast<size_t>(size - kChunkHeader));
+    block.Close(chunk);
+    return block.Take();
+}
+
+// Up to `size`; sizes are multiples of a chunk header.
+void PadWithJunk(std::vector<std::byte>& bytes, uint64_t size) {
+    if (bytes.size() >= size) return;
+    const std::vector<std::byte> junk = Junk(size - bytes.size());
+    bytes.insert(bytes.end(), junk.begin(), junk.end());
+}
+
 }  // namespace
 
 AviWriter::AviWriter(ByteStore& store, const VideoFormat& video, FrameRate rate, AviLimits limits)
@@ -46,14 +63,15 @@ AviWriter::AviWriter(ByteStore& store, const VideoFormat& video, FrameRate rate,
 uint64_t AviWriter::FrameChunkSize() const { return kChunkHeader + Padded(frameSize_); }
 
 uint64_t AviWriter::FramesEnd(const Segment& segment) const {
-    return segment.movie + kListHeader + segment.frames * FrameChunkSize();
+    return segment.movie + kListHeader + segment.frames * FrameChunkSize() +
+           segment.room * kChunkHeader;
 }
 
 bool AviWriter::IsFull(const Segment& segment) const {
     if (segment.frames == 0) return false;
-    const uint64_t frames = uint64_t{segment.frames} + 1;
-    uint64_t end = FramesEnd(segment) + FrameChunkSize() + kIndexHeader + frames * kIndexEntry;
-    if (segment.start == 0) end += kChunkHeader + frames * kOldIndexEntry;
+    const uint64_t entries = segment.frames + segment.room + 1;
+    uint64_t end = FramesEnd(segment) + FrameChunkSize() + kIndexHeader + entries * kIndexEntry;
+    if (segment.start == 0) end += kChunkHeader + entries * kOldIndexEntry;
     return end - segment.start > limits_.segmentBytes;
 }
 
@@ -77,6 +95,7 @@ IoResult AviWriter::Begin() {
 IoResult AviWriter::OpenSegment() {
     Segment segment;
     segment.start = position_;
+    segment.firstFrame = frameCount_;
     const bool first = segments_.empty();
     segments_.reserve(segments_.size() + 1);
     IoResult result = Append(ListStart(kRiff, first ? kAvi : kAvix));
@@ -112,6 +131,7 @@ IoResult AviWriter::AppendFrame(std::span<const std::byte> frame) {
 
 IoResult AviWriter::WriteFrame(std::span<const std::byte> frame) {
     if (failed_ || finished_ || frame.size() != frameSize_) return IoResult::Failed;
+    rooms_.push_back(0);
     IoResult result = frameCount_ < 0xFFFFFFFF ? EnsureOpenSegment() : IoResult::TooLarge;
     if (result == IoResult::Ok) {
         const uint64_t before = position_;
@@ -122,6 +142,7 @@ IoResult AviWriter::WriteFrame(std::span<const std::byte> frame) {
         }
     }
     if (result != IoResult::Ok) {
+        rooms_.pop_back();
         failed_ = true;
         return result;
     }
@@ -130,40 +151,111 @@ IoResult AviWriter::WriteFrame(std::span<const std::byte> frame) {
     return IoResult::Ok;
 }
 
+IoResult AviWriter::LeaveRoom(uint32_t repeats) {
+    if (failed_ || finished_ || rooms_.empty() || rooms_.back() != 0) return IoResult::Failed;
+    if (repeats == 0) return IoResult::Ok;
+    const uint64_t before = position_;
+    const IoResult result = Append(Junk(uint64_t{repeats} * kChunkHeader));
+    if (result != IoResult::Ok) {
+        position_ = before;
+        store_.Truncate(position_);
+        failed_ = true;
+        return result;
+    }
+    rooms_.back() = repeats;
+    segments_.back().room += repeats;
+    return result;
+}
+
+uint64_t AviWriter::SlotCount() const {
+    uint64_t slots = 0;
+    for (const Segment& segment : segments_) slots += SlotsOf(segment);
+    return slots;
+}
+
+uint32_t AviWriter::RepeatsOf(uint32_t frame) const {
+    return frame < repeats_.size() ? std::min(repeats_[frame], rooms_[frame]) : 0;
+}
+
+uint32_t AviWriter::SlotsOf(const Segment& segment) const {
+    uint32_t slots = segment.frames;
+    for (uint32_t i = 0; i < segment.frames; ++i) slots += RepeatsOf(segment.firstFrame + i);
+    return slots;
+}
+
+std::vector<AviWriter::Entry> AviWriter::EntriesOf(const Segment& segment) const {
+    std::vector<Entry> entries;
+    uint64_t offset = kListHeader;
+    for (uint32_t i = 0; i < segment.frames; ++i) {
+        const uint32_t frame = segment.firstFrame + i;
+        entries.push_back({offset, false});
+        offset += FrameChunkSize();
+        for (uint64_t n = 0; n < RepeatsOf(frame); ++n) {
+            entries.push_back({offset + n * kChunkHeader, true});
+        }
+        offset += uint64_t{rooms_[frame]} * kChunkHeader;
+    }
+    return entries;
+}
+
+// Empty chunks behind each frame that is repeated, and what remains of its room.
+IoResult AviWriter::WriteRepeats(const Segment& segment) {
+    uint64_t position = segment.movie + kListHeader;
+    for (uint32_t i = 0; i < segment.frames; ++i) {
+        const uint32_t frame = segment.firstFrame + i;
+        position += FrameChunkSize();
+        if (const uint32_t repeats = RepeatsOf(frame)) {
+            RiffBlock block;
+            for (uint32_t n = 0; n < repeats; ++n) block.Close(block.Open(chunkCode_));
+            std::vector<std::byte> bytes = block.Take();
+            PadWithJunk(bytes, uint64_t{rooms_[frame]} * kChunkHeader);
+            const IoResult result = store_.WriteAt(position, bytes);
+            if (result != IoResult::Ok) return result;
+        }
+        position += uint64_t{rooms_[frame]} * kChunkHeader;
+    }
+    return IoResult::Ok;
+}
+
 std::vector<std::byte> AviWriter::SegmentIndex(const Segment& segment) const {
+    const std::vector<Entry> entries = EntriesOf(segment);
     RiffBlock block;
     const size_t chunk = block.Open(kFirstStreamIndex);
     block.Put16(kLongsPerEntry);
     block.Put16(kIndexOfChunks << 8);  // sub type, type
-    block.Put32(segment.frames);
+    block.Put32(static_cast<uint32_t>(entries.size()));
     block.Put32(chunkCode_);
     block.Put64(segment.movie);
     block.Put32(0);
-    for (uint32_t i = 0; i < segment.frames; ++i) {
-        block.Put32(
-            static_cast<uint32_t>(kListHeader + i * FrameChunkSize() + uint64_t{kChunkHeader}));
-        block.Put32(frameSize_);
+    for (const Entry& entry : entries) {
+        block.Put32(static_cast<uint32_t>(entry.offset + kChunkHeader));
+        block.Put32(entry.repeat ? kNoKeyFrame : frameSize_);
     }
     block.Close(chunk);
-    return block.Take();
+    std::vector<std::byte> bytes = block.Take();
+    PadWithJunk(bytes, kIndexHeader + segment.indexEntries * kIndexEntry);
+    return bytes;
 }
 
 // For readers without OpenDML: offsets count from the code of the movi list.
 std::vector<std::byte> AviWriter::OldIndex(const Segment& segment) const {
     RiffBlock block;
     const size_t chunk = block.Open(kOldIndex);
-    for (uint32_t i = 0; i < segment.frames; ++i) {
+    for (const Entry& entry : EntriesOf(segment)) {
         block.Put32(chunkCode_);
-        block.Put32(kKeyFrame);
-        block.Put32(static_cast<uint32_t>(4 + i * FrameChunkSize()));
-        block.Put32(frameSize_);
+        block.Put32(entry.repeat ? 0 : kKeyFrame);
+        block.Put32(static_cast<uint32_t>(entry.offset - kChunkHeader));
+        block.Put32(entry.repeat ? 0 : frameSize_);
     }
     block.Close(chunk);
-    return block.Take();
+    std::vector<std::byte> bytes = block.Take();
+    PadWithJunk(bytes, kChunkHeader + segment.indexEntries * kOldIndexEntry);
+    return bytes;
 }
 
 IoResult AviWriter::CloseSegment(Segment& segment) {
     const uint64_t index = position_;
+    segment.indexEntries = finished_ ? SlotsOf(segment) : segment.frames + segment.room;
     IoResult result = Append(SegmentIndex(segment));
     const uint64_t movieEnd = position_;
     if (result == IoResult::Ok && segment.start == 0) result = Append(OldIndex(segment));
@@ -180,11 +272,24 @@ IoResult AviWriter::CloseSegment(Segment& segment) {
 
 std::vector<std::byte> AviWriter::Header() const {
     std::vector<SegmentEntry> entries;
+    uint32_t total = 0;
     for (const Segment& segment : segments_) {
-        const uint64_t size = kIndexHeader + segment.frames * kIndexEntry;
-        entries.push_back({segment.index, static_cast<uint32_t>(size), segment.frames});
+        const uint32_t slots = SlotsOf(segment);
+        const uint64_t size = kIndexHeader + slots * kIndexEntry;
+        entries.push_back({segment.index, static_cast<uint32_t>(size), slots});
+        total += slots;
     }
-    return HeaderList({video_, rate_, chunkCode_, frameCount_, entries, limits_.segments});
+    return HeaderList({video_, rate_, chunkCode_, total, entries, limits_.segments, shown_});
+}
+
+// Of a segment that was closed before the repeats were known.
+IoResult AviWriter::RewriteIndexes(const Segment& segment) {
+    const std::vector<std::byte> index = SegmentIndex(segment);
+    IoResult result = store_.WriteAt(segment.index, index);
+    if (result == IoResult::Ok && segment.start == 0) {
+        result = store_.WriteAt(segment.index + index.size(), OldIndex(segment));
+    }
+    return result;
 }
 
 IoResult AviWriter::TryFinish() {
@@ -200,6 +305,8 @@ bool AviWriter::DropLastFrame() {
     if (last.frames > 0) {
         --last.frames;
         --frameCount_;
+        last.room -= rooms_.back();
+        rooms_.pop_back();
         position_ = FramesEnd(last);
     } else {
         if (segments_.size() == 1) return false;
@@ -213,7 +320,14 @@ IoResult AviWriter::Finish() {
     if (finished_) return IoResult::Ok;
     if (segments_.empty()) return IoResult::Failed;
     finished_ = true;
-    IoResult result = TryFinish();
+    IoResult result = IoResult::Ok;
+    for (const Segment& segment : segments_) {
+        if (result == IoResult::Ok) result = WriteRepeats(segment);
+        if (result == IoResult::Ok && segment.index != 0 && segment.room > 0) {
+            result = RewriteIndexes(segment);
+        }
+    }
+    if (result == IoResult::Ok) result = TryFinish();
     while (result == IoResult::DiskFull && DropLastFrame()) result = TryFinish();
     return result;
 }

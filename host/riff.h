@@ -22,6 +22,7 @@ constexpr uint32_t kMainHeader = FourCc('a', 'v', 'i', 'h');
 constexpr uint32_t kStreamList = FourCc('s', 't', 'r', 'l');
 constexpr uint32_t kStreamHeader = FourCc('s', 't', 'r', 'h');
 constexpr uint32_t kStreamFormat = FourCc('s', 't', 'r', 'f');
+constexpr uint32_t kVideoProperties = FourCc('v', 'p', 'r', 'p');
 constexpr uint32_t kVideoStream = FourCc('v', 'i', 'd', 's');
 constexpr uint32_t kSuperIndex = FourCc('i', 'n', 'd', 'x');
 constexpr uint32_t kExtendedList = FourCc('o', 'd', 'm', 'l');

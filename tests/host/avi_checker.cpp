@@ -16,10 +16,10 @@ class Checker {
         while (at < store_.Size() && avi_.fault.empty()) at = Riff(at);
         if (at != store_.Size()) Fault("the RIFF chunks do not fill the file");
         SuperIndex();
-        if (avi_.openDmlIndex != avi_.frames) Fault("the OpenDML index is not the list of frames");
+        if (avi_.openDmlIndex != avi_.chunks) Fault("the OpenDML index is not the list of frames");
         std::vector<uint64_t> first(
-            avi_.frames.begin(),
-            avi_.frames.begin() + std::min<size_t>(avi_.mainFrames, avi_.frames.size()));
+            avi_.chunks.begin(),
+            avi_.chunks.begin() + std::min<size_t>(avi_.mainFrames, avi_.chunks.size()));
         if (avi_.oldIndex != first) Fault("idx1 is not the list of the first segment's frames");
     }
 
@@ -70,6 +70,7 @@ class Checker {
                    if (kind == "hdrl" && first) return Header(data + 4, data + length);
                    if (kind == "movi") return Movie(data, data + length);
                    if (code == "idx1" && first) return OldIndex(data, length);
+                   if (code == "JUNK" && first && !avi_.oldIndex.empty()) return;
                    Fault("unexpected chunk " + code + kind);
                });
         return at + 8 + size;
@@ -111,6 +112,9 @@ class Checker {
         } else if (code == "indx") {
             superIndex_ = data;
             superLength_ = length;
+        } else if (code == "vprp") {
+            avi_.shownAspect = U32(data + 20);
+            if (length != 68 || U32(data + 32) != 1) Fault("vprp");
         } else {
             Fault("unexpected stream chunk " + code);
         }
@@ -124,18 +128,26 @@ class Checker {
                 indexes_.back() = data - 8;
                 return;
             }
+            if (code == "JUNK") return;
             if (avi_.frameCode.empty()) avi_.frameCode = code;
             if (code != avi_.frameCode || indexes_.back() != 0) Fault("unexpected chunk " + code);
+            avi_.chunks.push_back(data);
+            if (length == 0 && !avi_.repeats.empty()) {
+                ++avi_.repeats.back();
+                return;
+            }
             if (length != avi_.imageSize) Fault("a frame of another length");
             avi_.frames.push_back(data);
+            avi_.repeats.push_back(0);
         });
     }
 
     void OldIndex(uint64_t data, uint32_t length) {
         for (uint32_t at = 0; at < length; at += 16) {
             if (Code(data + at) != avi_.frameCode) Fault("idx1: code");
-            if (U32(data + at + 4) != 0x10) Fault("idx1: not a key frame");
-            if (U32(data + at + 12) != avi_.imageSize) Fault("idx1: length");
+            const uint32_t size = U32(data + at + 12);
+            if (U32(data + at + 4) != (size != 0 ? 0x10 : 0)) Fault("idx1: not a key frame");
+            if (size != U32(movies_.at(0) + U32(data + at + 8) + 4)) Fault("idx1: length");
             avi_.oldIndex.push_back(movies_.at(0) + U32(data + at + 8) + 8);
         }
     }
@@ -160,7 +172,8 @@ class Checker {
         const uint64_t base = Number(data + 12, 8);
         for (uint32_t i = 0; i < U32(data + 4); ++i) {
             avi_.openDmlIndex.push_back(base + U32(data + 24 + i * 8));
-            if (U32(data + 28 + i * 8) != avi_.imageSize) Fault("ix00: length");
+            const uint32_t size = U32(avi_.openDmlIndex.back() - 4);
+            if (U32(data + 28 + i * 8) != (size != 0 ? size : 0x80000000)) Fault("ix00: length");
         }
     }
 

@@ -26,7 +26,10 @@ struct CheckedAvi {
     uint32_t streamFrames = 0;  // strh
     uint32_t totalFrames = 0;   // dmlh
     std::string frameCode;
+    uint32_t shownAspect = 0;             // vprp; 0 without
     std::vector<uint64_t> frames;         // data offsets, from the movi lists
+    std::vector<uint32_t> repeats;        // empty chunks behind each frame
+    std::vector<uint64_t> chunks;         // data offsets of frames and empty chunks
     std::vector<uint64_t> oldIndex;       // the same by idx1
     std::vector<uint64_t> openDmlIndex;   // the same by indx and ix00
     std::vector<uint64_t> segmentStarts;  // RIFF chunks
