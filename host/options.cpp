@@ -43,19 +43,35 @@ std::optional<int> ParseEdge(wstring_view text) {
 
 wstring Quoted(wstring_view text) { return L"\"" + wstring(text) + L"\""; }
 
-wstring SetSize(Options& options, wstring_view value) {
+bool TakeEdges(Options& options, wstring_view value) {
     const size_t cross = value.find_first_of(L"xX");
-    if (cross != wstring_view::npos) {
-        const auto width = ParseEdge(value.substr(0, cross));
-        const auto height = ParseEdge(value.substr(cross + 1));
-        if (width && height) {
-            options.width = *width;
-            options.height = *height;
-            return {};
-        }
+    if (cross == wstring_view::npos) return false;
+    const auto width = ParseEdge(value.substr(0, cross));
+    const auto height = ParseEdge(value.substr(cross + 1));
+    if (!width || !height) return false;
+    options.width = *width;
+    options.height = *height;
+    return true;
+}
+
+// The two say the same thing in two ways: the second to come is one too many.
+wstring SetSize(Options& options, wstring_view value) {
+    if (options.fit) return L"--size and --fit exclude each other";
+    if (TakeEdges(options, value)) {
+        options.sized = true;
+        return {};
     }
     return L"--size wants WIDTHxHEIGHT, each from 0 (as the source) to 65535, and not " +
            Quoted(value);
+}
+
+wstring SetFit(Options& options, wstring_view value) {
+    if (options.sized) return L"--size and --fit exclude each other";
+    if (TakeEdges(options, value) && options.width > 0 && options.height > 0) {
+        options.fit = true;
+        return {};
+    }
+    return L"--fit wants WIDTHxHEIGHT, each from 1 to 65535, and not " + Quoted(value);
 }
 
 // A decimal number, or a fraction such as 30000/1001.
@@ -93,6 +109,7 @@ struct OptionRow {
 
 const OptionRow kOptions[] = {
     {L"--size", nullptr, SetSize},
+    {L"--fit", nullptr, SetFit},
     {L"--method", nullptr,
      [](Options& o, wstring_view v) { return SetNamed(o.method, MethodNames(), L"--method", v); }},
     {L"--format", nullptr,
@@ -100,6 +117,8 @@ const OptionRow kOptions[] = {
     {L"--type", nullptr,
      [](Options& o, wstring_view v) { return SetNamed(o.type, TypeNames(), L"--type", v); }},
     {L"--fps", nullptr, SetFps},
+    {L"--as-is", &Options::asIs, nullptr},
+    {L"--overwrite", &Options::overwrite, nullptr},
     {L"--module", nullptr,
      [](Options& o, wstring_view v) {
          o.module = v;
@@ -112,6 +131,8 @@ const OptionRow kOptions[] = {
     {L"--pages", &Options::pages, nullptr},
     {L"--cpu", &Options::cpu, nullptr},
     {L"--help", &Options::help, nullptr},
+    {L"-h", &Options::help, nullptr},
+    {L"/?", &Options::help, nullptr},
     {L"--version", &Options::version, nullptr},
 };
 
@@ -146,6 +167,16 @@ wstring CheckFilesToWrite(const std::vector<wstring_view>& files) {
     return {};
 }
 
+// Not by the platform's rules for paths: they differ from build to build.
+bool IsNamedAvi(wstring_view file) {
+    constexpr wstring_view kExtension = L".avi";
+    const size_t slash = file.find_last_of(L"/\\:");
+    const wstring_view name = slash == wstring_view::npos ? file : file.substr(slash + 1);
+    return name.size() > kExtension.size() &&
+           std::ranges::equal(name.substr(name.size() - kExtension.size()), kExtension, {},
+                              [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c + 32 : c; });
+}
+
 wstring CheckFilesToPlay(const std::vector<wstring_view>& files) {
     if (files.empty()) return L"the name of the input file is missing";
     if (files.size() > 1) return L"one input and no output, but there is also " + Quoted(files[1]);
@@ -161,9 +192,15 @@ wstring TakeFiles(Options& options, const std::vector<wstring_view>& files) {
     if (options.registered && !options.module.empty()) {
         return L"--registered and --module exclude each other";
     }
+    if (options.asIs && options.fps > 0) return L"--as-is and --fps exclude each other";
     options.input = files[0];
-    if (!options.ToScreen()) options.output = files[1];
-    return {};
+    if (options.ToScreen()) return {};
+    options.output = files[1];
+    // The folder of a name that ends with a slash is told as such later.
+    const bool folder = options.output.find_last_of(L"/\\") + 1 == options.output.size();
+    if (folder || IsNamedAvi(options.output)) return {};
+    return L"the output is an AVI file: its name has to end with .avi, and not be " +
+           Quoted(options.output);
 }
 
 }  // namespace
@@ -174,7 +211,8 @@ ParsedOptions ParseOptions(std::span<const wstring_view> arguments) {
     bool optionsEnded = false;
     for (size_t next = 0; next < arguments.size();) {
         const wstring_view argument = arguments[next];
-        const bool isOption = !optionsEnded && argument.size() > 1 && argument[0] == L'-';
+        const bool isOption =
+            !optionsEnded && ((argument.size() > 1 && argument[0] == L'-') || argument == L"/?");
         if (!isOption) {
             files.push_back(argument);
             ++next;
@@ -199,25 +237,40 @@ wstring UsageText() {
 Scales the video in INPUT with the filter Mira Vantrel and writes it, uncompressed, to OUTPUT.avi,
 or plays it in a window.
 
-  --play          play the video; ends with it, or when its window is closed
+  --play          play the video; ends with it, with Esc, or when its window is closed; the space
+                  bar pauses
   --pages         play it over and over beside the filter's property pages; ends when these or the
                   window are closed
-  --size WxH      size of the output; 0 for either keeps the source's (default 0x0)
+  --size WxH      size of the output; 0 for either keeps that side of the source, so that 640x0
+                  changes the width alone and with it the shape of the picture (default 0x0)
+  --fit WxH       the largest size within this box that keeps the shape of the picture; smaller
+                  pictures stay as they are
   --method NAME   how to scale (default AUTO)
   --format NAME   the only pixel format that the filter may take (default AUTO: any)
   --type NAME     the only kind of format block that the filter may take (default AUTO: any)
   --fps N         fixed frame rate: frames are repeated and dropped; 29.97 or 30000/1001
+  --as-is         write frame for frame, whatever the times of the frames
+  --overwrite     replace OUTPUT.avi if it is there
   --registered    use the filter that is registered on this system
   --module PATH   use the filter in this file (default: TavoResample.ax beside this program)
   --graph         print the filters, pins and media types that were connected
   --quiet         no progress and no statistics
   --cpu           print what is known of the processor and which code will run on it
-  --help          this text
+  --help, -h, /?  this text
   --version       version of this program
 
+Formats hold sizes of their own: planar pictures are even in width and height (YVU9: multiples of
+4), packed 4:2:2 ones even in width. Sizes between are rounded up.
+
+Without --fps and --as-is, frames that come at irregular times keep them: the file has the rate that
+suits their distances, and shows frames for as long as they last.
+
 Methods: )" +
-           ListSettings(MethodNames()) + L"\nFormats: " + ListSettings(FormatNames()) +
-           L"\nTypes:   " + ListSettings(TypeNames()) +
+           ListSettings(MethodNames()) +
+           L"\n         or, for short, \"nearest\" and \"bilinear\", also with -auto, -mmx, -sse"
+           L"\nFormats: " +
+           ListSettings(FormatNames()) + L"; \"I420\" is IYUV\nTypes:   " +
+           ListSettings(TypeNames()) +
            LR"(
 
 Ctrl-C stops early; what was written until then is a complete file. There is no sound.

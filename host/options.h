@@ -14,10 +14,14 @@ struct Options {
     std::wstring module;  // empty: the one beside the program
     int width = 0;        // 0 keeps the source's
     int height = 0;
-    int method = 0;  // codes of the filter's settings
+    bool sized = false;  // by --size
+    bool fit = false;    // width and height are a box for the picture; neither is 0
+    int method = 0;      // codes of the filter's settings
     int format = 0;
     int type = 0;
-    double fps = 0.0;  // 0: the time regulator is off
+    double fps = 0.0;   // 0: the time regulator is off
+    bool asIs = false;  // frame for frame, whatever their times
+    bool overwrite = false;
     bool registered = false;
     bool graph = false;
     bool quiet = false;
@@ -36,7 +40,7 @@ struct ParsedOptions {
 };
 
 // `arguments` are those behind the program's name. An option's value may follow it or stand behind
-// an equals sign; "--" ends the options. --help and --version need no files.
+// an equals sign; "--" ends the options. -h and /? are --help; it and --version need no files.
 ParsedOptions ParseOptions(std::span<const std::wstring_view> arguments);
 
 // What --help prints.

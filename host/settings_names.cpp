@@ -20,6 +20,17 @@ constexpr SettingName kMethods[] = {
     {L"Bi-Linear SSE", 12},
 };
 
+constexpr SettingName kShortMethods[] = {
+    {L"nearest-auto", 1},
+    {L"bilinear-auto", 2},
+    {L"nearest", 5},
+    {L"nearest-mmx", 6},
+    {L"nearest-sse", 7},
+    {L"bilinear", 10},
+    {L"bilinear-mmx", 11},
+    {L"bilinear-sse", 12},
+};
+
 constexpr SettingName kFormats[] = {
     {L"AUTO", 0},
     {L"YV12", 1},
@@ -32,6 +43,11 @@ constexpr SettingName kFormats[] = {
     {L"RGB24", 8},
     {L"RGB555", 9},
     {L"RGB565", 10},
+};
+
+// Another code for the same pictures.
+constexpr SettingName kShortFormats[] = {
+    {L"I420", 2},
 };
 
 constexpr SettingName kTypes[] = {
@@ -50,6 +66,12 @@ bool SameText(std::wstring_view a, std::wstring_view b) {
     return std::ranges::equal(a, b, {}, Lower, Lower);
 }
 
+std::span<const SettingName> ShortNamesFor(std::span<const SettingName> names) {
+    if (names.data() == kMethods) return kShortMethods;
+    if (names.data() == kFormats) return kShortFormats;
+    return {};
+}
+
 }  // namespace
 
 std::span<const SettingName> MethodNames() { return kMethods; }
@@ -58,6 +80,9 @@ std::span<const SettingName> TypeNames() { return kTypes; }
 
 std::optional<int> FindSetting(std::span<const SettingName> names, std::wstring_view name) {
     for (const SettingName& entry : names) {
+        if (SameText(entry.name, name)) return entry.code;
+    }
+    for (const SettingName& entry : ShortNamesFor(names)) {
         if (SameText(entry.name, name)) return entry.code;
     }
     return std::nullopt;

@@ -18,7 +18,7 @@ std::span<const SettingName> MethodNames();
 std::span<const SettingName> FormatNames();
 std::span<const SettingName> TypeNames();
 
-// Upper and lower case are the same.
+// Also by a short name. Upper and lower case are the same.
 std::optional<int> FindSetting(std::span<const SettingName> names, std::wstring_view name);
 
 // The name of a code; empty for a code without one.

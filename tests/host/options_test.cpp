@@ -108,15 +108,64 @@ TEST(Options, MissingAndSuperfluous) {
     EXPECT_TRUE(Contains(Error({L"--graph=1"}), L"takes no value"));
     EXPECT_TRUE(Contains(Error({L"--module="}), L"--module wants"));
     EXPECT_TRUE(Contains(Error({L"--sise", L"1x1"}), L"\"--sise\""));
-    EXPECT_TRUE(Contains(Error({L"-h"}), L"\"-h\""));
+    EXPECT_TRUE(Contains(Error({L"-q"}), L"\"-q\""));
+    EXPECT_TRUE(Contains(Error({L"--as-is", L"--fps", L"25"}), L"exclude"));
     EXPECT_TRUE(Contains(Error({L"--module", L"m.ax", L"--registered"}), L"exclude"));
 }
 
 TEST(Options, FilesThatLookLikeOptions) {
-    const ParsedOptions parsed = Parse({L"--quiet", L"--", L"--in.avi", L"-"});
+    const ParsedOptions parsed = Parse({L"--quiet", L"--", L"-", L"--out.avi"});
     EXPECT_EQ(parsed.error, L"");
-    EXPECT_EQ(parsed.options.input, L"--in.avi");
-    EXPECT_EQ(parsed.options.output, L"-");
+    EXPECT_EQ(parsed.options.input, L"-");
+    EXPECT_EQ(parsed.options.output, L"--out.avi");
+}
+
+TEST(Options, TheOutputIsNamedAvi) {
+    for (const wchar_t* good : {L"a.avi", L"a.AVI", L"b.mp4.Avi", L"c:\\d.e\\f.avi", L"g/h.avi"}) {
+        EXPECT_EQ(Parse({L"in.mp4", good}).error, L"") << good;
+    }
+    for (const wchar_t* bad : {L"out", L"out.mp4", L"out.av", L"avi", L".avi", L"a/.avi",
+                               L"a.avi.mkv", L"x.avi\\y", L"c:.avi"}) {
+        EXPECT_TRUE(Contains(Parse({L"in.mp4", bad}).error, L"end with .avi")) << bad;
+        EXPECT_TRUE(Contains(Parse({L"in.mp4", bad}).error, bad)) << bad;
+    }
+    // Said elsewhere, and better.
+    EXPECT_EQ(Parse({L"in.mp4", L"folder\\"}).error, L"");
+    EXPECT_EQ(Parse({L"--play", L"in.mp4"}).error, L"");
+}
+
+TEST(Options, Fit) {
+    const Options options = Good({L"--fit", L"640x480"});
+    EXPECT_TRUE(options.fit);
+    EXPECT_EQ(options.width, 640);
+    EXPECT_EQ(options.height, 480);
+    EXPECT_FALSE(Good({L"--size", L"640x480"}).fit);
+    for (const wchar_t* bad : {L"640", L"0x480", L"640x0", L"x", L"65536x1", L""}) {
+        EXPECT_TRUE(Contains(Error({L"--fit", bad}), L"--fit wants")) << bad;
+    }
+    EXPECT_TRUE(Contains(Error({L"--fit", L"4x4", L"--size", L"4x4"}), L"exclude"));
+    EXPECT_TRUE(Contains(Error({L"--size", L"4x4", L"--fit", L"4x4"}), L"exclude"));
+}
+
+TEST(Options, TimingAndOverwriting) {
+    EXPECT_TRUE(Good({L"--as-is"}).asIs);
+    EXPECT_FALSE(Good({}).asIs);
+    EXPECT_TRUE(Good({L"--overwrite"}).overwrite);
+    EXPECT_FALSE(Good({}).overwrite);
+    for (const wchar_t* option : {L"--fit", L"--as-is", L"--overwrite"}) {
+        EXPECT_TRUE(Contains(UsageText(), option)) << option;
+    }
+}
+
+TEST(Options, ShortNames) {
+    const std::pair<const wchar_t*, int> methods[] = {
+        {L"nearest", 5},       {L"Bilinear", 10},     {L"nearest-mmx", 6},  {L"nearest-sse", 7},
+        {L"bilinear-mmx", 11}, {L"BILINEAR-SSE", 12}, {L"nearest-auto", 1}, {L"bilinear-auto", 2},
+    };
+    for (const auto& [name, code] : methods) EXPECT_EQ(Good({L"--method", name}).method, code);
+    EXPECT_EQ(Good({L"--format", L"i420"}).format, 2);
+    EXPECT_TRUE(Contains(Error({L"--type", L"I420"}), L"--type knows"));
+    EXPECT_TRUE(Contains(Error({L"--method", L"near"}), L"--method knows"));
 }
 
 TEST(Options, PlayingNeedsNoOutput) {
@@ -142,6 +191,11 @@ TEST(Options, PlayingNeedsNoOutput) {
 TEST(Options, HelpAndVersionNeedNoFiles) {
     EXPECT_EQ(Parse({L"--help"}).error, L"");
     EXPECT_TRUE(Parse({L"--help"}).options.help);
+    for (const wchar_t* help : {L"-h", L"/?"}) {
+        EXPECT_EQ(Parse({help}).error, L"");
+        EXPECT_TRUE(Parse({L"in.avi", help}).options.help) << help;
+    }
+    EXPECT_EQ(Parse({L"--", L"/?", L"out.avi"}).options.input, L"/?");
     EXPECT_EQ(Parse({L"--version", L"x"}).error, L"");
     EXPECT_EQ(Parse({L"--cpu"}).error, L"");
     EXPECT_TRUE(Parse({L"--cpu"}).options.cpu);
