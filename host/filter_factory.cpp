@@ -16,6 +16,18 @@ Function Export(HMODULE module, const char* name) {
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 
+// Where the registry says that the filter is; empty when it says nothing.
+std::wstring RegisteredFile() {
+    wchar_t id[40] = {};
+    if (StringFromGUID2(CLSID_VantrelFilter, id, 40) == 0) return {};
+    const std::wstring key = std::wstring(L"CLSID\\") + id + L"\\InprocServer32";
+    std::vector<wchar_t> path(32768);
+    auto length = static_cast<DWORD>(path.size() * sizeof(wchar_t));
+    const LSTATUS found = RegGetValueW(HKEY_CLASSES_ROOT, key.c_str(), nullptr, RRF_RT_REG_SZ,
+                                       nullptr, path.data(), &length);
+    return found == ERROR_SUCCESS ? path.data() : L"";
+}
+
 }  // namespace
 
 std::filesystem::path ProgramFolder() {
@@ -62,8 +74,15 @@ std::wstring FilterFactory::UseModule(const std::filesystem::path& path) {
 std::wstring FilterFactory::UseRegistered() {
     const HRESULT hr = CoGetClassObject(CLSID_VantrelFilter, CLSCTX_INPROC_SERVER, nullptr,
                                         IID_IClassFactory, factory_.PutVoid());
-    if (FAILED(hr)) return L"the registered filter Mira Vantrel cannot be used: " + ErrorText(hr);
-    return {};
+    if (SUCCEEDED(hr)) return {};
+    const std::wstring file = RegisteredFile();
+    std::error_code ignored;
+    if (!file.empty() && !std::filesystem::exists(file, ignored)) {
+        return L"the registered filter Mira Vantrel cannot be used: its file \"" + file +
+               L"\" is gone";
+    }
+    return L"the registered filter Mira Vantrel cannot be used: " +
+           (file.empty() ? L"" : L"\"" + file + L"\": ") + ErrorText(hr);
 }
 
 HRESULT FilterFactory::AnnouncePages() {
