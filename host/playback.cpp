@@ -10,6 +10,7 @@
 #include "host/error_text.h"
 #include "host/player.h"
 #include "host/property_frame.h"
+#include "host/video_window.h"
 #include "host/wine.h"
 
 namespace tavo {
@@ -26,24 +27,39 @@ constexpr int kPagesPlace = 20;
 // filter.
 bool DoesPlatformFrameApply() { return !RunsUnderWine(); }
 
-// The renderer's window lives on this thread.
-void HandleMessages() {
+// Keys come on the thread of the renderer's window; this one is told by a message.
+constexpr UINT kKeyMessage = WM_APP + 1;
+
+void TakeKey(Player& player, WPARAM key) {
+    if (key == VK_SPACE) player.TogglePause();
+    if (key == VK_ESCAPE) player.EndByUser();
+}
+
+// The renderer's window may live on this thread.
+void HandleMessages(Player& player) {
     MSG message;
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (message.hwnd == nullptr && message.message == kKeyMessage) {
+            TakeKey(player, message.wParam);
+            continue;
+        }
         TranslateMessage(&message);
         DispatchMessageW(&message);
     }
 }
 
-void PlayInWindow(Player& player, const StopRequest& stop) {
+void PlayInWindow(VideoGraph& graph, Player& player, const StopRequest& stop) {
     const HANDLE handles[] = {player.Event(), stop.Event()};
     const DWORD count = stop.Event() != nullptr ? 2 : 1;
+    const DWORD thread = GetCurrentThreadId();
+    const VideoWindow window(
+        graph.builder, [thread](WPARAM key) { PostThreadMessageW(thread, kKeyMessage, key, 0); });
     do {
         if (MsgWaitForMultipleObjects(count, handles, FALSE, INFINITE, QS_ALLINPUT) ==
             WAIT_FAILED) {
             return;
         }
-        HandleMessages();
+        HandleMessages(player);
     } while (player.GoesOn());
 }
 
@@ -123,7 +139,7 @@ PlayResult PlayGraph(VideoGraph& graph, StopRequest& stop, bool withPages) {
         if (withPages) {
             error = ShowPages(graph.filter, player);
         } else {
-            PlayInWindow(player, stop);
+            PlayInWindow(graph, player, stop);
         }
     }
     PlayResult result = player.Finish();

@@ -66,6 +66,7 @@ bool Player::GoesOn() {
         result_.stopped = true;
         return End();
     }
+    if (wantsEnd_) return End();
     HRESULT reason = S_OK;
     switch (TakeEvents(*events_.Get(), reason)) {
         case Ending::None: return true;
@@ -77,6 +78,17 @@ bool Player::GoesOn() {
         case Ending::Aborted: return Fail(FAILED(reason) ? reason : E_FAIL);
     }
     return true;
+}
+
+void Player::TogglePause() {
+    if (over_ || held_) return;
+    if (paused_) {
+        Run();
+    } else {
+        KeepFigures();
+        control_->Pause();
+    }
+    paused_ = !paused_;
 }
 
 PlayResult Player::Finish() {

@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <atomic>
 #include <string>
 
 #include "host/console.h"
@@ -32,6 +33,10 @@ class Player final : public ApplyObserver {
     bool Start();
     // Takes what has happened; false when the playing is over.
     bool GoesOn();
+    // For the space bar, on the thread that made the player.
+    void TogglePause();
+    // As when the window is closed.
+    void EndByUser() { wantsEnd_ = true; }
     // Signalled when something has happened.
     HANDLE Event() const { return event_; }
     PlayResult Finish();
@@ -59,6 +64,8 @@ class Player final : public ApplyObserver {
     HANDLE event_ = nullptr;
     ULONGLONG runningSince_ = 0;
     bool over_ = false;
+    bool paused_ = false;
+    std::atomic<bool> wantsEnd_ = false;
     bool held_ = false;
     bool outOfMemory_ = false;
     LONGLONG heldAt_ = 0;

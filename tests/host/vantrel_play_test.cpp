@@ -9,6 +9,7 @@ namespace tavo {
 namespace {
 
 using tavo_test::FindVideo;
+using tavo_test::GrayOf;
 using tavo_test::NoiseFrames;
 using tavo_test::Output;
 using tavo_test::PressCtrlC;
@@ -16,6 +17,7 @@ using tavo_test::RunningProgram;
 using tavo_test::RunVantrel;
 using tavo_test::ShareConsole;
 using tavo_test::VantrelPath;
+using tavo_test::WaitFor;
 using tavo_test::WriteMovie;
 
 class VantrelPlay : public tavo_test::PlayTest {};
@@ -51,6 +53,77 @@ TEST_F(VantrelPlay, EndsWithCtrlC) {
     const Output run = program.Wait();
     EXPECT_EQ(run.exitCode, 3u);
     EXPECT_NE(run.error.find("stopped"), std::string::npos) << run.error;
+}
+
+void PressKey(HWND window, WPARAM key) {
+    PostMessageW(window, WM_KEYDOWN, key, 1);
+    PostMessageW(window, WM_KEYUP, key, static_cast<LPARAM>(0xC0000001));
+}
+
+TEST_F(VantrelPlay, EndsWithEsc) {
+    RunningProgram program(VantrelPath(), {L"--play", Movie(1500)});
+    const HWND window = FindVideo(program);
+    ASSERT_NE(window, nullptr);
+    PressKey(window, VK_ESCAPE);
+    ExpectGoodEnd(program.Wait());
+}
+
+// Each frame is as bright as its number says.
+std::vector<tavo_test::Frame> GrayFrames(const VideoFormat& video, int count, int first) {
+    std::vector<tavo_test::Frame> frames;
+    for (int i = 0; i < count; ++i) frames.emplace_back(*FrameSize(video), std::byte(first + i));
+    return frames;
+}
+
+TEST_F(VantrelPlay, TheSpaceBarPauses) {
+    const VideoFormat video = {PixelFormat::RGB24, 0, 160, 120};
+    WriteMovie(Path(L"in.avi"), video, GrayFrames(video, 170, 1), {5, 1});
+    RunningProgram program(VantrelPath(), {L"--play", Path(L"in.avi")});
+    const HWND window = FindVideo(program);
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(WaitFor([&] { return GrayOf(window) > 2; }));
+    PressKey(window, VK_SPACE);
+    Sleep(600);
+    const int held = GrayOf(window);
+    EXPECT_GT(held, 0);
+    Sleep(1500);
+    EXPECT_EQ(GrayOf(window), held);
+    PressKey(window, VK_SPACE);
+    EXPECT_TRUE(WaitFor([&] { return GrayOf(window) > held + 1; }));
+    PressKey(window, VK_ESCAPE);
+    ExpectGoodEnd(program.Wait());
+}
+
+COLORREF PixelOf(HWND window, int x, int y) {
+    const HDC dc = GetDC(window);
+    const COLORREF color = GetPixel(dc, x, y);
+    ReleaseDC(window, dc);
+    return color;
+}
+
+TEST_F(VantrelPlay, ThePictureKeepsItsShape) {
+    const VideoFormat video = {PixelFormat::RGB24, 0, 160, 120};
+    WriteMovie(Path(L"in.avi"), video, GrayFrames(video, 150, 100), {5, 1});
+    RunningProgram program(VantrelPath(), {L"--play", Path(L"in.avi")});
+    const HWND window = FindVideo(program);
+    ASSERT_NE(window, nullptr);
+    EXPECT_TRUE(WaitFor([&] { return GrayOf(window) >= 100; }));
+    RECT outer = {};
+    RECT client = {};
+    GetWindowRect(window, &outer);
+    GetClientRect(window, &client);
+    const int frameWidth = outer.right - outer.left - client.right;
+    const int frameHeight = outer.bottom - outer.top - client.bottom;
+    SetWindowPos(window, nullptr, 0, 0, 400 + frameWidth, 150 + frameHeight,
+                 SWP_NOZORDER | SWP_NOMOVE | SWP_NOACTIVATE);
+    EXPECT_TRUE(WaitFor([&] { return tavo_test::IsVideoAs(window, 400, 150); }));
+    // 200 x 150 in the middle.
+    EXPECT_TRUE(WaitFor([&] { return GetRValue(PixelOf(window, 110, 75)) >= 100; }));
+    EXPECT_TRUE(WaitFor([&] { return GetRValue(PixelOf(window, 290, 75)) >= 100; }));
+    EXPECT_TRUE(WaitFor([&] { return PixelOf(window, 90, 75) == RGB(0, 0, 0); }));
+    EXPECT_TRUE(WaitFor([&] { return PixelOf(window, 310, 75) == RGB(0, 0, 0); }));
+    PressKey(window, VK_ESCAPE);
+    ExpectGoodEnd(program.Wait());
 }
 
 // Renderers that take such pictures may not be there: then the source is asked for others.
