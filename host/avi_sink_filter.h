@@ -8,6 +8,8 @@
 #include "host/avi_writer.h"
 #include "host/file_store.h"
 #include "host/frame_counter_filter.h"
+#include "host/frame_timing.h"
+#include "host/time_stamps.h"
 #include "host/video_type.h"
 #include "streams.h"
 
@@ -53,13 +55,23 @@ class CAviSink final : public CBaseFilter,
         tavo::IoResult io = tavo::IoResult::Ok;  // the first failure
         bool typeChanged = false;                // the stream went on in another format
         uint64_t frames = 0;
+        uint64_t repeats = 0;  // of frames that are shown longer than one slot
         uint64_t bytes = 0;
         tavo::FrameRate rate;
         tavo::TimeStamps stamps;
     };
 
+    // Whether frames keep the distances of their times, or follow each other at the rate that the
+    // type names.
+    enum class Timing { Kept, FrameForFrame };
+
+    struct FileOptions {
+        Timing timing = Timing::Kept;
+        tavo::AspectRatio shown;
+    };
+
     // Creates or empties the file. The pin is connected and the graph stopped.
-    tavo::IoResult OpenFile(const std::filesystem::path& path);
+    tavo::IoResult OpenFile(const std::filesystem::path& path, const FileOptions& options);
 
     // Makes the file whole; any thread. What arrives later is refused.
     Result FinishFile();
@@ -77,6 +89,10 @@ class CAviSink final : public CBaseFilter,
 
   private:
     void SignalCompleteOnce();
+    tavo::IoResult TakeTimedFrame(std::span<const std::byte> frame,
+                                  std::optional<REFERENCE_TIME> start, REFERENCE_TIME length);
+    tavo::IoResult FinishTiming();
+    int64_t UsualDistance() const;
     bool ShowsExpected(REFERENCE_TIME start, REFERENCE_TIME stop) const;
 
     CCritSec m_lock;
@@ -84,6 +100,10 @@ class CAviSink final : public CBaseFilter,
     tavo::FileStore m_file;
     std::optional<tavo::AviWriter> m_writer;
     Result m_result;
+    Timing m_timing = Timing::Kept;
+    tavo::RisingTimes m_times;
+    std::vector<int64_t> m_starts;
+    REFERENCE_TIME m_lastLength = 0;  // 0 when the last frame does not say
     uint64_t m_count = 0;
     REFERENCE_TIME m_expectedStart = 0;
     REFERENCE_TIME m_expectedStop = 0;

@@ -45,7 +45,8 @@ HRESULT CFrameCounter::Pass(IMediaSample* sample) {
     if (FAILED(hr)) {
         const bool isFirst = SUCCEEDED(m_counts.failure);
         if (isFirst && !tavo::ReceiverHasStopped(hr)) m_counts.failure = hr;
-        return hr;
+        // What a stop cuts short may have come out in part.
+        if (results == 0) return hr;
     }
     ++m_counts.frames;
     if (!shown) ++m_counts.dropped;

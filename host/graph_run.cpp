@@ -114,7 +114,7 @@ std::wstring FailureOf(const VideoGraph& graph, HRESULT reason) {
         }
     }
     if (FAILED(reason)) return L"the run failed: " + ErrorText(reason);
-    return graph.sink->Count() == 0 ? L"the input gave no frame" : L"";
+    return {};
 }
 
 // Runs until the end; the graph is stopped again when this returns.
@@ -147,12 +147,15 @@ void RunToEnd(VideoGraph& graph, StopRequest& stop, bool showProgress, RunResult
 
 }  // namespace
 
-RunResult RunGraph(VideoGraph& graph, const std::filesystem::path& output, StopRequest& stop,
-                   bool showProgress) {
+RunResult RunGraph(VideoGraph& graph, const Options& options, StopRequest& stop) {
     RunResult result;
-    const IoResult opened = graph.sink->OpenFile(output);
+    const std::filesystem::path output = options.output;
+    // The frames of a fixed rate follow each other as they are.
+    const bool asTheyCome = options.asIs || options.fps > 0;
+    const auto timing = asTheyCome ? CAviSink::Timing::FrameForFrame : CAviSink::Timing::Kept;
+    const IoResult opened = graph.sink->OpenFile(output, {timing, graph.shown});
     if (opened == IoResult::Ok) {
-        RunToEnd(graph, stop, showProgress, result);
+        RunToEnd(graph, stop, !options.quiet, result);
     } else {
         result.error = L"\"" + output.wstring() + L"\" cannot be created: " + IoText(opened);
     }
@@ -161,8 +164,10 @@ RunResult RunGraph(VideoGraph& graph, const std::filesystem::path& output, StopR
     if (opened == IoResult::Ok) {
         const std::wstring error = FileError(output, result.file);
         if (!error.empty()) result.error = error;
+        const bool atEnd = result.error.empty() && !result.stopped;
+        result.gaveNoFrame = atEnd && result.file.frames == 0;
         std::error_code ignored;
-        if (!result.error.empty() && result.file.frames == 0) {
+        if ((!result.error.empty() || result.gaveNoFrame) && result.file.frames == 0) {
             std::filesystem::remove(output, ignored);
         }
     }

@@ -24,8 +24,9 @@ struct FilterFigures {
 FilterFigures ReadFigures(IVantrelSettings& settings);
 
 struct RunResult {
-    std::wstring error;    // one line; empty when all is well
-    bool stopped = false;  // by the user
+    std::wstring error;        // one line; empty when all is well
+    bool stopped = false;      // by the user
+    bool gaveNoFrame = false;  // it ran to its end without one
     CAviSink::Result file;
     std::optional<CFrameCounter::Counts> input;
     double seconds = 0.0;
@@ -35,8 +36,7 @@ struct RunResult {
 
 // Opens the output file (from here on what was in it is gone), runs the graph, stops it and
 // finishes the file. A failed run that wrote no frame leaves no file.
-RunResult RunGraph(VideoGraph& graph, const std::filesystem::path& output, StopRequest& stop,
-                   bool showProgress);
+RunResult RunGraph(VideoGraph& graph, const Options& options, StopRequest& stop);
 
 // What is printed at the end: several lines.
 std::wstring StatisticsText(const VideoGraph& graph, const RunResult& result);

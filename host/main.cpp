@@ -13,10 +13,10 @@
 #include "host/filter_factory.h"
 #include "host/graph_run.h"
 #include "host/graph_text.h"
+#include "host/input_file.h"
 #include "host/options.h"
 #include "host/playback.h"
 #include "host/processor_text.h"
-#include "host/raw_movie.h"
 #include "host/video_graph.h"
 
 namespace tavo {
@@ -29,20 +29,10 @@ int Complain(const std::wstring& error, int code) {
     return code;
 }
 
-// What can be said about the two paths before anything is done with them.
-std::wstring CheckInput(const std::filesystem::path& input) {
-    std::error_code ignored;
-    const std::wstring in = L"\"" + input.wstring() + L"\"";
-    if (!std::filesystem::exists(input, ignored)) return in + L" does not exist";
-    if (std::filesystem::is_directory(input, ignored)) return in + L" is a folder";
-    FileStore file;
-    const IoResult readable = file.OpenForReading(input);
-    if (readable != IoResult::Ok) return in + L" cannot be opened: " + IoText(readable);
-    if (file.Size() == 0) return in + L" is empty";
-    return {};
-}
-
-std::wstring CheckOutput(const std::filesystem::path& output, const std::filesystem::path& input) {
+// What can be said about the output before anything is done with it.
+std::wstring CheckOutput(const Options& options) {
+    const std::filesystem::path output = options.output;
+    const std::filesystem::path input = options.input;
     std::error_code ignored;
     const std::wstring out = L"\"" + output.wstring() + L"\"";
     if (std::filesystem::is_directory(output, ignored)) return out + L" is a folder";
@@ -53,31 +43,26 @@ std::wstring CheckOutput(const std::filesystem::path& output, const std::filesys
     if (!folder.empty() && !std::filesystem::is_directory(folder, ignored)) {
         return L"the folder of " + out + L" does not exist";
     }
+    if (!options.overwrite && std::filesystem::exists(output, ignored)) {
+        return out + L" is there already; --overwrite replaces it";
+    }
     return {};
 }
 
-// Null unless the file is an AVI that the program can read itself.
-std::shared_ptr<RawMovie> OpenRawMovie(const std::filesystem::path& input) {
-    auto movie = std::make_shared<RawMovie>();
-    if (movie->file.OpenForReading(input) != IoResult::Ok ||
-        movie->reader.Open(movie->file) != AviResult::Ok) {
-        return nullptr;
-    }
-    return movie;
-}
-
-int Write(const Options& options, VideoGraph& graph, StopRequest& stop,
-          const std::shared_ptr<RawMovie>& movie) {
-    const RunResult result = RunGraph(graph, options.output, stop, !options.quiet);
+int Write(const Options& options, VideoGraph& graph, StopRequest& stop, const InputFile& input) {
+    const RunResult result = RunGraph(graph, options, stop);
     if (!options.quiet && result.file.frames > 0) PrintOut(StatisticsText(graph, result));
-    if (movie && movie->reader.IsCutOff()) {
-        PrintError(L"vantrel: warning: \"" + options.input +
-                   L"\" is cut off; all whole frames were read\n");
+    if (result.gaveNoFrame) {
+        return Complain(WhyNoFrames(input.Name(), input.facts), kFailed);
+    }
+    if (input.IsCutOff() && !result.stopped) {
+        PrintError(L"vantrel: warning: " + input.Name() +
+                   L" is cut off; all whole frames were read\n");
     }
     if (!result.error.empty()) return Complain(result.error, kFailed);
     if (result.stopped) {
-        return Complain(L"stopped after " + std::to_wstring(result.file.frames) + L" frames",
-                        kStopped);
+        const uint64_t frames = result.file.frames + result.file.repeats;
+        return Complain(L"stopped after " + std::to_wstring(frames) + L" frames", kStopped);
     }
     return kDone;
 }
@@ -90,8 +75,9 @@ int Play(const Options& options, VideoGraph& graph, StopRequest& stop) {
 }
 
 int Scale(const Options& options) {
-    std::wstring error = CheckInput(options.input);
-    if (error.empty() && !options.ToScreen()) error = CheckOutput(options.output, options.input);
+    InputFile input;
+    std::wstring error = OpenInput(options.input, input);
+    if (error.empty() && !options.ToScreen()) error = CheckOutput(options);
     if (!error.empty()) return Complain(error, kFailed);
 
     FilterFactory factory;
@@ -110,13 +96,12 @@ int Scale(const Options& options) {
     }
 
     StopRequest stop;
-    const std::shared_ptr<RawMovie> movie = OpenRawMovie(options.input);
-    const auto graph = BuildVideoGraph(options, factory, movie, error);
+    const auto graph = BuildVideoGraph(options, factory, input, error);
     if (!graph) return Complain(error, kFailed);
     if (options.graph) PrintOut(GraphText(graph->builder.Get()));
     if (stop.IsSet()) return Complain(L"stopped before the first frame", kStopped);
 
-    return options.ToScreen() ? Play(options, *graph, stop) : Write(options, *graph, stop, movie);
+    return options.ToScreen() ? Play(options, *graph, stop) : Write(options, *graph, stop, input);
 }
 
 int Run(const std::vector<std::wstring_view>& arguments) {

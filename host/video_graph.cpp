@@ -2,6 +2,10 @@
 
 #include "host/video_graph.h"
 
+#include <dvdmedia.h>
+
+#include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <new>
 
@@ -10,6 +14,7 @@
 #include "host/graph_pins.h"
 #include "host/planar_layout.h"
 #include "host/settings_names.h"
+#include "host/video_type.h"
 
 namespace tavo {
 namespace {
@@ -36,16 +41,29 @@ HRESULT MakeFilter(Filter*& object, ComPtr<IBaseFilter>& reference, Arguments&&.
     return hr;
 }
 
+// Without Direct3D, as under Wine where no OpenGL is, this renderer crashes instead of refusing.
+bool CanRun(const CLSID& renderer) {
+    if (renderer != CLSID_VideoRendererDefault) return true;
+    const HMODULE library = LoadLibraryW(L"d3d9.dll");
+    if (library == nullptr) return false;
+    using CreateDirect3D = IUnknown*(WINAPI*)(UINT);
+    constexpr UINT kVersion = 32;
+    const auto create = reinterpret_cast<CreateDirect3D>(
+        reinterpret_cast<void*>(GetProcAddress(library, "Direct3DCreate9")));
+    IUnknown* const direct3d = create != nullptr ? create(kVersion) : nullptr;
+    if (direct3d != nullptr) direct3d->Release();
+    return direct3d != nullptr;
+}
+
 class Builder {
   public:
-    Builder(const Options& options, const FilterFactory& factory,
-            const std::shared_ptr<RawMovie>& movie)
-        : options_(options), factory_(factory), movie_(movie) {}
+    Builder(const Options& options, const FilterFactory& factory, const InputFile& input)
+        : options_(options), factory_(factory), input_(input) {}
 
     Attempt Build(Route route) {
         attempt_ = {};
         attempt_.graph = std::make_unique<VideoGraph>();
-        if (!AddScalingFilter() || !ConnectSource(route) || !ConnectEnd()) {
+        if (!AddScalingFilter() || !ConnectSource(route) || !SetSize() || !ConnectEnd()) {
             attempt_.graph.reset();
             return std::move(attempt_);
         }
@@ -61,7 +79,8 @@ class Builder {
         return false;
     }
 
-    // The settings come before any connection: types are tested against them.
+    // The settings come before any connection: types are tested against them. The size has to wait
+    // for the source's.
     bool AddScalingFilter() {
         VideoGraph& graph = *attempt_.graph;
         HRESULT hr = CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER,
@@ -71,7 +90,6 @@ class Builder {
         if (FAILED(hr)) return Fail(hr, L"the filter Mira Vantrel cannot be created");
         graph.settings = graph.filter.As<IVantrelSettings>(IID_IVantrelSettings);
         if (!graph.settings) return Fail(E_NOINTERFACE, L"the filter has no settings");
-        graph.settings->SetOutputSize(options_.width, options_.height);
         graph.settings->SetScaleMethod(options_.method);
         graph.settings->SetOutputFormat(options_.format);
         graph.settings->SetVideoType(options_.type);
@@ -94,8 +112,51 @@ class Builder {
             if (SUCCEEDED(hr) && ConnectionTypeOf(input.Get(), graph.inputType)) return true;
         }
         attempt_.inputRefused = true;
-        return Fail(FAILED(hr) ? hr : VFW_E_CANNOT_CONNECT,
-                    L"nothing on this system decodes a video in " + Quoted(options_.input));
+        attempt_.result = FAILED(hr) ? hr : VFW_E_CANNOT_CONNECT;
+        attempt_.error = WhyNotDecodedHere(input_);
+        return false;
+    }
+
+    // The format is known now, and so is what sizes it can hold.
+    bool SetSize() {
+        VideoGraph& graph = *attempt_.graph;
+        const auto type = ReadVideoType(graph.inputType);
+        // What is no type of ours is for the filter to judge.
+        const VideoFormat video = type ? type->video : VideoFormat{};
+        const BITMAPINFOHEADER* const bitmap = BitmapHeaderOf(graph.inputType);
+        if (bitmap == nullptr || bitmap->biHeight == LONG_MIN) return true;
+        const PictureSize source = {bitmap->biWidth, std::abs(bitmap->biHeight)};
+        const AspectRatio shown = ShownAspect(graph.inputType, source);
+        const bool square = !shown.IsKnown() || IsSameShape(shown, source);
+        graph.shown = square ? AspectRatio{} : shown;
+        graph.rotation = input_.facts.rotation;
+        const AspectRatio pixel =
+            square ? AspectRatio{}
+                   : Reduced(uint64_t{shown.x} * static_cast<uint32_t>(source.height),
+                             uint64_t{shown.y} * static_cast<uint32_t>(source.width));
+        const SizeChoice choice = ChooseSize(options_, video.format, source, pixel);
+        graph.wanted = choice.wanted;
+        graph.size = choice.rounded;
+        graph.settings->SetOutputSize(choice.setting.width, choice.setting.height);
+        return true;
+    }
+
+    // As the type says, or else the file itself.
+    AspectRatio ShownAspect(const CMediaType& type, PictureSize source) const {
+        if (type.formattype == FORMAT_VideoInfo2 && type.cbFormat >= sizeof(VIDEOINFOHEADER2)) {
+            const auto* const header = reinterpret_cast<const VIDEOINFOHEADER2*>(type.pbFormat);
+            const AspectRatio aspect =
+                Reduced(header->dwPictAspectRatioX, header->dwPictAspectRatioY);
+            if (aspect.IsKnown() && !IsSameShape(aspect, source)) return aspect;
+        }
+        return DisplayAspect(source, input_.facts.pixel);
+    }
+
+    // Ratios are rounded on their way: a hundredth does not show.
+    static bool IsSameShape(AspectRatio aspect, PictureSize size) {
+        const double shown = static_cast<double>(aspect.x) / aspect.y;
+        const double lies = static_cast<double>(size.width) / std::max(size.height, 1);
+        return std::abs(shown / lies - 1.0) < 0.01;
     }
 
     HRESULT AddSource(Route route, ComPtr<IBaseFilter>& source) {
@@ -108,7 +169,7 @@ class Builder {
                                            source.Put());
         }
         CAviSource* object = nullptr;
-        const HRESULT hr = MakeFilter(object, source, movie_);
+        const HRESULT hr = MakeFilter(object, source, input_.movie);
         return SUCCEEDED(hr) ? builder.AddFilter(source.Get(), L"AVI source") : hr;
     }
 
@@ -129,7 +190,8 @@ class Builder {
         HRESULT hr = VFW_E_CANNOT_RENDER;
         for (const CLSID& clsid : {CLSID_VideoRenderer, CLSID_VideoRendererDefault}) {
             ComPtr<IBaseFilter> renderer;
-            if (FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
+            if (!CanRun(clsid) ||
+                FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
                                         renderer.PutVoid())) ||
                 FAILED(graph.builder->AddFilter(renderer.Get(), L"Video renderer"))) {
                 continue;
@@ -186,7 +248,7 @@ class Builder {
     void FindDuration(Route route) {
         VideoGraph& graph = *attempt_.graph;
         if (route == Route::OwnReader) {
-            graph.duration = movie_->Duration();
+            graph.duration = input_.movie->Duration();
             return;
         }
         const ComPtr<IPin> output = FirstPin(graph.filter.Get(), PINDIR_OUTPUT);
@@ -204,7 +266,7 @@ class Builder {
 
     const Options& options_;
     const FilterFactory& factory_;
-    const std::shared_ptr<RawMovie>& movie_;
+    const InputFile& input_;
     Attempt attempt_;
 };
 
@@ -212,11 +274,11 @@ bool IsRestricted(const Options& options) { return options.format != 0 || option
 
 // What the source would give if the filter took anything.
 std::wstring ExplainRefusal(const Options& options, const FilterFactory& factory,
-                            const std::wstring& otherwise) {
+                            const InputFile& input, const std::wstring& otherwise) {
     Options open = options;
     open.format = 0;
     open.type = 0;
-    const Attempt attempt = Builder(open, factory, nullptr).Build(Route::Platform);
+    const Attempt attempt = Builder(open, factory, input).Build(Route::Platform);
     if (!attempt.graph) return otherwise;
     std::wstring wanted;
     if (options.format != 0) {
@@ -259,21 +321,21 @@ Attempt BuildForRawMovie(Builder& builder, const Options& options, const VideoFo
 }
 
 Attempt BuildByAnyRoute(const Options& options, const FilterFactory& factory,
-                        const std::shared_ptr<RawMovie>& movie) {
-    Builder builder(options, factory, movie);
-    return movie ? BuildForRawMovie(builder, options, movie->reader.Video())
-                 : builder.Build(Route::Platform);
+                        const InputFile& input) {
+    Builder builder(options, factory, input);
+    return input.movie ? BuildForRawMovie(builder, options, input.movie->reader.Video())
+                       : builder.Build(Route::Platform);
 }
 
 // Renderers show few formats and the filter converts none: a source whose first choice cannot be
 // shown is asked for RGB24. Once it is connected the format is free again.
 Attempt BuildForScreen(const Options& options, const FilterFactory& factory,
-                       const std::shared_ptr<RawMovie>& movie) {
-    Attempt first = BuildByAnyRoute(options, factory, movie);
+                       const InputFile& input) {
+    Attempt first = BuildByAnyRoute(options, factory, input);
     if (first.graph || first.inputRefused || options.format != 0) return first;
     Options rgb = options;
     rgb.format = static_cast<int>(PixelFormat::RGB24);
-    Attempt second = BuildByAnyRoute(rgb, factory, movie);
+    Attempt second = BuildByAnyRoute(rgb, factory, input);
     if (!second.graph) return first;
     second.graph->settings->SetOutputFormat(options.format);
     return second;
@@ -289,14 +351,13 @@ VideoGraph::~VideoGraph() {
 }
 
 std::unique_ptr<VideoGraph> BuildVideoGraph(const Options& options, const FilterFactory& factory,
-                                            const std::shared_ptr<RawMovie>& movie,
-                                            std::wstring& error) {
-    Attempt attempt = options.ToScreen() ? BuildForScreen(options, factory, movie)
-                                         : BuildByAnyRoute(options, factory, movie);
+                                            const InputFile& input, std::wstring& error) {
+    Attempt attempt = options.ToScreen() ? BuildForScreen(options, factory, input)
+                                         : BuildByAnyRoute(options, factory, input);
     if (attempt.graph) return std::move(attempt.graph);
     error = attempt.error;
     if (attempt.inputRefused && IsRestricted(options)) {
-        error = ExplainRefusal(options, factory, error);
+        error = ExplainRefusal(options, factory, input, error);
     }
     return nullptr;
 }

@@ -11,8 +11,9 @@
 #include "host/com_ptr.h"
 #include "host/filter_factory.h"
 #include "host/frame_counter_filter.h"
+#include "host/input_file.h"
 #include "host/options.h"
-#include "host/raw_movie.h"
+#include "host/output_size.h"
 #include "streams.h"
 
 namespace tavo {
@@ -34,17 +35,21 @@ struct VideoGraph {
     CMediaType outputType;
     REFERENCE_TIME duration = 0;  // of the movie; 0 when nobody knows
 
+    PictureSize wanted;  // of the output, without regard to what its format can hold
+    PictureSize size;    // and with it
+    AspectRatio shown;   // of the source's picture; unknown when its pixels are square
+    int rotation = 0;    // that players give to the source, in degrees clockwise
+
     VideoGraph() = default;
     ~VideoGraph();
     VideoGraph(const VideoGraph&) = delete;
     VideoGraph& operator=(const VideoGraph&) = delete;
 };
 
-// `movie` is null unless the input is an uncompressed AVI that this program can read itself. Such
-// a file is left to the platform as long as that delivers the file's own format unchanged. Returns
-// null and one line for the user on failure. May throw std::bad_alloc.
+// An uncompressed AVI that this program can read itself is left to the platform as long as that
+// delivers the file's own format unchanged. Returns null and one line for the user on failure. May
+// throw std::bad_alloc.
 std::unique_ptr<VideoGraph> BuildVideoGraph(const Options& options, const FilterFactory& factory,
-                                            const std::shared_ptr<RawMovie>& movie,
-                                            std::wstring& error);
+                                            const InputFile& input, std::wstring& error);
 
 }  // namespace tavo

@@ -19,7 +19,7 @@ video_size() {
 resize() { # METHOD OUTPUT
     say "Resizing with \"$1\""
     "$root/scripts/wine.sh" "$bin/vantrel.exe" "$(windows_path "$clip")" \
-        "$(windows_path "$2")" --registered --size "${width}x$height" --method "$1" ||
+        "$(windows_path "$2")" --registered --overwrite --size "${width}x$height" --method "$1" ||
         die "vantrel failed"
 }
 

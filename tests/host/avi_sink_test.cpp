@@ -51,7 +51,8 @@ class AviSink : public tavo_test::MovieTest {
     IPin* Pin() { return sink_->GetPin(0); }
 
     // Source -> sink in a graph, with the file open.
-    void Connect(const VideoSpec& spec, const tavo_test::SourceConfig& more = {}) {
+    void Connect(const VideoSpec& spec, const tavo_test::SourceConfig& more = {},
+                 const CAviSink::FileOptions& file = {}) {
         tavo_test::SourceConfig config = more;
         config.types = {MakeVideoType(spec)};
         source_ = TestSource::Create(config);
@@ -59,7 +60,7 @@ class AviSink : public tavo_test::MovieTest {
         ASSERT_EQ(graph_->Add(source_.Get(), L"source"), S_OK);
         ASSERT_EQ(graph_->Add(sink_, L"sink"), S_OK);
         ASSERT_EQ(graph_->Connect(&source_->pin(), Pin()), S_OK);
-        ASSERT_EQ(sink_->OpenFile(Path(L"out.avi")), IoResult::Ok);
+        ASSERT_EQ(sink_->OpenFile(Path(L"out.avi"), file), IoResult::Ok);
     }
 
     HRESULT Deliver(BYTE value, std::optional<REFERENCE_TIME> start = {}) {
@@ -188,6 +189,47 @@ TEST_F(AviSink, RateComesFromTypeThenFromTimesThenByDefault) {
     }
 }
 
+// 20 frames a second, and each second one is missing.
+constexpr REFERENCE_TIME kGappyTimes[] = {0, 500000, 1500000, 2000000, 3000000, 3500000};
+
+TEST_F(AviSink, IrregularTimesAreKept) {
+    VideoSpec spec = Yuy2();
+    spec.timePerFrame = 500000;
+    Connect(spec);
+    ASSERT_EQ(graph_->Run(), S_OK);
+    for (const REFERENCE_TIME start : kGappyTimes) EXPECT_EQ(Deliver(1, 70000000 + start), S_OK);
+    const Movie movie = Finish();
+    EXPECT_EQ(movie.avi.fault, "");
+    EXPECT_EQ(movie.avi.rate, 20u);
+    EXPECT_EQ(movie.avi.repeats, (std::vector<uint32_t>{0, 1, 0, 1, 0, 0}));
+    EXPECT_EQ(result_.frames, 6u);
+    EXPECT_EQ(result_.repeats, 2u);
+    EXPECT_EQ(result_.rate, (FrameRate{20, 1}));
+}
+
+TEST_F(AviSink, FrameForFrameKeepsTheRateOfTheType) {
+    VideoSpec spec = Yuy2();
+    spec.timePerFrame = 500000;
+    Connect(spec, {}, {.timing = CAviSink::Timing::FrameForFrame, .shown = {}});
+    ASSERT_EQ(graph_->Run(), S_OK);
+    for (const REFERENCE_TIME start : kGappyTimes) EXPECT_EQ(Deliver(1, start), S_OK);
+    const Movie movie = Finish();
+    EXPECT_EQ(movie.avi.fault, "");
+    EXPECT_EQ(movie.avi.rate, 20u);
+    EXPECT_EQ(movie.avi.repeats, std::vector<uint32_t>(6));
+    EXPECT_EQ(result_.repeats, 0u);
+}
+
+TEST_F(AviSink, TheLastFrameIsShownAsLongAsItLasts) {
+    VideoSpec spec = Yuy2();
+    spec.timePerFrame = 500000;
+    Connect(spec);
+    ASSERT_EQ(graph_->Run(), S_OK);
+    EXPECT_EQ(Deliver(1, 0), S_OK);
+    EXPECT_EQ(source_->pin().Deliver({.start = 500000, .stop = 2500000}), S_OK);
+    EXPECT_EQ(Finish().avi.repeats, (std::vector<uint32_t>{0, 3}));
+}
+
 TEST_F(AviSink, BufferShorterThanTheFrameEndsTheRun) {
     Connect(Yuy2(), {.choice = tavo_test::AllocatorChoice::kOwnOnly,
                      .allocator = {.claimedSize = static_cast<long>(kFrameBytes) - 1}});
@@ -266,7 +308,7 @@ TEST_F(AviSink, TellsWhatShowsAPictureFromRepeatsOfAnother) {
 
 TEST_F(AviSink, FileThatCannotBeCreated) {
     Connect(Yuy2());
-    EXPECT_EQ(sink_->OpenFile(Path(L"none\\out.avi")), IoResult::NotFound);
+    EXPECT_EQ(sink_->OpenFile(Path(L"none\\out.avi"), {}), IoResult::NotFound);
 }
 
 }  // namespace

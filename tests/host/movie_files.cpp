@@ -23,11 +23,22 @@ std::vector<Frame> NoiseFrames(const tavo::VideoFormat& video, uint32_t count) {
 
 void WriteMovie(const std::filesystem::path& path, const tavo::VideoFormat& video,
                 const std::vector<Frame>& frames, tavo::FrameRate rate) {
+    WriteMovie(path, video, frames, rate, std::vector<uint32_t>(frames.size()));
+}
+
+void WriteMovie(const std::filesystem::path& path, const tavo::VideoFormat& video,
+                const std::vector<Frame>& frames, tavo::FrameRate rate,
+                const std::vector<uint32_t>& repeats, tavo::AspectRatio shown) {
     tavo::FileStore file;
     ASSERT_EQ(file.Create(path), tavo::IoResult::Ok);
     tavo::AviWriter writer(file, video, rate);
+    writer.SetShownAspect(shown);
     ASSERT_EQ(writer.Begin(), tavo::IoResult::Ok);
-    for (const Frame& frame : frames) ASSERT_EQ(writer.WriteFrame(frame), tavo::IoResult::Ok);
+    for (size_t n = 0; n < frames.size(); ++n) {
+        ASSERT_EQ(writer.WriteFrame(frames[n]), tavo::IoResult::Ok);
+        ASSERT_EQ(writer.LeaveRoom(repeats[n]), tavo::IoResult::Ok);
+    }
+    writer.SetRepeats(repeats);
     ASSERT_EQ(writer.Finish(), tavo::IoResult::Ok);
 }
 

@@ -21,6 +21,11 @@ std::vector<Frame> NoiseFrames(const tavo::VideoFormat& video, uint32_t count);
 void WriteMovie(const std::filesystem::path& path, const tavo::VideoFormat& video,
                 const std::vector<Frame>& frames, tavo::FrameRate rate = {30000, 1001});
 
+// The same, with each frame shown that often more.
+void WriteMovie(const std::filesystem::path& path, const tavo::VideoFormat& video,
+                const std::vector<Frame>& frames, tavo::FrameRate rate,
+                const std::vector<uint32_t>& repeats, tavo::AspectRatio shown = {});
+
 struct Movie {
     CheckedAvi avi;
     std::vector<Frame> frames;

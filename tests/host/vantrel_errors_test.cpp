@@ -45,7 +45,7 @@ class VantrelErrors : public tavo_test::MovieTest {
     }
 
     void ExpectFailure(std::vector<std::wstring> more, const char* part) {
-        more.insert(more.begin(), {Path(L"in.avi"), Path(L"keep.avi")});
+        more.insert(more.begin(), {Path(L"in.avi"), Path(L"keep.avi"), L"--overwrite"});
         ExpectFailure(more, 1, part);
     }
 };
@@ -56,6 +56,7 @@ TEST_F(VantrelErrors, CommandLine) {
     ExpectFailure({Path(L"in.avi"), Path(L"keep.avi"), L"--sise", L"1x1"}, 2, "\"--sise\"");
     ExpectFailure({Path(L"in.avi"), Path(L"keep.avi"), L"--method", L"cubic"}, 2, "\"cubic\"");
     ExpectFailure({Path(L"in.avi"), Path(L"keep.avi"), L"--size", L"big"}, 2, "\"big\"");
+    ExpectFailure({Path(L"in.avi"), Path(L"out.mp4")}, 2, "has to end with .avi");
 }
 
 TEST_F(VantrelErrors, InputsThatCannotBeRead) {
@@ -63,8 +64,36 @@ TEST_F(VantrelErrors, InputsThatCannotBeRead) {
     ExpectFailure({Path(L""), Path(L"keep.avi")}, 1, "is a folder");
     std::ofstream(Path(L"empty.avi")).flush();
     ExpectFailure({Path(L"empty.avi"), Path(L"keep.avi")}, 1, "is empty");
-    std::ofstream(Path(L"text.avi")) << std::string(5000, 'x');
-    ExpectFailure({Path(L"text.avi"), Path(L"keep.avi")}, 1, "nothing on this system decodes");
+}
+
+void WriteBytes(const std::filesystem::path& path, std::string_view bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+TEST_F(VantrelErrors, InputsWithoutVideo) {
+    using namespace std::literals;
+    WriteBytes(Path(L"text.mp4"), std::string(5000, 'x'));
+    ExpectFailure({Path(L"text.mp4"), Path(L"out.avi")}, 1, "is a text, no media file");
+    WriteBytes(Path(L"noise.avi"), "\x01\x02\x03\x04 nothing that anybody knows"sv);
+    ExpectFailure({Path(L"noise.avi"), Path(L"out.avi")}, 1, "no media file of a kind");
+    WriteBytes(Path(L"sound.wav"), "RIFF\x24\0\0\0WAVEfmt \x10\0\0\0\x01\0\x01\0"sv);
+    ExpectFailure({Path(L"sound.wav"), Path(L"out.avi")}, 1, "has no video in it, only sound");
+    WriteBytes(Path(L"cut.mp4"),
+               "\0\0\0\x10"
+               "ftypisom\0\0\2\0\0\1\0\0mdat"sv);
+    ExpectFailure({Path(L"cut.mp4"), Path(L"out.avi")}, 1, "cut.mp4\" is cut off");
+    const VideoFormat video = {PixelFormat::YUY2, InfoOf(PixelFormat::YUY2).compression, 32, 16};
+    WriteMovie(Path(L"none.avi"), video, {});
+    ExpectFailure({Path(L"none.avi"), Path(L"out.avi")}, 1, "has a video without frames");
+    EXPECT_FALSE(std::filesystem::exists(Path(L"out.avi")));
+}
+
+// A codec that nobody has ever heard of, in a sound file.
+TEST_F(VantrelErrors, AMissingDecoderIsNamed) {
+    const VideoFormat video = {PixelFormat::YUY2, FourCc('X', 'q', 'Z', '7'), 32, 16};
+    WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, 3));
+    ExpectFailure({Path(L"in.avi"), Path(L"out.avi")}, 1, "decodes the XqZ7 video in");
+    EXPECT_FALSE(std::filesystem::exists(Path(L"out.avi")));
 }
 
 TEST_F(VantrelErrors, OutputsThatCannotBeWritten) {
@@ -78,7 +107,8 @@ TEST_F(VantrelErrors, OutputsThatCannotBeWritten) {
     const HANDLE busy =
         CreateFileW(Path(L"busy.avi").c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
     ASSERT_NE(busy, INVALID_HANDLE_VALUE);
-    ExpectFailure({Path(L"in.avi"), Path(L"busy.avi"), L"--quiet"}, 1, "another program");
+    ExpectFailure({Path(L"in.avi"), Path(L"busy.avi"), L"--quiet", L"--overwrite"}, 1,
+                  "another program");
     CloseHandle(busy);
 }
 
@@ -107,8 +137,8 @@ TEST_F(VantrelErrors, ModuleByPath) {
     EXPECT_EQ(ReadMovie(Path(L"out.avi")).frames.size(), 3u);
 }
 
-HRESULT CallRegistration(const char* name) {
-    const HMODULE module = LoadLibraryW(ModulePath().c_str());
+HRESULT CallRegistration(const char* name, const std::filesystem::path& path = ModulePath()) {
+    const HMODULE module = LoadLibraryW(path.c_str());
     if (module == nullptr) return HRESULT_FROM_WIN32(GetLastError());
     const auto call = reinterpret_cast<HRESULT(STDAPICALLTYPE*)()>(
         reinterpret_cast<void*>(GetProcAddress(module, name)));
@@ -127,16 +157,28 @@ TEST_F(VantrelErrors, RegisteredOnlyWhenItIs) {
     ASSERT_EQ(CallRegistration("DllUnregisterServer"), S_OK);
 }
 
-TEST_F(VantrelErrors, ExistingOutputIsReplacedBySuccess) {
-    const Output run = RunVantrel({Path(L"in.avi"), Path(L"keep.avi"), L"--quiet"});
+TEST_F(VantrelErrors, ARegisteredFileThatIsGoneIsNamed) {
+    const std::filesystem::path copy = Path(L"gone.ax");
+    std::filesystem::copy_file(ModulePath(), copy);
+    ASSERT_EQ(CallRegistration("DllRegisterServer", copy), S_OK);
+    std::filesystem::remove(copy);
+    ExpectFailure({L"--registered"}, "gone.ax\" is gone");
+    ASSERT_EQ(CallRegistration("DllUnregisterServer"), S_OK);
+}
+
+TEST_F(VantrelErrors, ExistingOutputIsReplacedOnlyWhenAsked) {
+    ExpectFailure({Path(L"in.avi"), Path(L"keep.avi")}, 1, "keep.avi\" is there already");
+    const Output run = RunVantrel({Path(L"in.avi"), Path(L"keep.avi"), L"--quiet", L"--overwrite"});
     EXPECT_EQ(run.exitCode, 0u) << run.error;
     EXPECT_EQ(ReadMovie(Path(L"keep.avi")).avi.fault, "");
 }
 
 TEST_F(VantrelErrors, HelpAndVersion) {
-    const Output help = RunVantrel({L"--help"});
-    EXPECT_EQ(help.exitCode, 0u);
-    EXPECT_NE(help.out.find("Usage: vantrel"), std::string::npos);
+    for (const wchar_t* option : {L"--help", L"-h", L"/?"}) {
+        const Output help = RunVantrel({option});
+        EXPECT_EQ(help.exitCode, 0u);
+        EXPECT_NE(help.out.find("Usage: vantrel"), std::string::npos);
+    }
     const Output version = RunVantrel({L"--version"});
     EXPECT_EQ(version.exitCode, 0u);
     EXPECT_EQ(version.out.rfind("vantrel ", 0), 0u);

@@ -46,7 +46,7 @@ TEST_F(VantrelFrames, SameSizeIsACopyInEveryFormat) {
         SCOPED_TRACE(Name(video));
         const std::vector<Frame> frames = NoiseFrames(video, 5);
         WriteMovie(Path(L"in put.avi"), video, frames);
-        const Output run = RunVantrel({Path(L"in put.avi"), Path(L"out.avi")});
+        const Output run = RunVantrel({Path(L"in put.avi"), Path(L"out.avi"), L"--overwrite"});
         EXPECT_EQ(run.exitCode, 0u) << run.error;
         EXPECT_TRUE(Contains(run.out, "5 in, 5 out, 0 dropped, 0 repeated")) << run.out;
         const Movie movie = ReadMovie(Path(L"out.avi"));
@@ -67,7 +67,8 @@ TEST_F(VantrelFrames, FormatOptionTakesTheFilesOwnFormat) {
         const VideoFormat video = Video(info.format, 32, 16);
         const std::vector<Frame> frames = NoiseFrames(video, 2);
         WriteMovie(Path(L"in.avi"), video, frames);
-        const Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--format", info.name});
+        const Output run =
+            RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--format", info.name});
         EXPECT_EQ(run.exitCode, 0u) << run.error;
         EXPECT_EQ(ReadMovie(Path(L"out.avi")).frames, frames);
     }
@@ -78,8 +79,8 @@ TEST_F(VantrelFrames, BothKindsOfFormatBlock) {
     const std::vector<Frame> frames = NoiseFrames(video, 2);
     WriteMovie(Path(L"in.avi"), video, frames);
     for (const wchar_t* type : {L"MPEG1", L"MPEG2"}) {
-        const Output run =
-            RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--type", type, L"--graph"});
+        const Output run = RunVantrel(
+            {Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--type", type, L"--graph"});
         EXPECT_EQ(run.exitCode, 0u) << run.error;
         EXPECT_EQ(Contains(run.out, "(VideoInfo2)"), type == std::wstring(L"MPEG2")) << run.out;
         EXPECT_EQ(ReadMovie(Path(L"out.avi")).frames, frames);
@@ -94,12 +95,62 @@ TEST_F(VantrelFrames, TopDownRgbIsTurnedOver) {
         SCOPED_TRACE(Name(video));
         std::vector<Frame> frames = NoiseFrames(video, 2);
         WriteMovie(Path(L"in.avi"), video, frames);
-        const Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi")});
+        const Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite"});
         EXPECT_EQ(run.exitCode, 0u) << run.error;
         const Movie movie = ReadMovie(Path(L"out.avi"));
         EXPECT_EQ(movie.avi.height, 8);
         for (Frame& frame : frames) FlipRows(frame, RowStride(format, 16));
         EXPECT_EQ(movie.frames, frames);
+    }
+}
+
+// What a format cannot hold is rounded up, and the platform's readers can use it.
+TEST_F(VantrelFrames, SizesAreRoundedToWhatTheFormatHolds) {
+    struct Row {
+        PixelFormat format;
+        const wchar_t* size;
+        const char* said;
+        int width;
+        int height;
+    };
+    const Row rows[] = {
+        {PixelFormat::YV12, L"51x37", "52 x 38 and not 51 x 37", 52, 38},
+        {PixelFormat::IYUV, L"51x0", "52 x 48 and not 51 x 48", 52, 48},
+        {PixelFormat::YVU9, L"50x37", "52 x 40 and not 50 x 37", 52, 40},
+        {PixelFormat::YUY2, L"51x37", "52 x 37 and not 51 x 37", 52, 37},
+        {PixelFormat::YVYU, L"51x37", "52 x 37 and not 51 x 37", 52, 37},
+        {PixelFormat::RGB24, L"51x37", nullptr, 51, 37},
+        {PixelFormat::RGB565, L"51x37", nullptr, 51, 37},
+    };
+    for (const Row& row : rows) {
+        const VideoFormat video = Video(row.format, 64, 48);
+        SCOPED_TRACE(Name(video));
+        WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, 2));
+        const Output run =
+            RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--size", row.size});
+        EXPECT_EQ(run.exitCode, 0u) << run.error;
+        const Movie movie = ReadMovie(Path(L"out.avi"));
+        EXPECT_EQ(movie.avi.fault, "");
+        EXPECT_EQ(movie.avi.width, row.width);
+        EXPECT_EQ(movie.avi.height, row.height);
+        EXPECT_EQ(movie.frames.size(), 2u);
+        const char* const said = row.said != nullptr ? row.said : " and not ";
+        EXPECT_EQ(Contains(run.out, said), row.said != nullptr) << run.out;
+    }
+}
+
+TEST_F(VantrelFrames, FitKeepsTheShape) {
+    const VideoFormat video = Video(PixelFormat::RGB565, 160, 60);
+    WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, 2));
+    const std::pair<const wchar_t*, std::pair<int, int>> rows[] = {
+        {L"80x80", {80, 30}}, {L"200x15", {40, 15}}, {L"640x480", {160, 60}}};
+    for (const auto& [box, size] : rows) {
+        const Output run =
+            RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--fit", box});
+        EXPECT_EQ(run.exitCode, 0u) << run.error;
+        const Movie movie = ReadMovie(Path(L"out.avi"));
+        EXPECT_EQ(movie.avi.width, size.first) << box;
+        EXPECT_EQ(movie.avi.height, size.second) << box;
     }
 }
 
@@ -146,8 +197,8 @@ TEST_F(VantrelFrames, PlanarFormatsAreScaledByNearestNeighbour) {
         WriteMovie(Path(L"in.avi"), video, frames);
         for (const wchar_t* size : {L"96x72", L"32x24", L"128x24", L"40x64"}) {
             SCOPED_TRACE(testing::Message() << size);
-            const Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--size", size,
-                                           L"--method", L"nearest neighbor"});
+            const Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite",
+                                           L"--size", size, L"--method", L"nearest"});
             ASSERT_EQ(run.exitCode, 0u) << run.error;
             const Movie movie = ReadMovie(Path(L"out.avi"));
             ASSERT_EQ(movie.avi.fault, "");
@@ -168,7 +219,7 @@ TEST_F(VantrelFrames, RegulatorRepeatsAndDrops) {
     const std::vector<Frame> frames = NoiseFrames(video, 50);
     WriteMovie(Path(L"in.avi"), video, frames, {25, 1});
 
-    Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--fps", L"50"});
+    Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--fps", L"50"});
     ASSERT_EQ(run.exitCode, 0u) << run.error;
     Movie movie = ReadMovie(Path(L"out.avi"));
     EXPECT_EQ(movie.avi.rate, 50u);
@@ -178,7 +229,7 @@ TEST_F(VantrelFrames, RegulatorRepeatsAndDrops) {
     EXPECT_TRUE(Contains(run.out, "50 fps set")) << run.out;
     EXPECT_TRUE(Contains(run.out, "50 in, 99 out, 0 dropped, 49 repeated")) << run.out;
 
-    run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--fps", L"12.5"});
+    run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--fps", L"12.5"});
     ASSERT_EQ(run.exitCode, 0u) << run.error;
     movie = ReadMovie(Path(L"out.avi"));
     EXPECT_EQ(movie.avi.rate, 25u);
@@ -190,7 +241,8 @@ TEST_F(VantrelFrames, RegulatorRepeatsAndDrops) {
 TEST_F(VantrelFrames, GraphIsPrinted) {
     const VideoFormat video = Video(PixelFormat::RGB565, 32, 16);
     WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, 1));
-    const Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--graph", L"--quiet"});
+    const Output run =
+        RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--graph", L"--quiet"});
     EXPECT_EQ(run.exitCode, 0u) << run.error;
     EXPECT_EQ(run.error, "");
     EXPECT_EQ(run.out,
@@ -215,7 +267,7 @@ TEST_F(VantrelFrames, GraphIsPrinted) {
 TEST_F(VantrelFrames, QuietSaysNothing) {
     const VideoFormat video = Video(PixelFormat::YVU9, 32, 16);
     WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, 3));
-    const Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--quiet"});
+    const Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--quiet"});
     EXPECT_EQ(run.exitCode, 0u);
     EXPECT_EQ(run.out, "");
     EXPECT_EQ(run.error, "");
@@ -227,7 +279,7 @@ TEST_F(VantrelFrames, CutOffInputGivesItsWholeFrames) {
     WriteMovie(Path(L"in.avi"), video, frames);
     const Movie whole = ReadMovie(Path(L"in.avi"));
     std::filesystem::resize_file(Path(L"in.avi"), whole.avi.frames[4] + 10);
-    const Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi")});
+    const Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite"});
     EXPECT_EQ(run.exitCode, 0u) << run.error;
     EXPECT_TRUE(Contains(run.error, "is cut off")) << run.error;
     const Movie movie = ReadMovie(Path(L"out.avi"));
