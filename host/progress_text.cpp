@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cwchar>
 
 namespace tavo {
@@ -16,6 +17,14 @@ std::wstring Format(const wchar_t* pattern, Values... values) {
     std::array<wchar_t, 128> buffer{};
     swprintf(buffer.data(), buffer.size(), pattern, values...);
     return buffer.data();
+}
+
+// With a point, whatever the locale of the process: filters that are loaded into it may set one.
+std::wstring Fixed(double value, int decimals) {
+    std::array<char, 400> buffer{};
+    const auto [end, error] = std::to_chars(buffer.data(), buffer.data() + buffer.size(), value,
+                                            std::chars_format::fixed, decimals);
+    return {buffer.data(), error == std::errc{} ? end : buffer.data()};
 }
 
 }  // namespace
@@ -37,11 +46,11 @@ std::wstring BytesText(uint64_t bytes) {
         ++unit;
     }
     const int decimals = value < 9.995 ? 2 : value < 99.95 ? 1 : 0;
-    return Format(L"%.*f ", decimals, value) + kUnits[unit];
+    return Fixed(value, decimals) + L" " + kUnits[unit];
 }
 
 std::wstring NumberText(double value) {
-    std::wstring text = Format(L"%.3f", value);
+    std::wstring text = Fixed(value, 3);
     if (text.find(L'.') == std::wstring::npos) return text;
     text.erase(text.find_last_not_of(L'0') + 1);
     if (text.back() == L'.') text.pop_back();
@@ -50,7 +59,7 @@ std::wstring NumberText(double value) {
 
 std::wstring ProgressLine(const Progress& progress) {
     const std::wstring counts =
-        Format(L"frame %.0f  %.1f fps", static_cast<double>(progress.frames), progress.fps);
+        L"frame " + std::to_wstring(progress.frames) + L"  " + Fixed(progress.fps, 1) + L" fps";
     if (progress.fraction < 0) return counts + L"  " + ClockText(progress.seconds);
 
     const double fraction = std::clamp(progress.fraction, 0.0, 1.0);

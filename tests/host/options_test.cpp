@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <vector>
 
 #include "host/settings_names.h"
@@ -83,6 +84,16 @@ TEST(Options, Rates) {
         EXPECT_TRUE(Contains(Error({L"--fps", bad}), L"--fps wants")) << bad;
     }
 }
+
+#ifdef _WIN32
+TEST(Options, ALocaleOfTheProcessChangesNothing) {
+    const std::string before = std::setlocale(LC_ALL, nullptr);
+    ASSERT_NE(std::setlocale(LC_ALL, "German_Germany"), nullptr);
+    EXPECT_EQ(Good({L"--fps", L"29.97"}).fps, 29.97);
+    EXPECT_TRUE(Contains(Error({L"--fps", L"29,97"}), L"--fps wants"));
+    std::setlocale(LC_ALL, before.c_str());
+}
+#endif
 
 TEST(Options, NamesInAnyCase) {
     EXPECT_EQ(Good({L"--method", L"nearest neighbor"}).method, 5);

@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
+#include <string>
+
 namespace tavo {
 namespace {
 
@@ -48,6 +51,19 @@ TEST(ProgressText, Line) {
 TEST(ProgressText, LineFitsATerminal) {
     EXPECT_LE(ProgressLine({4294967295u, 0.0011, 1e6, 99999.9}).size(), 79u);
 }
+
+#ifdef _WIN32
+TEST(ProgressText, ALocaleOfTheProcessChangesNothing) {
+    const std::string before = std::setlocale(LC_ALL, nullptr);
+    ASSERT_NE(std::setlocale(LC_ALL, "German_Germany"), nullptr);
+    EXPECT_EQ(std::string(std::localeconv()->decimal_point), ",");
+    EXPECT_EQ(NumberText(29.97), L"29.97");
+    EXPECT_EQ(BytesText(1234567), L"1.23 MB");
+    EXPECT_NE(ProgressLine({.frames = 12345, .fps = 12.5}).find(L"frame 12345  12.5 fps"),
+              std::wstring::npos);
+    std::setlocale(LC_ALL, before.c_str());
+}
+#endif
 
 }  // namespace
 }  // namespace tavo
