@@ -71,8 +71,8 @@ class FrameCounter : public testing::Test, public CFrameCounter::Arrivals {
         ASSERT_EQ(source_->Stop(), S_OK);
     }
 
-    // One more for every sample that came to the sink, and `extra_` on top.
-    uint64_t Count() override { return sink_->pin().samples().size() * (1 + extra_); }
+    // One for every sample that came to the sink, `extra_` for each on top, and `arrived_` besides.
+    uint64_t Count() override { return sink_->pin().samples().size() * (1 + extra_) + arrived_; }
     void Expect(REFERENCE_TIME start, REFERENCE_TIME stop) override { expected_ = {start, stop}; }
     bool IsShown() override { return isShown_; }
 
@@ -81,6 +81,7 @@ class FrameCounter : public testing::Test, public CFrameCounter::Arrivals {
     tavo_test::ComPtr<TestSource> source_;
     tavo_test::ComPtr<TestSink> sink_;
     uint64_t extra_ = 0;
+    uint64_t arrived_ = 0;
     std::pair<REFERENCE_TIME, REFERENCE_TIME> expected_;
     bool isShown_ = true;
     tavo_test::LiveCounts before_;
@@ -181,6 +182,22 @@ TEST_F(FrameCounter, AFrameThatMeetsAStoppedFilterIsNoFailure) {
         EXPECT_EQ(counter_->Read().failure, S_OK);
         EXPECT_EQ(counter_->Read().frames, 0u);
     }
+    Stop();
+}
+
+// As when a stop comes between the slots of one frame.
+TEST_F(FrameCounter, WhatCameOutBeforeAFailureCounts) {
+    Connect();
+    Pause();
+    sink_->pin().config.onReceive = [this](IMediaSample*) {
+        arrived_ += 3;
+        return VFW_E_WRONG_STATE;
+    };
+    EXPECT_EQ(source_->pin().Deliver(tavo_test::SampleSpec{}), VFW_E_WRONG_STATE);
+    const CFrameCounter::Counts counts = counter_->Read();
+    EXPECT_EQ(counts.frames, 1u);
+    EXPECT_EQ(counts.dropped, 0u);
+    EXPECT_EQ(counts.repeated, 2u);
     Stop();
 }
 

@@ -135,6 +135,32 @@ TEST_F(VantrelPlay, ShowsPacked422) {
     EXPECT_NE(run.out.find("160 x 120"), std::string::npos) << run.out;
 }
 
+// As on a machine without OpenGL, where one of Wine's renderers crashes.
+TEST_F(VantrelPlay, ShowsOrRefusesPacked422WithoutSoftwareDrawing) {
+    constexpr wchar_t kKey[] = L"Software\\Wine\\AppDefaults\\vantrel.exe\\Direct3D";
+    constexpr wchar_t kValue[] = L"gl";
+    HKEY key = nullptr;
+    ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, kKey, 0, nullptr, REG_OPTION_VOLATILE,
+                              KEY_SET_VALUE, nullptr, &key, nullptr),
+              ERROR_SUCCESS);
+    EXPECT_EQ(RegSetValueExW(key, L"renderer", 0, REG_SZ, reinterpret_cast<const BYTE*>(kValue),
+                             sizeof kValue),
+              ERROR_SUCCESS);
+    RegCloseKey(key);
+    const VideoFormat video = {PixelFormat::YUY2, FourCc('Y', 'U', 'Y', '2'), 160, 120};
+    WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, 10));
+    ExpectGoodEnd(RunVantrel({L"--play", Path(L"in.avi")}));
+    const Output run = RunVantrel({L"--play", Path(L"in.avi"), L"--format", L"YUY2"});
+    EXPECT_EQ(RegDeleteKeyW(HKEY_CURRENT_USER, kKey), ERROR_SUCCESS);
+    if (run.exitCode == 0) {
+        ExpectGoodEnd(run);
+    } else {
+        EXPECT_EQ(run.exitCode, 1u);
+        EXPECT_NE(run.error.find("vantrel: nothing on this system"), std::string::npos)
+            << run.error;
+    }
+}
+
 TEST_F(VantrelPlay, WhatCannotBeShownIsAnError) {
     const VideoFormat video = {PixelFormat::YVU9, FourCc('Y', 'V', 'U', '9'), 64, 48};
     WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, 3));

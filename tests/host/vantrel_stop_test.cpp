@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <string>
+
 #include "host/file_store.h"
 #include "tests/host/movie_files.h"
 #include "tests/host/run_program.h"
@@ -57,7 +60,21 @@ TEST_F(VantrelStop, CtrlCLeavesACompleteFile) {
     const Output run = program.Wait();
     EXPECT_EQ(run.exitCode, 3u) << run.error;
     EXPECT_NE(run.error.find("stopped after "), std::string::npos) << run.error;
-    EXPECT_NE(run.out.find("Frames "), std::string::npos) << run.out;
+    // What went in, less what was dropped, and what was repeated make what came out.
+    unsigned long in = 0;
+    unsigned long out = 0;
+    unsigned long dropped = 0;
+    unsigned long repeated = 0;
+    const size_t counts = run.out.find("Frames ");
+    ASSERT_NE(counts, std::string::npos) << run.out;
+    ASSERT_EQ(
+        std::sscanf(run.out.c_str() + counts, "Frames %lu in, %lu out, %lu dropped, %lu repeated",
+                    &in, &out, &dropped, &repeated),
+        4)
+        << run.out;
+    EXPECT_EQ(in - dropped + repeated, out);
+    EXPECT_NE(run.error.find("stopped after " + std::to_string(out) + " frames"),
+              std::string::npos);
 
     FileStore file;
     ASSERT_EQ(file.OpenForReading(Path(L"out.avi")), IoResult::Ok);
@@ -66,6 +83,7 @@ TEST_F(VantrelStop, CtrlCLeavesACompleteFile) {
     EXPECT_GT(avi.frames.size(), 100u);
     EXPECT_LT(avi.frames.size(), 2000000u);
     EXPECT_EQ(avi.streamFrames, avi.frames.size());
+    EXPECT_EQ(avi.streamFrames, out);
 }
 
 }  // namespace
