@@ -128,7 +128,6 @@ class Builder {
         const PictureSize source = {bitmap->biWidth, std::abs(bitmap->biHeight)};
         const AspectRatio shown = ShownAspect(graph.inputType, source);
         const bool square = !shown.IsKnown() || IsSameShape(shown, source);
-        graph.shown = square ? AspectRatio{} : shown;
         graph.rotation = input_.facts.rotation;
         const AspectRatio pixel =
             square ? AspectRatio{}
@@ -137,6 +136,8 @@ class Builder {
         const SizeChoice choice = ChooseSize(options_, video.format, source, pixel);
         graph.wanted = choice.wanted;
         graph.size = choice.rounded;
+        // A size that has the shape itself says all.
+        if (!square && !IsSameShape(shown, choice.rounded)) graph.shown = shown;
         graph.settings->SetOutputSize(choice.setting.width, choice.setting.height);
         return true;
     }

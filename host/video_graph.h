@@ -37,7 +37,7 @@ struct VideoGraph {
 
     PictureSize wanted;  // of the output, without regard to what its format can hold
     PictureSize size;    // and with it
-    AspectRatio shown;   // of the source's picture; unknown when its pixels are square
+    AspectRatio shown;   // for a picture whose pixels are not square; else unknown
     int rotation = 0;    // that players give to the source, in degrees clockwise
 
     VideoGraph() = default;

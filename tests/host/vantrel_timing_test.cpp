@@ -103,6 +103,8 @@ TEST_F(VantrelTiming, PixelsThatAreNotSquareStaySo) {
     movie = ReadMovie(Path(L"fit.avi"));
     EXPECT_EQ(movie.avi.width, 32);
     EXPECT_EQ(movie.avi.height, 18);
+    EXPECT_EQ(movie.avi.shownAspect, 0u);
+    EXPECT_FALSE(Contains(run.out, "not square")) << run.out;
 }
 
 }  // namespace
