@@ -125,6 +125,8 @@ void ProbeAviStream(Walker& file, const Box& list, MediaFacts& facts) {
         }
     });
     if (kind == FourCc('a', 'u', 'd', 's')) facts.hasSound = true;
+    // Digital video from tape: both in one stream.
+    if (kind == FourCc('i', 'a', 'v', 's')) TakeVideo(facts, "dvsd");
     if (kind != kVideoStream) return;
     if (!facts.hasVideo && shown.IsKnown() && size.width > 0) {
         const uint64_t rows = RowCount(size.height);

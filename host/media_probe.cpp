@@ -107,10 +107,16 @@ void ProbeOgg(ByteStore& store, string_view start, MediaFacts& facts) {
         size_t next = at + kPageHeader + segments;
         if (next + 8 > start.size()) return;
         const string_view packet = start.substr(next, 8);
+        // What is not known to be sound may be a video.
         const bool theora = StartsWith(packet, "theora", 1);
-        const bool video = theora || StartsWith(packet, "OVP80") || StartsWith(packet, "BBCD");
-        if (video && !facts.hasVideo) facts.codec = theora ? "theora" : "";
-        (video ? facts.hasVideo : facts.hasSound) = true;
+        const bool sound = StartsWith(packet, "vorbis", 1) || StartsWith(packet, "OpusHead") ||
+                           StartsWith(packet, "Speex") || StartsWith(packet, "FLAC", 1);
+        if (sound) {
+            facts.hasSound = true;
+        } else if (!StartsWith(packet, "fishead")) {
+            if (!facts.hasVideo) facts.codec = theora ? "theora" : "";
+            facts.hasVideo = true;
+        }
         facts.hasHeaders = true;
         for (size_t i = 0; i < segments; ++i) {
             next += static_cast<unsigned char>(start[at + kPageHeader + i]);
@@ -127,7 +133,8 @@ void ProbeTransportStream(ByteStore& store, MediaFacts& facts) {
 // The length of every tag stands behind it once more.
 void ProbeFlv(ByteStore& store, string_view start, MediaFacts& facts) {
     if (start.size() < 5) return;
-    facts.hasHeaders = true;
+    // Where neither is said, the writer did not know yet.
+    facts.hasHeaders = (start[4] & 5) != 0;
     facts.hasVideo = (start[4] & 1) != 0;
     facts.hasSound = (start[4] & 4) != 0;
     const uint64_t size = store.Size();

@@ -44,6 +44,7 @@ constexpr Name kCodecs[] = {
     {"V_MPEG2", L"MPEG-2 video", kLibav},
     {"MJPG", L"Motion JPEG", kGood},
     {"jpeg", L"Motion JPEG", kGood},
+    {"dvsd", L"DV", kLibav},
     {"ap", L"ProRes", kLibav},
     {"theora", L"Theora", nullptr},
 };

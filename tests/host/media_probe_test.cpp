@@ -173,6 +173,20 @@ TEST(MediaProbe, Avi) {
     }
 }
 
+TEST(MediaProbe, AviWithBothInOneStream) {
+    const auto chunk = [](const std::string& code, const std::string& data) {
+        const std::string size = Big(data.size());
+        return code + std::string(size.rbegin(), size.rend()) + data;
+    };
+    const std::string stream = "strl" + chunk("strh", "iavsdvsd" + std::string(48, '\0'));
+    const std::string movie = "movi" + chunk("00__", std::string(100, 'x'));
+    const MediaFacts facts = Probe(chunk(
+        "RIFF", "AVI " + chunk("LIST", "hdrl" + chunk("LIST", stream)) + chunk("LIST", movie)));
+    EXPECT_EQ(facts.codec, "dvsd");
+    EXPECT_EQ(WhyNoVideo(L"x", facts), L"");
+    EXPECT_FALSE(facts.cutOff);
+}
+
 TEST(MediaProbe, Ogg) {
     const auto page = [](int flags, const std::string& packet) {
         return "OggS" + std::string(1, '\0') + static_cast<char>(flags) + std::string(20, '\0') +
@@ -186,6 +200,8 @@ TEST(MediaProbe, Ogg) {
     EXPECT_EQ(facts.codec, "theora");
     EXPECT_FALSE(facts.cutOff);
     EXPECT_TRUE(Probe(sound + video + page(0, "more")).cutOff);
+    EXPECT_TRUE(Probe(sound + page(2, std::string("\x01video\0\0", 8))).hasVideo);
+    EXPECT_FALSE(Probe(page(2, "fishead ") + sound).hasVideo);
 }
 
 TEST(MediaProbe, Flv) {
@@ -197,6 +213,7 @@ TEST(MediaProbe, Flv) {
     EXPECT_FALSE(Probe(flv(5)).cutOff);
     EXPECT_TRUE(Probe(flv(5).substr(0, 25)).cutOff);
     EXPECT_EQ(WhyNoVideo(L"x", Probe(flv(4))), L"x has no video in it, only sound");
+    EXPECT_EQ(WhyNoVideo(L"x", Probe(flv(0))), L"");
 }
 
 TEST(MediaProbe, WhatHelps) {
