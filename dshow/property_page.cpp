@@ -11,6 +11,7 @@
 #include "dshow/ref_time.h"
 #include "dshow/wide_string.h"
 
+using tavo::dshow::ComPtr;
 using tavo::dshow::ReleaseMember;
 
 namespace {
@@ -147,6 +148,8 @@ STDMETHODIMP CBasePropertyPage::IsPageDirty() { return m_bDirty ? S_OK : S_FALSE
 STDMETHODIMP CBasePropertyPage::Apply() {
     if (!m_objectsSet || !m_pPageSite) return E_UNEXPECTED;
     if (!m_bDirty) return NOERROR;
+    // Applying may run a message loop, in which the frame lets go of the page.
+    const auto self = ComPtr<IUnknown>::Share(GetOwner());
     const HRESULT hr = OnApplyChanges();
     if (SUCCEEDED(hr)) m_bDirty = FALSE;
     return hr;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cwchar>
+#include <functional>
 
 #include "tests/dshow/fakes.h"
 #include "tests/dshow/page_resources.h"
@@ -14,10 +15,15 @@ class ProbePage final : public CBasePropertyPage {
     explicit ProbePage(CallLog& log, int dialog = IDD_PAGE, int title = IDS_PAGE_TITLE,
                        LPUNKNOWN outer = nullptr)
         : CBasePropertyPage(NAME("page"), outer, dialog, title), log(log) {}
+    ~ProbePage() override {
+        if (gone) *gone = true;
+    }
 
     CallLog& log;
     IUnknown* object = nullptr;
     bool fillEdit = false;
+    bool* gone = nullptr;
+    std::function<void()> duringApply;
     int messages = 0;
     HWND hwndDuringInit = reinterpret_cast<HWND>(1);
     HWND dlgDuringInit = nullptr;
@@ -40,6 +46,7 @@ class ProbePage final : public CBasePropertyPage {
         return log.Enter("OnDeactivate").value_or(CBasePropertyPage::OnDeactivate());
     }
     HRESULT OnApplyChanges() override {
+        if (duringApply) duringApply();
         return log.Enter("OnApplyChanges").value_or(CBasePropertyPage::OnApplyChanges());
     }
     INT_PTR OnReceiveMessage(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) override {

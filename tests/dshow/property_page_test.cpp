@@ -133,6 +133,24 @@ TEST_F(Page, Objects) {
     EXPECT_EQ(Activate(), NOERROR);  // a failed OnConnect leaves the object set
 }
 
+// As a frame does that is closed while a message box of the page is open.
+TEST_F(Page, APageThatIsLetGoWhileItAppliesLastsUntilItHasApplied) {
+    bool gone = false;
+    bool goneDuringApply = false;
+    GiveObject();
+    ASSERT_EQ(page_->SetPageSite(&site_), NOERROR);
+    page_->m_bDirty = TRUE;
+    page_->gone = &gone;
+    ProbePage* const page = page_.Get();
+    page->duringApply = [&] {
+        page_.Reset();
+        goneDuringApply = gone;
+    };
+    EXPECT_EQ(page->Apply(), NOERROR);
+    EXPECT_FALSE(goneDuringApply);
+    EXPECT_TRUE(gone);
+}
+
 TEST_F(Page, Apply) {
     EXPECT_EQ(page_->Apply(), E_UNEXPECTED);
     GiveObject();
