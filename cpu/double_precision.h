@@ -8,14 +8,20 @@
 namespace tavo {
 
 // While an object of this class lives, arithmetic of the calling thread rounds to nearest, and x87
-// arithmetic is done with the 53 bit mantissa of a double; the former state comes back at the end.
+// arithmetic is done with the 53 bit mantissa of a double; the former modes come back at the end.
+// MMX values that somebody left in the x87 registers are dropped: with them every load would fail.
 // Code that computes under it stands in a function of its own that is not inlined, so that no
 // operation is moved out of the scope. On other processors than x86 this does nothing.
 class DoublePrecisionScope {
   public:
 #if defined(__i386__) && defined(__GNUC__)
     DoublePrecisionScope() {
-        asm volatile("fnstcw %0" : "=m"(saved_) : : "memory");
+        // No value of ours may stay in a register meanwhile.
+        asm volatile("fnstcw %0\n\tfninit"
+                     : "=m"(saved_)
+                     :
+                     : "memory", "st", "st(1)", "st(2)", "st(3)", "st(4)", "st(5)", "st(6)",
+                       "st(7)");
         constexpr uint16_t kAllExceptionsMasked = 0x003f;
         constexpr uint16_t kPrecisionDouble = 0x0200;  // rounding control 00: to nearest
         const uint16_t wanted = kAllExceptionsMasked | kPrecisionDouble;

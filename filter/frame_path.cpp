@@ -170,7 +170,7 @@ HRESULT CVantrelFilter::StampRegulatedSample(IMediaSample* input, IMediaSample* 
     LONGLONG start = 0;
     LONGLONG stop = 0;
     if (input->GetMediaTime(&start, &stop) == S_OK) {
-        start = generatedFrames_;
+        start = generatedFrames_.load();
         stop = start + 1;
         output->SetMediaTime(&start, &stop);
     }

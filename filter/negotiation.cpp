@@ -140,7 +140,7 @@ HRESULT CVantrelFilter::BuildOutputType(CMediaType* type) {
         source = source_;
         bitsPerPixel = bitsPerPixel_;
     }
-    const OutputSize asked = outputSize_;
+    const OutputSize asked = outputSize_.load();
     Picture output{FindPictureFormat(*type->Subtype()), asked.width ? asked.width : source.width,
                    asked.height ? asked.height : source.height, bitsPerPixel};
 
@@ -168,7 +168,7 @@ HRESULT CVantrelFilter::BuildOutputType(CMediaType* type) {
 
 // Asked once: the rate may be switched off at any moment.
 void CVantrelFilter::WriteFrameDuration(const VideoHeader& header) const {
-    const REFERENCE_TIME duration = frameDuration_;
+    const REFERENCE_TIME duration = frameDuration_.load();
     if (duration > 0) *header.averageTimePerFrame = duration;
 }
 
@@ -178,7 +178,7 @@ void CVantrelFilter::StoreNegotiatedSize(OutputSize asked, OutputSize negotiated
 }
 
 void CVantrelFilter::TakeSizeWhereUnset(const Picture& source) {
-    const OutputSize asked = outputSize_;
+    const OutputSize asked = outputSize_.load();
     StoreNegotiatedSize(asked, {asked.width ? asked.width : source.width,
                                 asked.height ? asked.height : source.height});
 }
@@ -230,7 +230,7 @@ HRESULT CVantrelFilter::SetOutputType(const CMediaType& type) {
         }
         output_ = picture;
     }
-    if (picture.format) outputSize_ = OutputSize{picture.width, std::abs(picture.height)};
+    if (picture.format) outputSize_.store({picture.width, std::abs(picture.height)});
     return RebuildConversion(KeptFrame::Forget);
 }
 

@@ -54,7 +54,7 @@ HRESULT CVantrelFilter::StopStreaming() {
 HRESULT CVantrelFilter::BeginFlush() {
     const HRESULT begun = CTransformFilter::BeginFlush();
     if (FAILED(begun)) return begun;
-    generatedFrames_ = 0;
+    generatedFrames_.store(0);
     if (IsRegulatorOn() && !IsStopped()) {
         ReadStreamBaseTime();
     } else {
@@ -78,7 +78,7 @@ HRESULT CVantrelFilter::Receive(IMediaSample* sample) {
     CheckPointer(sample, E_POINTER);
     if (isResetPending_.exchange(false)) {
         regulator_ = RegulatorState();
-        generatedFrames_ = 0;
+        generatedFrames_.store(0);
     }
     if (m_pInput->SampleProps()->dwStreamId != AM_STREAM_MEDIA) {
         return CTransformFilter::Receive(sample);
@@ -87,12 +87,12 @@ HRESULT CVantrelFilter::Receive(IMediaSample* sample) {
     HRESULT followed = FollowInputSampleType(sample);
     if (SUCCEEDED(followed)) followed = SettleSourceLayout(sample);
     if (FAILED(followed)) return followed;
-    const REFERENCE_TIME duration = frameDuration_;
+    const REFERENCE_TIME duration = frameDuration_.load();
     const bool hasWorkBuffer = conversion_ && conversion_->WorkBuffer().data;
     if (duration > 0 && hasWorkBuffer) return ReceiveRegulated(sample, duration);
 
     const HRESULT result = CTransformFilter::Receive(sample);
-    ++generatedFrames_;
+    generatedFrames_.Increment();
     return result;
 }
 
@@ -122,8 +122,8 @@ HRESULT CVantrelFilter::DeliverSlots(IMediaSample* sample, SampleWindow window,
     while (regulator_.nextSlotEnd < window.end && !SampleIsAbandoned()) {
         regulator_.BeginSlot(window.start, duration);
         result = CTransformFilter::Receive(sample);
-        ++generatedFrames_;
-        const REFERENCE_TIME nextDuration = frameDuration_;
+        generatedFrames_.Increment();
+        const REFERENCE_TIME nextDuration = frameDuration_.load();
         regulator_.EndSlot(nextDuration > 0 ? nextDuration : duration);
         if (nextDuration <= 0) break;
         duration = nextDuration;
@@ -232,5 +232,5 @@ void CVantrelFilter::LowerTimerPeriod() {
 void CVantrelFilter::ResetFrameCounts() {
     processingTime_ = 0;
     processedFrames_ = 0;
-    generatedFrames_ = 0;
+    generatedFrames_.store(0);
 }

@@ -10,15 +10,13 @@
 
 namespace {
 
-static_assert(std::atomic<OutputSize>::is_always_lock_free);
-static_assert(std::atomic<REFERENCE_TIME>::is_always_lock_free);
-
 // A rate counts in hundredths of a frame per second.
 constexpr REFERENCE_TIME kHundredthsDuration = 100 * UNITS;
 
 // The duration of a frame, or 0 for a rate that none can express: below a hundredth, above one
-// frame per unit of time, not a number. Out of line: see DoublePrecisionScope.
-[[gnu::noinline]] REFERENCE_TIME FrameDuration(double fps) {
+// frame per unit of time, not a number. Out of line: see DoublePrecisionScope. By reference, so
+// that the rate is not moved through a register before the scope has begun.
+[[gnu::noipa]] REFERENCE_TIME FrameDuration(const double& fps) {
     const double hundredths = fps * 100;
     if (!(hundredths >= 1.0) || hundredths >= static_cast<double>(kHundredthsDuration) + 1.0) {
         return 0;
@@ -111,12 +109,12 @@ HRESULT CVantrelFilter::CopyOutputType(CMediaType* type) {
 }
 
 int STDMETHODCALLTYPE CVantrelFilter::SetOutputSize(int width, int height) {
-    outputSize_ = OutputSize{width, height};
+    outputSize_.store({width, height});
     return kSettingsSuccess;
 }
 
 int STDMETHODCALLTYPE CVantrelFilter::GetOutputSize(int* width, int* height) {
-    const OutputSize size = outputSize_;
+    const OutputSize size = outputSize_.load();
     *width = size.width;
     *height = size.height;
     return kSettingsSuccess;
@@ -155,13 +153,13 @@ int STDMETHODCALLTYPE CVantrelFilter::GetVideoType(int* type) {
 int STDMETHODCALLTYPE CVantrelFilter::SetFrameRate(double fps) {
     const tavo::DoublePrecisionScope scope;
     const REFERENCE_TIME duration = FrameDuration(fps);
-    frameRate_ = duration > 0 ? fps : 0.0;
-    frameDuration_ = duration;
+    frameRate_.store(duration > 0 ? fps : 0.0);
+    frameDuration_.store(duration);
     return kSettingsSuccess;
 }
 
 int STDMETHODCALLTYPE CVantrelFilter::GetFrameRate(double* fps) {
-    *fps = frameRate_;
+    frameRate_.LoadTo(fps);
     return kSettingsSuccess;
 }
 

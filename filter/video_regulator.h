@@ -15,6 +15,7 @@
 #include <cstdint>
 #include <memory>
 
+#include "filter/atomic64.h"
 #include "filter/conversion.h"
 #include "filter/picture_format.h"
 #include "filter/vantrel_settings.h"
@@ -175,19 +176,19 @@ class CVantrelFilter final : public CTransformFilter,
     RegulatorState regulator_;
 
     // Settings.
-    std::atomic<OutputSize> outputSize_{OutputSize{0, 0}};
+    Atomic64<OutputSize> outputSize_{OutputSize{0, 0}};
     std::atomic<int32_t> scaleMethod_{VantrelMethodAuto};
     std::atomic<int32_t> outputFormat_{VantrelFormatAuto};
     std::atomic<int32_t> videoType_{VantrelTypeAuto};
-    std::atomic<double> frameRate_{0.0};
-    std::atomic<REFERENCE_TIME> frameDuration_{0};  // 0 while the time regulator is off
+    Atomic64<double> frameRate_{0.0};
+    Atomic64<REFERENCE_TIME> frameDuration_{0};  // 0 while the time regulator is off
 
     // Statistics; times are milliseconds of timeGetTime.
     std::atomic<uint32_t> startTime_{0};
     std::atomic<uint32_t> lastTime_{0};
     std::atomic<uint32_t> processingTime_{0};
     std::atomic<uint32_t> processedFrames_{0};
-    std::atomic<int64_t> generatedFrames_{0};
+    Atomic64<int64_t> generatedFrames_{0};
 
     // Time regulation, where a flush meets the streaming thread.
     std::atomic<bool> isResetPending_{false};
