@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cstring>
 
+#include "filter/vantrel_pins.h"
+
 using tavo::FrameSpan;
 
 namespace {
@@ -102,15 +104,13 @@ HRESULT CVantrelFilter::FollowOutputSampleType(IMediaSample* sample) {
     const SampleType carried(sample);
     if (!carried.Get()) return S_OK;
     HRESULT result = S_OK;
-    const CMediaType type(*carried.Get(), &result);
+    CMediaType type(*carried.Get(), &result);
     if (FAILED(result)) return result;
     if (type == m_pOutput->CurrentMediaType()) return S_OK;
     if (CheckTransform(&m_pInput->CurrentMediaType(), &type) != S_OK) return E_FAIL;
-    {
-        CAutoLock lock(&settingsLock_);
-        result = m_pOutput->CBasePin::SetMediaType(&type);
-    }
-    return FAILED(result) ? result : SetOutputType(type);
+    result = SetOutputType(type);
+    if (SUCCEEDED(result)) static_cast<CVantrelOutputPin*>(m_pOutput)->KeepType(type);
+    return result;
 }
 
 HRESULT CVantrelFilter::ScaleFrame(FrameSpan output, FrameSpan input) {

@@ -46,6 +46,11 @@ bool IsSound(const CMediaType& type, bool (*isUsable)(const Picture&)) {
     return !claimsHeader || !picture.format || isUsable(picture);
 }
 
+// Without a copy, which could fail.
+void SwapTypes(CMediaType& a, CMediaType& b) {
+    std::swap(static_cast<AM_MEDIA_TYPE&>(a), static_cast<AM_MEDIA_TYPE&>(b));
+}
+
 // Makes an RGB565 type one of BI_BITFIELDS. The colour masks that this announces are written unless
 // the type has some already.
 HRESULT AnnounceRgb565Masks(CMediaType* type) {
@@ -183,60 +188,14 @@ void CVantrelFilter::TakeSizeWhereUnset(const Picture& source) {
                                 asked.height ? asked.height : source.height});
 }
 
+// Everything that can fail comes first: a type that cannot be followed leaves all as it was.
 HRESULT CVantrelFilter::SetInputType(const CMediaType& type) {
     const Picture picture = tavo::ReadSourcePicture(type);
-    {
-        CAutoLock lock(&settingsLock_);
-        const HRESULT copied = inputType_.Set(type);
-        if (FAILED(copied)) return copied;
-        source_.format = picture.format;
-        if (picture.format) {
-            source_ = picture;
-            bitsPerPixel_ = picture.bitsPerPixel;
-        }
-    }
-    if (picture.format) TakeSizeWhereUnset(picture);
+    HRESULT result = S_OK;
+    CMediaType kept(type, &result);
+    if (FAILED(result)) return result;
+
     CAutoLock streamingLock(&m_csReceive);
-    isSourceLayoutOpen_ = tavo::LeavesLayoutOpen(type);
-    const bool isOutputSettled = m_pOutput && m_pOutput->IsConnected();
-    return isOutputSettled ? RebuildConversion(KeptFrame::Keep) : S_OK;
-}
-
-// A type that states no frame size leaves the layout of its planes to the first frame.
-HRESULT CVantrelFilter::SettleSourceLayout(IMediaSample* sample) {
-    if (!isSourceLayoutOpen_ || !conversion_) return S_OK;
-    isSourceLayoutOpen_ = false;
-    const tavo::PlaneLayout layout =
-        LayoutOfFrameBytes(conversion_->Source(), sample->GetActualDataLength());
-    if (layout == conversion_->Source().layout) return S_OK;
-    {
-        CAutoLock lock(&settingsLock_);
-        source_.layout = layout;
-    }
-    return RebuildConversion(KeptFrame::Keep);
-}
-
-HRESULT CVantrelFilter::SetOutputType(const CMediaType& type) {
-    Picture picture = ReadPicture(type);
-    {
-        CAutoLock lock(&settingsLock_);
-        const HRESULT copied = outputType_.Set(type);
-        if (FAILED(copied)) return copied;
-        const VideoHeader header = LocateVideoHeader(outputType_);
-        if (header) WriteFrameDuration(header);
-        if (picture.format) {
-            bitsPerPixel_ = picture.bitsPerPixel;
-            if (!picture.format->keepsHeightSign) picture.height = std::abs(picture.height);
-        }
-        output_ = picture;
-    }
-    if (picture.format) outputSize_.store({picture.width, std::abs(picture.height)});
-    return RebuildConversion(KeptFrame::Forget);
-}
-
-// Replaces maps and buffers once the frame in progress, if any, is through. On failure there is no
-// conversion, and frames fail until a type is set that can be followed.
-HRESULT CVantrelFilter::RebuildConversion(KeptFrame keptFrame) {
     Picture source;
     Picture output;
     {
@@ -244,17 +203,92 @@ HRESULT CVantrelFilter::RebuildConversion(KeptFrame keptFrame) {
         source = source_;
         output = output_;
     }
+    // Of a type that the filter does not know only that counts.
+    source.format = picture.format;
+    if (picture.format) source = picture;
+    std::unique_ptr<tavo::Conversion> conversion;
+    if (IsOutputSettled()) result = BuildConversion(source, output, conversion);
+    if (FAILED(result)) return result;
+
+    {
+        CAutoLock lock(&settingsLock_);
+        SwapTypes(inputType_, kept);
+        source_ = source;
+        if (picture.format) bitsPerPixel_ = picture.bitsPerPixel;
+    }
+    if (picture.format) TakeSizeWhereUnset(picture);
+    isSourceLayoutOpen_ = tavo::LeavesLayoutOpen(type);
+    if (conversion) ReplaceConversion(std::move(conversion), KeptFrame::Keep);
+    return S_OK;
+}
+
+// A type that states no frame size leaves the layout of its planes to the first frame.
+HRESULT CVantrelFilter::SettleSourceLayout(IMediaSample* sample) {
+    if (!isSourceLayoutOpen_ || !conversion_) return S_OK;
+    Picture source = conversion_->Source();
+    source.layout = LayoutOfFrameBytes(source, sample->GetActualDataLength());
+    if (source.layout != conversion_->Source().layout) {
+        std::unique_ptr<tavo::Conversion> conversion;
+        const HRESULT built = BuildConversion(source, conversion_->Output(), conversion);
+        if (FAILED(built)) return built;
+        {
+            CAutoLock lock(&settingsLock_);
+            source_.layout = source.layout;
+        }
+        ReplaceConversion(std::move(conversion), KeptFrame::Keep);
+    }
+    isSourceLayoutOpen_ = false;
+    return S_OK;
+}
+
+HRESULT CVantrelFilter::SetOutputType(const CMediaType& type) {
+    Picture output = ReadPicture(type);
+    if (output.format && !output.format->keepsHeightSign) output.height = std::abs(output.height);
+    HRESULT result = S_OK;
+    CMediaType kept(type, &result);
+    if (FAILED(result)) return result;
+    if (const VideoHeader header = LocateVideoHeader(kept)) WriteFrameDuration(header);
+
     CAutoLock streamingLock(&m_csReceive);
-    const std::unique_ptr<tavo::Conversion> former = std::move(conversion_);
-    // What an earlier failure has taken away cannot be kept.
-    if (keptFrame == KeptFrame::Forget || !former) regulator_.ForgetKeptFrame();
+    Picture source;
+    {
+        CAutoLock lock(&settingsLock_);
+        source = source_;
+    }
+    std::unique_ptr<tavo::Conversion> conversion;
+    result = BuildConversion(source, output, conversion);
+    if (FAILED(result)) return result;
+
+    {
+        CAutoLock lock(&settingsLock_);
+        SwapTypes(outputType_, kept);
+        output_ = output;
+        if (output.format) bitsPerPixel_ = output.bitsPerPixel;
+    }
+    if (output.format) outputSize_.store({output.width, std::abs(output.height)});
+    ReplaceConversion(std::move(conversion), KeptFrame::Forget);
+    return S_OK;
+}
+
+// Maps and buffers from one picture to another.
+HRESULT CVantrelFilter::BuildConversion(const Picture& source, const Picture& output,
+                                        std::unique_ptr<tavo::Conversion>& built) const {
     const bool fits = source.format == output.format &&
                       (!output.format || (IsUsablePicture(source) && IsUsableOutput(output)));
     if (!fits) return E_INVALIDARG;
-    conversion_ = tavo::Conversion::Build(source, output);
-    if (!conversion_) return E_OUTOFMEMORY;
-    if (former && keptFrame == KeptFrame::Keep) conversion_->TakeWorkBuffer(*former);
-    return S_OK;
+    built = tavo::Conversion::Build(source, output);
+    return built ? S_OK : E_OUTOFMEMORY;
+}
+
+// Under the streaming lock: never while a frame is in progress.
+void CVantrelFilter::ReplaceConversion(std::unique_ptr<tavo::Conversion> built,
+                                       KeptFrame keptFrame) {
+    if (keptFrame == KeptFrame::Forget || !conversion_) {
+        regulator_.ForgetKeptFrame();
+    } else {
+        built->TakeWorkBuffer(*conversion_);
+    }
+    conversion_ = std::move(built);
 }
 
 int STDMETHODCALLTYPE CVantrelFilter::ApplySettings() {

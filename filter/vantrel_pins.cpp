@@ -1,6 +1,34 @@
 #include "filter/vantrel_pins.h"
 
+#include <utility>
+
 #include "filter/video_regulator.h"
+
+namespace {
+
+// Without a copy, which could fail.
+void SwapTypes(CVantrelFilter& filter, CMediaType& a, CMediaType& b) {
+    CAutoLock lock(&filter.SettingsLock());
+    std::swap(static_cast<AM_MEDIA_TYPE&>(a), static_cast<AM_MEDIA_TYPE&>(b));
+}
+
+// What is `kept` by a pin is replaced once the filter has taken the type over.
+HRESULT SettleType(CVantrelFilter& filter, PIN_DIRECTION direction, const CMediaType& type,
+                   CMediaType& kept) {
+    HRESULT result = S_OK;
+    CMediaType copy(type, &result);
+    if (SUCCEEDED(result)) result = filter.SetMediaType(direction, &type);
+    if (FAILED(result)) return result;
+    SwapTypes(filter, kept, copy);
+    return S_OK;
+}
+
+bool IsSameType(CVantrelFilter& filter, const CMediaType& type, const CMediaType& kept) {
+    CAutoLock lock(&filter.SettingsLock());
+    return type == kept;
+}
+
+}  // namespace
 
 CVantrelInputPin::CVantrelInputPin(CVantrelFilter* filter, HRESULT* result)
     : CTransformInputPin(NAME("Vantrel input pin"), filter, result, L"Input"), filter_(filter) {}
@@ -15,6 +43,8 @@ STDMETHODIMP CVantrelInputPin::ConnectionMediaType(AM_MEDIA_TYPE* type) {
 }
 
 HRESULT CVantrelInputPin::CheckMediaType(const CMediaType* type) {
+    CheckPointer(type, E_POINTER);
+    if (IsConnected() && IsSameType(*filter_, *type, m_mt)) return S_OK;
     const HRESULT checked = filter_->CheckInputType(type);
     if (checked != S_OK) return checked;
     CBasePin* const outputPin = filter_->GetPin(1);
@@ -24,14 +54,9 @@ HRESULT CVantrelInputPin::CheckMediaType(const CMediaType* type) {
     return FAILED(copied) ? copied : filter_->CheckTransform(type, &output);
 }
 
-// CBasePin::SetMediaType keeps the type; the settings lock must not be held for the filter's part.
 HRESULT CVantrelInputPin::SetMediaType(const CMediaType* type) {
-    {
-        CAutoLock settingsLock(&filter_->SettingsLock());
-        const HRESULT kept = CBasePin::SetMediaType(type);
-        if (FAILED(kept)) return kept;
-    }
-    return filter_->SetMediaType(PINDIR_INPUT, type);
+    CheckPointer(type, E_POINTER);
+    return SettleType(*filter_, PINDIR_INPUT, *type, m_mt);
 }
 
 // Runs before Stop waits for the sample in progress.
@@ -51,17 +76,17 @@ STDMETHODIMP CVantrelOutputPin::ConnectionMediaType(AM_MEDIA_TYPE* type) {
 }
 
 HRESULT CVantrelOutputPin::CheckMediaType(const CMediaType* type) {
+    CheckPointer(type, E_POINTER);
     if (!filter_->GetPin(0)->IsConnected()) return E_INVALIDARG;
+    if (IsConnected() && IsSameType(*filter_, *type, m_mt)) return S_OK;
     CMediaType input;
     const HRESULT copied = filter_->CopyInputType(&input);
     return FAILED(copied) ? copied : filter_->CheckTransform(&input, type);
 }
 
 HRESULT CVantrelOutputPin::SetMediaType(const CMediaType* type) {
-    {
-        CAutoLock settingsLock(&filter_->SettingsLock());
-        const HRESULT kept = CBasePin::SetMediaType(type);
-        if (FAILED(kept)) return kept;
-    }
-    return filter_->SetMediaType(PINDIR_OUTPUT, type);
+    CheckPointer(type, E_POINTER);
+    return SettleType(*filter_, PINDIR_OUTPUT, *type, m_mt);
 }
+
+void CVantrelOutputPin::KeepType(CMediaType& type) { SwapTypes(*filter_, m_mt, type); }

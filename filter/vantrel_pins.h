@@ -1,6 +1,7 @@
 // The two pins of the filter. The streaming thread replaces their types when a sample carries a new
 // one, and must not take the filter lock for that; so whatever reads a type holds the settings
-// lock as well.
+// lock as well. A pin has a new type only once the filter has taken it over. The type of a
+// connection stays accepted, whatever the settings are by now.
 
 #pragma once
 
@@ -28,6 +29,10 @@ class CVantrelOutputPin final : public CTransformOutputPin {
     STDMETHODIMP ConnectionMediaType(AM_MEDIA_TYPE* type) override;
     HRESULT CheckMediaType(const CMediaType* type) override;
     HRESULT SetMediaType(const CMediaType* type) override;
+
+    // For a type that a sink has put on a buffer, once the filter follows it. The caller is given
+    // the former one.
+    void KeepType(CMediaType& type);
 
   private:
     CVantrelFilter* const filter_;

@@ -129,7 +129,10 @@ class CVantrelFilter final : public CTransformFilter,
     HRESULT SetInputType(const CMediaType& type);
     HRESULT SetOutputType(const CMediaType& type);
     HRESULT SettleSourceLayout(IMediaSample* sample);
-    HRESULT RebuildConversion(KeptFrame keptFrame);
+    HRESULT BuildConversion(const tavo::Picture& source, const tavo::Picture& output,
+                            std::unique_ptr<tavo::Conversion>& built) const;
+    void ReplaceConversion(std::unique_ptr<tavo::Conversion> built, KeptFrame keptFrame);
+    bool IsOutputSettled() const { return m_pOutput && m_pOutput->IsConnected(); }
     void WriteFrameDuration(const tavo::VideoHeader& header) const;
     void TakeSizeWhereUnset(const tavo::Picture& source);
     void StoreNegotiatedSize(OutputSize asked, OutputSize negotiated);

@@ -1,6 +1,7 @@
 // The filter linked into this program, where its own allocations can be made to fail one by one.
 #include "filter/video_regulator.h"
 
+#include "tests/filter/support/expected_pixels.h"
 #include "tests/filter/support/filter_rig.h"
 #include "tests/filter/support/pictures.h"
 #include "tests/support/nothrow_new.h"
@@ -122,6 +123,75 @@ TEST_F(OutOfMemoryTest, FollowingATypeOnASample) {
             EXPECT_EQ(SUCCEEDED(result), fail.refused() == 0) << std::hex << result;
             EXPECT_EQ(rig.samples().size(), SUCCEEDED(result) ? 1u : 0u);
         });
+}
+
+TEST_F(OutOfMemoryTest, ATypeThatCouldNotBeFollowedLeavesTheOldOneAndIsFollowedLater) {
+    const PixelFormat& format = Format("YV12");
+    const std::vector<BYTE> larger = RandomFrame(format, 100, 80);
+    const SampleSpec change = {.bytes = larger,
+                               .type = TypeOf(format, 100, 80),
+                               .freestanding = SampleConfig{.size = 100 * 80 * 3 / 2}};
+    bool refused = true;
+    int count = 0;
+    for (; refused; ++count) {
+        SCOPED_TRACE(count);
+        ASSERT_LT(count, 100);
+        HRESULT created = S_OK;
+        FilterRig rig;
+        rig.Use(Create(&created));
+        rig.settings->SetOutputSize(40, 36);
+        rig.settings->SetScaleMethod(VantrelMethodNearest);
+        ASSERT_EQ(rig.Connect(TypeOf(format, 64, 48)), S_OK);
+        ASSERT_EQ(rig.Start(), S_OK);
+        {
+            const FailNothrowNew fail(count);
+            rig.Deliver(change);
+            refused = fail.refused() > 0;
+        }
+        rig.sink->pin().ClearSamples();
+        if (refused) {
+            ASSERT_EQ(rig.Deliver(frame_), S_OK);
+            EXPECT_TRUE(Matches(NearestPlanar(format, frame_, {64, 48}, {40, 36}),
+                                rig.samples().at(0).bytes))
+                << "the old type does not go on";
+            rig.sink->pin().ClearSamples();
+        }
+        ASSERT_EQ(rig.Deliver(change), S_OK);
+        EXPECT_TRUE(
+            Matches(NearestPlanar(format, larger, {100, 80}, {40, 36}), rig.samples().at(0).bytes));
+    }
+    EXPECT_GT(count, 1) << "nothing was allocated: nothing was tested";
+}
+
+TEST_F(OutOfMemoryTest, ABuffersTypeThatCouldNotBeFollowedLeavesTheOldOne) {
+    const PixelFormat& format = Format("YV12");
+    bool refused = true;
+    int count = 0;
+    for (; refused; ++count) {
+        SCOPED_TRACE(count);
+        ASSERT_LT(count, 100);
+        HRESULT created = S_OK;
+        FilterRig rig({.allocator = SinkAllocator::kOwn});
+        rig.Use(Create(&created));
+        rig.settings->SetOutputSize(40, 36);
+        rig.settings->SetScaleMethod(VantrelMethodNearest);
+        ASSERT_EQ(rig.Connect(TypeOf(format, 64, 48)), S_OK);
+        ASSERT_EQ(rig.Start(), S_OK);
+        rig.sink->pin().ownAllocator()->AttachTypeOnce(*TypeOf(format, 32, 24));
+        HRESULT result = S_OK;
+        {
+            const FailNothrowNew fail(count);
+            result = rig.Deliver(frame_);
+            refused = fail.refused() > 0;
+        }
+        EXPECT_EQ(SUCCEEDED(result), !refused);
+        rig.sink->pin().ClearSamples();
+        const Size size = refused ? Size{40, 36} : Size{32, 24};
+        ASSERT_EQ(rig.Deliver(frame_), S_OK);
+        EXPECT_TRUE(
+            Matches(NearestPlanar(format, frame_, {64, 48}, size), rig.samples().at(0).bytes));
+    }
+    EXPECT_GT(count, 1) << "nothing was allocated: nothing was tested";
 }
 
 TEST_F(OutOfMemoryTest, RegulatingWithoutAClock) {

@@ -131,6 +131,26 @@ TEST_F(SampleTypeTest, ATypeOnASampleThatTheRegulatorDropsIsNotLost) {
                         rig.samples().back().bytes));
 }
 
+// The page may be open while the video plays, with another format chosen.
+TEST_F(SampleTypeTest, TheTypeOfTheConnectionStaysAcceptedWhateverTheSettingsAre) {
+    FilterRig rig;
+    rig.settings->SetScaleMethod(VantrelMethodNearest);
+    rig.settings->SetOutputSize(40, 36);
+    ASSERT_EQ(rig.Connect(TypeOf(format_, 64, 48)), S_OK);
+    ASSERT_EQ(rig.Start(), S_OK);
+    const MediaType type = TypeOf(format_, 64, 48);
+    const MediaType outputType = rig.ConnectionTypeOf(rig.output.Get());
+    rig.settings->SetOutputFormat(VantrelFormatRgb24);
+    rig.settings->SetVideoType(VantrelTypeMpeg2);
+    EXPECT_EQ(rig.input->QueryAccept(type.Get()), S_OK);
+    EXPECT_EQ(rig.output->QueryAccept(outputType.Get()), S_OK);
+    ExpectNearest(rig, SampleOf(format_, {64, 48}, true), {64, 48}, {40, 36});
+    // Another one is tested, and refused.
+    EXPECT_EQ(rig.input->QueryAccept(TypeOf(format_, 32, 48).Get()), S_FALSE);
+    EXPECT_EQ(rig.settings->ApplySettings(), int{E_INVALIDARG});
+    ExpectNearest(rig, SampleOf(format_, {64, 48}, true), {64, 48}, {40, 36});
+}
+
 // A sink whose buffers hold more than the frames that it asked for first.
 struct DynamicSinkRig : FilterRig {
     explicit DynamicSinkRig(const MediaType& type)
