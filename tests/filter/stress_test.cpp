@@ -37,8 +37,9 @@ class StressTest : public FilterTest {
     // Runs `round` so often that caches have settled, then `rounds` times more, and compares. A
     // heap grows in steps, now and then of a megabyte: then there are more rounds, over which a
     // step spreads. What is lost in each round stays the same for each.
+    // `platformHandles` are those that the platform's own objects lose in each round.
     template <typename Round>
-    void ExpectNothingPilesUp(int rounds, Round round) {
+    void ExpectNothingPilesUp(int rounds, Round round, int platformHandles = 0) {
         const int warmUp = rounds / 5;
         for (int i = 0; i < warmUp; ++i) {
             round(i);
@@ -60,9 +61,9 @@ class StressTest : public FilterTest {
             grown = static_cast<long long>(after.memory) - static_cast<long long>(before.memory);
         } while (grown >= done * kBytesARound && done < 20 * rounds);
         EXPECT_LT(grown, done * kBytesARound);
-        EXPECT_LE(after.handles, before.handles + 4) << "a handle a round would be " << done;
-        std::printf("  %d rounds: %lld bytes more, %d handles more\n", done, grown,
-                    after.handles - before.handles);
+        const int handles = after.handles - before.handles - platformHandles * done;
+        EXPECT_LE(handles, 4) << "a handle a round would be " << done;
+        std::printf("  %d rounds: %lld bytes more, %d handles more\n", done, grown, handles);
     }
 };
 
@@ -114,7 +115,18 @@ void LiveAndDie(int number) {
     EXPECT_FALSE(rig.source->pin().connected());
 }
 
-TEST_F(StressTest, AThousandLivesInTheGraph) { ExpectNothingPilesUp(1000, LiveAndDie); }
+// Wine 8 loses one with each graph, whatever is in it.
+int HandlesThatAGraphLoses() {
+    constexpr int kGraphs = 100;
+    { const Graph first; }
+    const int before = HandlesInUse();
+    for (int i = 0; i < kGraphs; ++i) const Graph graph;
+    return (HandlesInUse() - before) / kGraphs;
+}
+
+TEST_F(StressTest, AThousandLivesInTheGraph) {
+    ExpectNothingPilesUp(1000, LiveAndDie, HandlesThatAGraphLoses());
+}
 
 TEST_F(StressTest, AThousandReconnectionsOfOneFilter) {
     FilterRig rig({.keepBytes = false});
