@@ -14,8 +14,8 @@ namespace {
 constexpr REFERENCE_TIME kHundredthsDuration = 100 * UNITS;
 
 // The duration of a frame, or 0 for a rate that none can express: below a hundredth, above one
-// frame per unit of time, not a number. Out of line: see DoublePrecisionScope. By reference, so that
-// the rate is not moved through a register before the scope has begun.
+// frame per unit of time, not a number. Out of line: see DoublePrecisionScope. By reference, so
+// that the rate is not moved through a register before the scope has begun.
 [[gnu::noipa]] REFERENCE_TIME FrameDuration(const double& fps) {
     const double hundredths = fps * 100;
     if (!(hundredths >= 1.0) || hundredths >= static_cast<double>(kHundredthsDuration) + 1.0) {
