@@ -298,15 +298,46 @@ IoResult AviWriter::TryFinish() {
     return result == IoResult::Ok ? store_.WriteAt(kListHeader, Header()) : result;
 }
 
-// Gives up the last frame of a segment that could not be closed, or the empty segment itself.
-bool AviWriter::DropLastFrame() {
+// Where the file ends once the segment is closed, with so many slots in its indexes.
+uint64_t AviWriter::ClosedEnd(const Segment& segment, uint64_t slots) const {
+    const uint64_t end = FramesEnd(segment) + kIndexHeader + slots * kIndexEntry;
+    return segment.start == 0 ? end + kChunkHeader + slots * kOldIndexEntry : end;
+}
+
+// How far the disk lets the file grow, to the byte. No frame is touched.
+uint64_t AviWriter::ReachableEnd(uint64_t wanted) {
+    const std::vector<std::byte> block(size_t{64} << 10);
+    uint64_t end = position_;
+    size_t size = block.size();
+    while (size > 0 && end < wanted) {
+        size = static_cast<size_t>(std::min<uint64_t>(size, wanted - end));
+        if (store_.WriteAt(end, std::span(block).first(size)) == IoResult::Ok) {
+            end += size;
+        } else {
+            store_.Truncate(end);
+            size /= 2;
+        }
+    }
+    store_.Truncate(position_);
+    return end;
+}
+
+// Gives up frames of a segment that could not be closed until its indexes have room, or the empty
+// segment itself.
+bool AviWriter::DropFrames(uint32_t atLeast) {
     Segment& last = segments_.back();
     if (last.index != 0) return false;
     if (last.frames > 0) {
-        --last.frames;
-        --frameCount_;
-        last.room -= rooms_.back();
-        rooms_.pop_back();
+        uint64_t slots = SlotsOf(last);
+        const uint64_t end = ReachableEnd(ClosedEnd(last, slots));
+        for (uint32_t n = 0; last.frames > 0; ++n) {
+            if (n >= atLeast && ClosedEnd(last, slots) <= end) break;
+            --last.frames;
+            --frameCount_;
+            slots -= 1 + RepeatsOf(frameCount_);
+            last.room -= rooms_.back();
+            rooms_.pop_back();
+        }
         position_ = FramesEnd(last);
     } else {
         if (segments_.size() == 1) return false;
@@ -328,7 +359,13 @@ IoResult AviWriter::Finish() {
         }
     }
     if (result == IoResult::Ok) result = TryFinish();
-    while (result == IoResult::DiskFull && DropLastFrame()) result = TryFinish();
+    // What the disk has left may change meanwhile. Each try gives up more than the one before, so
+    // that there are few, but not much more than it has to.
+    uint32_t atLeast = 1;
+    while (result == IoResult::DiskFull && DropFrames(atLeast)) {
+        result = TryFinish();
+        atLeast = std::min(2 * atLeast, segments_.back().frames / 16 + 1);
+    }
     return result;
 }
 

@@ -88,7 +88,9 @@ class AviWriter {
     IoResult EnsureOpenSegment();
     IoResult PatchSize(uint64_t chunk, uint64_t end);
     IoResult TryFinish();
-    bool DropLastFrame();
+    uint64_t ClosedEnd(const Segment& segment, uint64_t slots) const;
+    uint64_t ReachableEnd(uint64_t wanted);
+    bool DropFrames(uint32_t atLeast);
     IoResult WriteRepeats(const Segment& segment);
     IoResult RewriteIndexes(const Segment& segment);
 

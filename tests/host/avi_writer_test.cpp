@@ -4,9 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 #include <string>
+#include <utility>
 
 #include "host/avi_reader.h"
 #include "host/file_store.h"
@@ -378,6 +380,66 @@ TEST(AviWriter, FullDiskLeavesASoundFile) {
         }
     }
     EXPECT_GE(before, 59u);
+}
+
+// Writes frames until the disk is full.
+void FillDisk(AviWriter& writer, const VideoFormat& video) {
+    ASSERT_EQ(writer.Begin(), IoResult::Ok);
+    const std::vector<std::byte> frame = Picture(video, 0);
+    IoResult result = IoResult::Ok;
+    while (result == IoResult::Ok) result = writer.WriteFrame(frame);
+    ASSERT_EQ(result, IoResult::DiskFull);
+}
+
+// Frames smaller than their own index entries: most of them have to go.
+TEST(AviWriter, FullDiskCostsNoMoreThanTheFile) {
+    const VideoFormat video = Video(PixelFormat::YUY2, 2, 1);
+    MemoryStore store;
+    store.capacity = 400'000;
+    AviWriter writer(store, video, {25, 1});
+    FillDisk(writer, video);
+    const uint32_t written = writer.FrameCount();
+    store.bytesOffered = 0;
+    store.writes = 0;
+    ASSERT_EQ(writer.Finish(), IoResult::Ok);
+    EXPECT_LT(store.bytesOffered, 5 * store.capacity);
+    EXPECT_LT(store.writes, 100);
+    EXPECT_EQ(CheckAvi(store).fault, "");
+
+    // One more would have been too many.
+    const uint32_t kept = writer.FrameCount();
+    EXPECT_LT(kept, written / 2);
+    for (const uint32_t frames : {kept, kept + 1}) {
+        MemoryStore whole;
+        WriteAndCheck(whole, video, frames);
+        EXPECT_EQ(whole.bytes.size() <= store.capacity, frames == kept);
+    }
+}
+
+// A disk that compresses what is written: how much of it is left cannot be measured with zeros.
+class CompressingStore final : public MemoryStore {
+  public:
+    IoResult WriteAt(uint64_t offset, std::span<const std::byte> source) override {
+        const auto isZero = [](std::byte b) { return b == std::byte{0}; };
+        if (!std::ranges::all_of(source, isZero)) return MemoryStore::WriteAt(offset, source);
+        const uint64_t limit = std::exchange(capacity, UINT64_MAX);
+        const IoResult result = MemoryStore::WriteAt(offset, source);
+        capacity = limit;
+        return result;
+    }
+};
+
+TEST(AviWriter, FullDiskIsGivenUpInFewTries) {
+    const VideoFormat video = Video(PixelFormat::YUY2, 2, 1);
+    CompressingStore store;
+    store.capacity = 400'000;
+    AviWriter writer(store, video, {25, 1});
+    FillDisk(writer, video);
+    store.writes = 0;
+    ASSERT_EQ(writer.Finish(), IoResult::Ok);
+    EXPECT_LT(store.writes, 500);
+    EXPECT_EQ(CheckAvi(store).fault, "");
+    EXPECT_GT(writer.FrameCount(), 9000u);  // of the 10640 that fit
 }
 
 TEST(AviWriter, OtherErrorsAreReportedAsTheyAre) {

@@ -30,6 +30,7 @@ class MemoryStore : public tavo::ByteStore {
     // As a full disk does it: what fits is written, then the call fails.
     tavo::IoResult WriteAt(uint64_t offset, std::span<const std::byte> source) override {
         ++writes;
+        bytesOffered += source.size();
         if (failure != tavo::IoResult::Ok && --writesUntilFailure < 0) return failure;
         const uint64_t end = std::min(offset + source.size(), capacity);
         if (end > bytes.size()) bytes.resize(static_cast<size_t>(end));
@@ -48,6 +49,7 @@ class MemoryStore : public tavo::ByteStore {
     tavo::IoResult failure = tavo::IoResult::Ok;
     int writesUntilFailure = 0;
     int writes = 0;
+    uint64_t bytesOffered = 0;  // to WriteAt, in all
 };
 
 // Files larger than memory: writes of a mebibyte and more count as zeros.
