@@ -7,11 +7,13 @@
 
 #include "dshow/helpers.h"
 #include "dshow/internal/com_ptr.h"
+#include "dshow/internal/page_dialog.h"
 #include "dshow/module.h"
 #include "dshow/ref_time.h"
 #include "dshow/wide_string.h"
 
 using tavo::dshow::ComPtr;
+using tavo::dshow::PageDialog;
 using tavo::dshow::ReleaseMember;
 
 namespace {
@@ -31,9 +33,8 @@ STDMETHODIMP CBasePropertyPage::NonDelegatingQueryInterface(REFIID riid, void** 
 
 // Frames forget to take site and object back, and both may hold the page's own container.
 STDMETHODIMP_(ULONG) CBasePropertyPage::NonDelegatingRelease() {
-    const LONG count = InterlockedDecrement(&m_cRef);
+    const LONG count = PageDialog::Release(this, m_cRef);
     if (count != 0) return std::max<LONG>(count, 1);
-    InterlockedIncrement(&m_cRef);
     SetPageSite(nullptr);
     SetObjects(0, nullptr);
     delete this;
@@ -102,9 +103,16 @@ STDMETHODIMP CBasePropertyPage::SetObjects(ULONG n, LPUNKNOWN* ppUnk) {
 STDMETHODIMP CBasePropertyPage::Activate(HWND hwndParent, LPCRECT pRect, BOOL) {
     CheckPointer(pRect, E_POINTER);
     if (!m_objectsSet || m_hwnd) return E_UNEXPECTED;
-    m_hwnd = CreateDialogParamW(g_hInst, MAKEINTRESOURCEW(m_DialogId), hwndParent, DialogProc,
-                                reinterpret_cast<LPARAM>(this));
-    if (!m_hwnd) return E_OUTOFMEMORY;
+    // The dialog's notices may have the frame let go of the page.
+    const auto self = ComPtr<IUnknown>::Share(GetOwner());
+    const HWND dialog = CreateDialogParamW(g_hInst, MAKEINTRESOURCEW(m_DialogId), hwndParent,
+                                           DialogProc, reinterpret_cast<LPARAM>(this));
+    if (!dialog) return E_OUTOFMEMORY;
+    if (!PageDialog::Knows(dialog)) {
+        DestroyWindow(dialog);
+        return E_OUTOFMEMORY;
+    }
+    m_hwnd = dialog;
     OnActivate();
     Move(pRect);
     return Show(SW_SHOWNORMAL);
@@ -129,6 +137,7 @@ STDMETHODIMP CBasePropertyPage::Show(UINT nCmdShow) {
 
 STDMETHODIMP CBasePropertyPage::Deactivate() {
     if (!m_hwnd) return E_UNEXPECTED;
+    const auto self = ComPtr<IUnknown>::Share(GetOwner());
 
     // While m_hwnd is null the handler does not put the style back.
     const HWND dialog = m_hwnd;
@@ -172,14 +181,22 @@ INT_PTR CBasePropertyPage::OnReceiveMessage(HWND hwnd, UINT uMsg, WPARAM wParam,
 INT_PTR CALLBACK CBasePropertyPage::DialogProc(HWND hwnd, UINT uMsg, WPARAM wParam, LPARAM lParam) {
     if (uMsg == WM_INITDIALOG) {
         SetWindowLongPtrW(hwnd, DWLP_USER, lParam);
-        if (auto* created = reinterpret_cast<CBasePropertyPage*>(lParam)) created->m_Dlg = hwnd;
+        auto* const page = reinterpret_cast<CBasePropertyPage*>(lParam);
+        if (page && PageDialog::Add(hwnd, page)) page->m_Dlg = hwnd;
     }
-    auto* page = reinterpret_cast<CBasePropertyPage*>(GetWindowLongPtrW(hwnd, DWLP_USER));
-    if (page) {
+    const PageDialog::Message message(hwnd, uMsg);
+    CBasePropertyPage* const page = message.Page();
+    if (page && GetWindowLongPtrW(hwnd, DWLP_USER)) {
         const INT_PTR handled = page->OnReceiveMessage(hwnd, uMsg, wParam, lParam);
         // Its parent may go without deactivating the page, and handles are used again.
         if (uMsg == WM_NCDESTROY) page->m_hwnd = nullptr;
         return handled;
+    }
+    if (message.IsOrphan()) {
+        // Nobody else closes it. It paints itself, or it would be asked to without end.
+        if (uMsg != WM_CLOSE) return 0;
+        DestroyWindow(hwnd);
+        return 1;
     }
     // The dialog frees its font at its very end, unless the message is taken from it.
     return uMsg == WM_NCDESTROY ? 0 : 1;

@@ -7,8 +7,11 @@
 
 // Lives on its frame's thread. It keeps the site (counted) but no pointer to the object: OnConnect
 // gets it, and the derived page keeps what it needs until OnDisconnect. The last release takes site
-// and object back, so OnDisconnect may come twice, or without an OnConnect. A dialog that is still
-// open is not closed by it. The resource must be a child dialog.
+// and object back, so OnDisconnect may come twice, or without an OnConnect. It may come on any
+// thread. A dialog that is still open reaches the page no more; the last release does not close it,
+// but on another thread than the dialog's it asks it to close. The page lives until the end of a
+// message that it handles. The module is not to be unloaded before the dialog is gone. The resource
+// must be a child dialog.
 class AM_NOVTABLE CBasePropertyPage : public IPropertyPage, public CUnknown {
   protected:
     LPPROPERTYPAGESITE m_pPageSite = nullptr;

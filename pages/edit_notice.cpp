@@ -24,6 +24,9 @@ void EditNotice::Show(HWND edit, const wchar_t* text) {
 }
 
 void EditNotice::Hide() {
-    if (balloon_ && IsWindow(balloon_)) DestroyWindow(balloon_);
+    // A page that goes on another thread leaves the closing to the balloon's own.
+    if (balloon_ && IsWindow(balloon_) && !DestroyWindow(balloon_)) {
+        PostMessageW(balloon_, WM_CLOSE, 0, 0);
+    }
     balloon_ = nullptr;
 }

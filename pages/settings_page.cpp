@@ -18,10 +18,12 @@ CSettingsPage::CSettingsPage(LPUNKNOWN outer, int dialogId, int titleId, UINT_PT
     InitCommonControls();
 }
 
-// A frame may drop a page whose dialog is still open: nothing must reach the page any more, not
-// even where the dialog belongs to another thread and cannot be destroyed from here.
+// A frame may drop a page whose dialog is still open: nothing must reach the page any more. A
+// dialog of another thread closes itself. By then the handle may be another window's.
 CSettingsPage::~CSettingsPage() {
-    if (!dialog_) return;
+    auto* const page = static_cast<CBasePropertyPage*>(this);
+    if (!dialog_ || GetWindowLongPtr(dialog_, DWLP_USER) != reinterpret_cast<LONG_PTR>(page))
+        return;
     SetWindowLongPtr(dialog_, DWLP_USER, 0);
     DestroyWindow(dialog_);
 }

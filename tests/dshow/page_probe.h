@@ -10,6 +10,8 @@
 
 namespace tavo_test {
 
+inline constexpr UINT kProbeMessage = WM_APP + 1;
+
 class ProbePage final : public CBasePropertyPage {
   public:
     explicit ProbePage(CallLog& log, int dialog = IDD_PAGE, int title = IDS_PAGE_TITLE,
@@ -24,6 +26,7 @@ class ProbePage final : public CBasePropertyPage {
     bool fillEdit = false;
     bool* gone = nullptr;
     std::function<void()> duringApply;
+    std::function<void()> duringMessage;  // of kProbeMessage
     int messages = 0;
     HWND hwndDuringInit = reinterpret_cast<HWND>(1);
     HWND dlgDuringInit = nullptr;
@@ -51,6 +54,7 @@ class ProbePage final : public CBasePropertyPage {
     }
     INT_PTR OnReceiveMessage(HWND hwnd, UINT message, WPARAM wParam, LPARAM lParam) override {
         ++messages;
+        if (message == kProbeMessage && duringMessage) duringMessage();
         if (message == WM_INITDIALOG) {
             log.Add("init");
             hwndDuringInit = m_hwnd;

@@ -195,16 +195,6 @@ TEST_F(Page, LastReleaseDisconnectsOnceMore) {
     EXPECT_EQ(log_.Text(), "OnDisconnect");
 }
 
-TEST_F(Page, LastReleaseLeavesAnOpenDialog) {
-    GiveObject();
-    ASSERT_EQ(Activate(), NOERROR);
-    const HWND dialog = page_->m_hwnd;
-    page_.Reset();
-    EXPECT_TRUE(IsWindow(dialog));
-    SetWindowLongPtrW(dialog, DWLP_USER, 0);  // its page is gone
-    DestroyWindow(dialog);
-}
-
 TEST_F(Page, Aggregated) {
     FakeOuter outer;
     auto* page = new ProbePage(log_, IDD_PAGE, IDS_PAGE_TITLE, &outer);

@@ -3,6 +3,7 @@
 #include <thread>
 
 #include "pages/resource_ids.h"
+#include "tests/pages/support/balloons.h"
 #include "tests/pages/support/page_frame.h"
 #include "tests/support/handles.h"
 
@@ -125,12 +126,29 @@ TEST_F(PageLifetime, ReleasedByAnotherThreadWithItsDialogOpen) {
         const HWND dialog = frame.Dialog();
         std::thread([&frame] { frame.page.Reset(); }).join();
         EXPECT_EQ(settings.references, 0);
-        // The dialog may stay, but reaches nobody.
+        // The dialog reaches nobody, but its procedure must be there.
+        EXPECT_EQ(TheModule().CanUnloadNow(), S_FALSE);
         SendMessageW(dialog, WM_TIMER, 3, 0);
         SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_WIDTH, EN_CHANGE), 0);
         SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_ENABLE, BN_CLICKED), 0);
-        DestroyWindow(dialog);
+        Pump();
+        EXPECT_FALSE(IsWindow(dialog));
+        EXPECT_EQ(TheModule().CanUnloadNow(), S_OK);
     }
+}
+
+// What is wrong with an edit is said by a window that belongs to the frame.
+TEST_F(PageLifetime, ReleasedByAnotherThreadWithABalloonShown) {
+    PageFrame frame(CLSID_ResamplePropertyPage);
+    FakeSettings settings;
+    frame.Connect(&settings);
+    ASSERT_EQ(frame.Open(), S_OK);
+    Type(frame.Control(IDC_WIDTH), "x");
+    ASSERT_NE(Balloon(), nullptr);
+    std::thread([&frame] { frame.page.Reset(); }).join();
+    Pump();
+    EXPECT_EQ(Balloon(), nullptr);
+    EXPECT_EQ(TheModule().CanUnloadNow(), S_OK);
 }
 
 TEST_F(PageLifetime, TheFrameWindowGoesFirst) {
