@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <utility>
 
 #include "dshow/helpers.h"
 #include "dshow/internal/com_ptr.h"
@@ -102,7 +103,7 @@ STDMETHODIMP CBasePropertyPage::SetObjects(ULONG n, LPUNKNOWN* ppUnk) {
 
 STDMETHODIMP CBasePropertyPage::Activate(HWND hwndParent, LPCRECT pRect, BOOL) {
     CheckPointer(pRect, E_POINTER);
-    if (!m_objectsSet || m_hwnd) return E_UNEXPECTED;
+    if (!m_objectsSet || m_isActive) return E_UNEXPECTED;
     // The dialog's notices may have the frame let go of the page.
     const auto self = ComPtr<IUnknown>::Share(GetOwner());
     const HWND dialog = CreateDialogParamW(g_hInst, MAKEINTRESOURCEW(m_DialogId), hwndParent,
@@ -113,6 +114,7 @@ STDMETHODIMP CBasePropertyPage::Activate(HWND hwndParent, LPCRECT pRect, BOOL) {
         return E_OUTOFMEMORY;
     }
     m_hwnd = dialog;
+    m_isActive = true;
     OnActivate();
     Move(pRect);
     return Show(SW_SHOWNORMAL);
@@ -120,35 +122,36 @@ STDMETHODIMP CBasePropertyPage::Activate(HWND hwndParent, LPCRECT pRect, BOOL) {
 
 STDMETHODIMP CBasePropertyPage::Move(LPCRECT pRect) {
     CheckPointer(pRect, E_POINTER);
-    if (!m_hwnd) return E_UNEXPECTED;
-    MoveWindow(m_hwnd, pRect->left, pRect->top, WIDTH(pRect), HEIGHT(pRect), TRUE);
+    if (!m_isActive) return E_UNEXPECTED;
+    if (m_hwnd) MoveWindow(m_hwnd, pRect->left, pRect->top, WIDTH(pRect), HEIGHT(pRect), TRUE);
     return NOERROR;
 }
 
 STDMETHODIMP CBasePropertyPage::Show(UINT nCmdShow) {
-    if (!m_hwnd) return E_UNEXPECTED;
+    if (!m_isActive) return E_UNEXPECTED;
     if (nCmdShow != SW_SHOW && nCmdShow != SW_SHOWNORMAL && nCmdShow != SW_HIDE) {
         return E_INVALIDARG;
     }
+    if (!m_hwnd) return NOERROR;
     ShowWindow(m_hwnd, static_cast<int>(nCmdShow));
     InvalidateRect(m_hwnd, nullptr, TRUE);
     return NOERROR;
 }
 
 STDMETHODIMP CBasePropertyPage::Deactivate() {
-    if (!m_hwnd) return E_UNEXPECTED;
+    if (!m_isActive) return E_UNEXPECTED;
     const auto self = ComPtr<IUnknown>::Share(GetOwner());
 
     // While m_hwnd is null the handler does not put the style back.
-    const HWND dialog = m_hwnd;
-    const LONG_PTR style = GetWindowLongPtrW(dialog, GWL_EXSTYLE);
-    m_hwnd = nullptr;
-    SetWindowLongPtrW(dialog, GWL_EXSTYLE, style & ~static_cast<LONG_PTR>(WS_EX_CONTROLPARENT));
-    m_hwnd = dialog;
-
+    if (const HWND dialog = std::exchange(m_hwnd, nullptr)) {
+        const LONG_PTR style = GetWindowLongPtrW(dialog, GWL_EXSTYLE);
+        SetWindowLongPtrW(dialog, GWL_EXSTYLE, style & ~static_cast<LONG_PTR>(WS_EX_CONTROLPARENT));
+        m_hwnd = dialog;
+    }
     OnDeactivate();
-    DestroyWindow(dialog);
+    if (m_hwnd) DestroyWindow(m_hwnd);
     m_hwnd = nullptr;
+    m_isActive = false;
     return NOERROR;
 }
 
@@ -188,7 +191,7 @@ INT_PTR CALLBACK CBasePropertyPage::DialogProc(HWND hwnd, UINT uMsg, WPARAM wPar
     CBasePropertyPage* const page = message.Page();
     if (page && GetWindowLongPtrW(hwnd, DWLP_USER)) {
         const INT_PTR handled = page->OnReceiveMessage(hwnd, uMsg, wParam, lParam);
-        // Its parent may go without deactivating the page, and handles are used again.
+        // Its parent may take the dialog along, and handles are used again.
         if (uMsg == WM_NCDESTROY) page->m_hwnd = nullptr;
         return handled;
     }

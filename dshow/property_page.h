@@ -15,7 +15,7 @@
 class AM_NOVTABLE CBasePropertyPage : public IPropertyPage, public CUnknown {
   protected:
     LPPROPERTYPAGESITE m_pPageSite = nullptr;
-    // The dialog, from the return of its creation until after its destruction.
+    // The dialog, from the return of its creation until its end.
     HWND m_hwnd = nullptr;
     // The dialog from WM_INITDIALOG on; never cleared.
     HWND m_Dlg = nullptr;
@@ -61,4 +61,6 @@ class AM_NOVTABLE CBasePropertyPage : public IPropertyPage, public CUnknown {
 
   private:
     bool m_objectsSet = false;
+    // From Activate to Deactivate, also where the dialog is gone before.
+    bool m_isActive = false;
 };

@@ -63,8 +63,10 @@ TEST_F(Page, AParentThatGoesTakesTheDialogAlong) {
     DestroyWindow(frame_);
     EXPECT_FALSE(IsWindow(dialog));
     EXPECT_EQ(page_->m_hwnd, nullptr);
-    EXPECT_EQ(page_->Move(&place_), E_UNEXPECTED);
-    EXPECT_EQ(page_->Show(SW_SHOW), E_UNEXPECTED);
+    EXPECT_EQ(page_->Move(&place_), NOERROR);
+    EXPECT_EQ(page_->Show(SW_SHOW), NOERROR);
+    EXPECT_EQ(Activate(), E_UNEXPECTED);
+    EXPECT_EQ(page_->Deactivate(), NOERROR);
     EXPECT_EQ(page_->Deactivate(), E_UNEXPECTED);
 }
 

@@ -158,6 +158,7 @@ TEST_F(PageLifetime, TheFrameWindowGoesFirst) {
         frame.Connect(&settings);
         ASSERT_EQ(frame.Open(), S_OK);
         DestroyWindow(frame.window());
+        EXPECT_EQ(frame.page->Deactivate(), S_OK);
         EXPECT_EQ(frame.page->Deactivate(), E_UNEXPECTED);
     }
 }
