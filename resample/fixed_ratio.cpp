@@ -7,27 +7,41 @@
 namespace tavo {
 namespace {
 
-// A group of `from` pixels becomes `to`, at these positions and weights.
-constexpr FixedRatio MakeRatio(int32_t from, int32_t to, const int32_t* positions,
-                               const uint8_t* weights) {
-    FixedRatio ratio = {};
-    ratio.columns = FixedRatio::kMaxColumns / to * to;
-    for (int32_t i = 0; i < ratio.columns; ++i) {
-        ratio.indices[i] = i / to * from + positions[i % to];
-        ratio.weights[i] = weights[i % to];
-    }
-    ratio.srcColumns = ratio.columns / to * from;
-    return ratio;
-}
+// The width that these ratios are made for.
+constexpr int32_t kColumns = 480;
 
-constexpr int32_t kFirstOnes[] = {0, 1, 2};
-constexpr uint8_t kThirds[] = {0, 85, 170};
-constexpr uint8_t kHalf[] = {0, 128};
+// A group of kFrom pixels becomes kTo.
+template <int32_t kFrom, int32_t kTo, int32_t kCount>
+struct Indices {
+    static_assert(kCount % kTo == 0 && kCount <= kStretchBytes);
+
+    constexpr explicit Indices(const int32_t (&positions)[kTo]) {
+        for (int32_t i = 0; i < kCount; ++i) of[i] = i / kTo * kFrom + positions[i % kTo];
+    }
+    constexpr FixedRatio Ratio(const uint8_t* weights) const {
+        return {of, weights, kCount, kCount / kTo * kFrom};
+    }
+
+    int32_t of[kCount] = {};
+};
+
+template <int32_t kTo, int32_t kCount>
+struct Weights {
+    constexpr explicit Weights(const uint8_t (&weights)[kTo]) {
+        for (int32_t i = 0; i < kCount; ++i) of[i] = weights[i % kTo];
+    }
+
+    uint8_t of[kCount] = {};
+};
+
+constexpr Indices<4, 3, kColumns> kFourToThreeIndices({0, 1, 2});
+constexpr Weights<3, kColumns> kFourToThreeWeights({0, 85, 170});
+constexpr Indices<3, 2, kColumns> kThreeToTwoIndices({0, 1});
+constexpr Weights<2, kColumns> kThreeToTwoWeights({0, 128});
 
 // The bytes of three pixels out of four: the third takes blue and green from the third source pixel
 // and red from the fourth.
-constexpr int32_t kMixedBytes[] = {0, 1, 2, 3, 4, 5, 6, 7, 11};
-constexpr uint8_t kNoWeights[9] = {};
+constexpr Indices<12, 9, 3 * kColumns> kMixedIndices({0, 1, 2, 3, 4, 5, 6, 7, 11});
 
 PixelOperation BlendOf(const PixelOps& ops, Halves halves) {
     return halves == Halves::Up ? BlendUpOf(ops) : BlendOf(ops);
@@ -35,9 +49,9 @@ PixelOperation BlendOf(const PixelOps& ops, Halves halves) {
 
 }  // namespace
 
-constexpr FixedRatio kFourToThree = MakeRatio(4, 3, kFirstOnes, kThirds);
-constexpr FixedRatio kThreeToTwo = MakeRatio(3, 2, kFirstOnes, kHalf);
-constexpr FixedRatio kFourToThreeMixedRgb24 = MakeRatio(12, 9, kMixedBytes, kNoWeights);
+constexpr FixedRatio kFourToThree = kFourToThreeIndices.Ratio(kFourToThreeWeights.of);
+constexpr FixedRatio kThreeToTwo = kThreeToTwoIndices.Ratio(kThreeToTwoWeights.of);
+constexpr FixedRatio kFourToThreeMixedRgb24 = kMixedIndices.Ratio(nullptr);
 
 int32_t TakeFrameFixed(const Frame& frame, const FixedRatio& ratio, PixelKind kind, Member member) {
     const RowOpsScope ops(member);

@@ -10,12 +10,10 @@ namespace tavo {
 
 // A ratio as constant columns for a stretch of row; longer rows repeat it.
 struct FixedRatio {
-    static constexpr int32_t kMaxColumns = kMaxPlanColumns;
-
-    int32_t indices[kMaxColumns];
-    uint8_t weights[kMaxColumns];
-    int32_t columns;     // of one stretch, a whole number of groups
-    int32_t srcColumns;  // that they are made from
+    const int32_t* indices;
+    const uint8_t* weights;  // null where nothing is blended
+    int32_t columns;         // of one stretch, a whole number of groups
+    int32_t srcColumns;      // that they are made from
 
     // The source column that the stretch of a destination column begins with.
     int32_t SourceOf(int32_t column) const { return column / columns * srcColumns; }

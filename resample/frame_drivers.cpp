@@ -16,31 +16,27 @@ int32_t InnerEntries(const AxisMap& map, int32_t count, int32_t srcLength) {
                                 map.indices);
 }
 
-// The most columns from `first` on that a plan holds and whose pixels, with the ones after them,
+// The most columns from `first` on that a stretch holds and whose pixels, with the ones after them,
 // lie within one tile. At least one, since a column needs two pixels.
 ColumnRun ColumnsInTile(const Frame& frame, int32_t first, int32_t end) {
     const int32_t* indices = frame.xMap->indices;
     const int32_t limit = indices[first] + kTileBytes / frame.bytesPerPixel - 2;
-    end = std::min(end, first + kMaxPlanColumns);
+    end = std::min(end, first + kStretchBytes / frame.bytesPerPixel);
     const int32_t* last = std::upper_bound(indices + first, indices + end, limit);
     return {indices + first, frame.xMap->weights + first, indices[first],
             static_cast<int32_t>(last - (indices + first))};
 }
 
 // Blends the source rows of a destination row into a tile on the stack, then the tile's columns.
-void BlendTiles(const Frame& frame, std::span<const Stretch> stretches, int32_t y,
-                const PixelOps& ops) {
+void BlendTile(const Frame& frame, const Stretch& stretch, int32_t y, const PixelOps& ops) {
     alignas(64) uint8_t tile[kTileBytes];
-    const uint8_t* upper = frame.SrcRow(frame.UpperRow(y));
-    const uint8_t* lower = frame.SrcRow(frame.LowerRow(y));
-    for (const Stretch& stretch : stretches) {
-        const ColumnRun& columns = stretch.plan.columns;
-        const ptrdiff_t from = frame.Bytes(columns.firstIndex);
-        const int32_t pixels = columns.indices[columns.count - 1] + 2 - columns.firstIndex;
-        ops.BlendRows(tile, upper + from, lower + from, frame.yMap->weights[y],
-                      pixels * frame.bytesPerPixel);
-        ops.BlendColumns(frame.DstRow(y) + frame.Bytes(stretch.first), tile, stretch.plan);
-    }
+    const ColumnRun& columns = stretch.plan.columns;
+    const ptrdiff_t from = frame.Bytes(columns.firstIndex);
+    const int32_t pixels = columns.indices[columns.count - 1] + 2 - columns.firstIndex;
+    ops.BlendRows(tile, frame.SrcRow(frame.UpperRow(y)) + from,
+                  frame.SrcRow(frame.LowerRow(y)) + from, frame.yMap->weights[y],
+                  pixels * frame.bytesPerPixel);
+    ops.BlendColumns(frame.DstRow(y) + frame.Bytes(stretch.first), tile, stretch.plan);
 }
 
 }  // namespace
@@ -48,14 +44,14 @@ void BlendTiles(const Frame& frame, std::span<const Stretch> stretches, int32_t 
 int32_t TakeFrame(const Frame& frame, PixelKind kind, Member member) {
     const RowOpsScope ops(member);
     const PixelOperation take = TakeOf(ops.Of(kind));
-    const auto takeRows = [&](std::span<const Stretch> stretches) {
-        const ptrdiff_t from = frame.Bytes(stretches.front().first);
-        const auto bytes = static_cast<int32_t>(frame.Bytes(stretches.back().End()) - from);
+    const auto takeRows = [&](const Stretch& stretch) {
+        const ptrdiff_t from = frame.Bytes(stretch.first);
+        const auto bytes = static_cast<int32_t>(frame.Bytes(stretch.plan.columns.count));
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
             if (y > 0 && frame.UpperRow(y) == frame.UpperRow(y - 1)) {
                 ops->CopyRow(frame.DstRow(y) + from, frame.DstRow(y - 1) + from, bytes);
             } else {
-                ApplyToRow(frame, stretches, y, frame.UpperRow(y), take);
+                ApplyToRow(frame, stretch, y, frame.UpperRow(y), take);
             }
         }
     };
@@ -117,23 +113,21 @@ void BlendInterior(const Frame& frame, Interior interior, PixelKind kind, Member
     // Few enough that what they touched is still in the cache.
     constexpr int32_t kRowsAtOnce = 16;
     const RowOpsScope ops(member);
-    ForStretches<Stretch>(
-        interior.rows > 0 ? interior.columns : 0,
-        [&](Stretch& stretch, int32_t first) {
-            const ColumnRun columns = ColumnsInTile(frame, first, interior.columns);
-            stretch.first = first;
-            stretch.source = columns.firstIndex;
-            ops.Of(kind).PlanBlend(stretch.plan, columns, kTileBytes);
-            return columns.count;
-        },
-        [&](std::span<const Stretch> stretches) {
-            const bool isLast = stretches.back().End() == interior.columns;
-            for (int32_t y = 0; y < interior.rows; ++y) {
-                BlendTiles(frame, stretches, y, ops.Of(kind));
-                const bool isEnd = y % kRowsAtOnce == kRowsAtOnce - 1 || y == interior.rows - 1;
-                if (isLast && isEnd) endRows(frame, interior, {y - y % kRowsAtOnce, y + 1});
+    Stretch stretch;
+    const int32_t end = interior.rows > 0 ? interior.columns : 0;
+    for (int32_t first = 0; first < end; first = stretch.End()) {
+        const ColumnRun columns = ColumnsInTile(frame, first, end);
+        stretch.first = first;
+        stretch.source = columns.firstIndex;
+        ops.Of(kind).PlanBlend(stretch.plan, columns, kTileBytes);
+        for (int32_t y = 0; y < interior.rows; ++y) {
+            BlendTile(frame, stretch, y, ops.Of(kind));
+            const bool isEnd = y % kRowsAtOnce == kRowsAtOnce - 1 || y == interior.rows - 1;
+            if (stretch.End() == end && isEnd) {
+                endRows(frame, interior, {y - y % kRowsAtOnce, y + 1});
             }
-        });
+        }
+    }
     if (interior.columns == 0) endRows(frame, interior, {0, interior.rows});
 }
 

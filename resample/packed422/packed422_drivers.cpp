@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <optional>
 #include <utility>
 
 #include "resample/packed422/packed422_stretch.h"
@@ -26,8 +25,12 @@ PackedColumns ColumnsOf(const Frame& frame) {
 // The two source rows that a destination row is blended from, kept while rows share them.
 class RowPairCache {
   public:
-    RowPairCache(const Frame& frame, const PackedLayout& layout, const PackedStretch& stretch)
-        : frame_(frame), layout_(layout), stretch_(stretch) {}
+    RowPairCache(const Frame& frame, const PackedLayout& layout, PackedStretch& stretch)
+        : frame_(frame),
+          layout_(layout),
+          stretch_(stretch),
+          upper_(&stretch.Row(0)),
+          lower_(&stretch.Row(1)) {}
     RowPairCache(const RowPairCache&) = delete;
     RowPairCache& operator=(const RowPairCache&) = delete;
 
@@ -41,6 +44,14 @@ class RowPairCache {
     }
     PackedRow& Lower(int32_t y) { return Load(y, *lower_, lowerRow_); }
 
+    // A copy of the upper row in place of the lower one.
+    PackedRow& CopyOfUpper(int32_t y) {
+        const PackedRow& upper = Upper(y);
+        std::memcpy(lower_->bytes, upper.bytes, static_cast<size_t>(stretch_.RowBytes()));
+        lowerRow_ = -1;
+        return *lower_;
+    }
+
   private:
     PackedRow& Load(int32_t y, PackedRow& row, int32_t& held) {
         if (held != y) stretch_.BlendRow(layout_, frame_.SrcRow(y), row);
@@ -51,36 +62,24 @@ class RowPairCache {
     const Frame& frame_;
     const PackedLayout& layout_;
     const PackedStretch& stretch_;
-    PackedRow rows_[2];
-    PackedRow* upper_ = &rows_[0];
-    PackedRow* lower_ = &rows_[1];
+    PackedRow* upper_;
+    PackedRow* lower_;
     int32_t upperRow_ = -1;
     int32_t lowerRow_ = -1;
 };
 
-// A stretch with the source rows that it has scaled last.
-struct BlendedStretch {
-    BlendedStretch(const Frame& frame, const PackedLayout& layout, int32_t first, const RowOps& ops)
-        : stretch(ColumnsOf(frame), first, ops), cache(frame, layout, stretch) {}
-
-    PackedStretch stretch;
-    RowPairCache cache;
-};
-
-void BlendRow(const Frame& frame, const PackedLayout& layout, BlendedStretch& blended, int32_t y,
-              Halves average, const RowOps& ops) {
-    const PackedStretch& stretch = blended.stretch;
+void BlendRow(const Frame& frame, const PackedLayout& layout, const PackedStretch& stretch,
+              RowPairCache& rows, int32_t y, Halves average, const RowOps& ops) {
     const int32_t weight = frame.yMap->weights[y];
     const int32_t upperRow = frame.UpperRow(y);
-    PackedRow& upper = blended.cache.Upper(upperRow);
     if (upperRow == frame.srcHeight - 1) {
-        PackedRow row;
-        std::memcpy(row.bytes, upper.bytes, static_cast<size_t>(stretch.RowBytes()));
+        PackedRow& row = rows.CopyOfUpper(upperRow);
         stretch.BlendBackLastRow(layout, frame.SrcRow(upperRow), weight, row);
         stretch.Pack(layout, PackOf(ops, average), row, frame.DstRow(y));
     } else {
-        stretch.BlendPack(layout, BlendPackOf(ops, average), upper,
-                          blended.cache.Lower(upperRow + 1), weight, frame.DstRow(y));
+        PackedRow& upper = rows.Upper(upperRow);
+        stretch.BlendPack(layout, BlendPackOf(ops, average), upper, rows.Lower(upperRow + 1),
+                          weight, frame.DstRow(y));
     }
 }
 
@@ -97,42 +96,24 @@ struct PackedTake {
     }
 };
 
-// A stretch of a fixed ratio, and where it lies in the rows.
-struct FixedStretch {
-    FixedStretch(const Frame& frame, const FixedRatio& ratio, int32_t first, const RowOps& ops)
-        : stretch({ratio.indices, ratio.weights, std::min(frame.dstWidth - first, ratio.columns),
-                   ratio.srcColumns},
-                  0, ops),
-          source(frame.Bytes(ratio.SourceOf(first))),
-          destination(frame.Bytes(first)) {}
-
-    PackedStretch stretch;
-    ptrdiff_t source;
-    ptrdiff_t destination;
-};
-
-// prepare(stretch) is called before the first row, change(samples, columns) on each row before its
-// samples are packed.
-template <typename Prepare, typename Change>
-int32_t BlendFixed(const Frame& frame, const FixedRatio& ratio, const PackedLayout& layout,
-                   const RowOps& ops, Prepare prepare, Change change) {
-    using Item = std::optional<FixedStretch>;
-    const auto plan = [&](Item& item, int32_t first) {
-        prepare(item.emplace(frame, ratio, first, ops).stretch);
-        return item->stretch.Count();
-    };
-    const auto blendRow = [&](const FixedStretch& item, int32_t y) {
-        const PackedStretch& stretch = item.stretch;
-        PackedRow row;
-        stretch.BlendRow(layout, frame.SrcRow(y) + item.source, row);
-        change(stretch.Samples(row), stretch.Count());
-        stretch.Pack(layout, ops.packed422.PackDown, row, frame.DstRow(y) + item.destination);
-    };
-    ForStretches<Item>(frame.dstWidth, plan, [&](std::span<const Item> items) {
+// change(samples, columns) is called on each row before its samples are packed.
+template <typename Change>
+int32_t BlendFixed(const Frame& frame, const FixedRatio& ratio, RepeatedChroma repeated,
+                   const PackedLayout& layout, const RowOps& ops, Change change) {
+    int32_t count = 0;
+    for (int32_t first = 0; first < frame.dstWidth; first += count) {
+        const int32_t columns = std::min(frame.dstWidth - first, ratio.columns);
+        PackedStretch stretch({ratio.indices, ratio.weights, columns, ratio.srcColumns}, 0,
+                              repeated, ops);
+        count = stretch.Count();
+        const ptrdiff_t source = frame.Bytes(ratio.SourceOf(first));
+        PackedRow& row = stretch.Row(0);
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
-            for (const Item& item : items) blendRow(*item, y);
+            stretch.BlendRow(layout, frame.SrcRow(y) + source, row);
+            change(stretch.Samples(row), count);
+            stretch.Pack(layout, ops.packed422.PackDown, row, frame.DstRow(y) + frame.Bytes(first));
         }
-    });
+    }
     return frame.dstHeight;
 }
 
@@ -141,9 +122,9 @@ int32_t BlendFixed(const Frame& frame, const FixedRatio& ratio, const PackedLayo
 int32_t TakePacked(const Frame& frame, const PackedLayout& layout, Member member) {
     const RowOpsScope ops(member);
     const PackedTake take = {ops->packed422, layout};
-    const auto takeRows = [&](std::span<const Stretch> stretches) {
+    const auto takeRows = [&](const Stretch& stretch) {
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
-            ApplyToRow(frame, stretches, y, frame.UpperRow(y), take);
+            ApplyToRow(frame, stretch, y, frame.UpperRow(y), take);
         }
     };
     ForColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth, take, takeRows);
@@ -159,37 +140,31 @@ int32_t TakePackedColumns(const Frame& frame, const PackedLayout& layout, Member
 
 int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves average, Member member) {
     const RowOpsScope ops(member);
-    ForStretches<std::optional<BlendedStretch>>(
-        frame.dstWidth,
-        [&](std::optional<BlendedStretch>& item, int32_t first) {
-            return item.emplace(frame, layout, first, *ops).stretch.Count();
-        },
-        [&](std::span<std::optional<BlendedStretch>> items) {
-            for (int32_t y = 0; y < frame.dstHeight; ++y) {
-                for (auto& item : items) BlendRow(frame, layout, *item, y, average, *ops);
-            }
-        });
+    int32_t count = 0;
+    for (int32_t first = 0; first < frame.dstWidth; first += count) {
+        PackedStretch stretch(ColumnsOf(frame), first, kNoneRepeated, *ops);
+        count = stretch.Count();
+        RowPairCache rows(frame, layout, stretch);
+        for (int32_t y = 0; y < frame.dstHeight; ++y) {
+            BlendRow(frame, layout, stretch, rows, y, average, *ops);
+        }
+    }
     return frame.dstHeight;
 }
 
 int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Halves average,
                            Member member) {
     const RowOpsScope ops(member);
-    using PlannedStretch = std::optional<PackedStretch>;
-    ForStretches<PlannedStretch>(
-        frame.dstWidth,
-        [&](PlannedStretch& stretch, int32_t first) {
-            return stretch.emplace(ColumnsOf(frame), first, *ops).Count();
-        },
-        [&](std::span<const PlannedStretch> stretches) {
-            PackedRow row;
-            for (int32_t y = 0; y < frame.dstHeight; ++y) {
-                for (const PlannedStretch& stretch : stretches) {
-                    stretch->BlendRow(layout, frame.SrcRow(y), row);
-                    stretch->Pack(layout, PackOf(*ops, average), row, frame.DstRow(y));
-                }
-            }
-        });
+    int32_t count = 0;
+    for (int32_t first = 0; first < frame.dstWidth; first += count) {
+        PackedStretch stretch(ColumnsOf(frame), first, kNoneRepeated, *ops);
+        count = stretch.Count();
+        PackedRow& row = stretch.Row(0);
+        for (int32_t y = 0; y < frame.dstHeight; ++y) {
+            stretch.BlendRow(layout, frame.SrcRow(y), row);
+            stretch.Pack(layout, PackOf(*ops, average), row, frame.DstRow(y));
+        }
+    }
     return frame.dstHeight;
 }
 
@@ -203,9 +178,8 @@ int32_t TakePackedFixed(const Frame& frame, const FixedRatio& ratio, const Packe
 
 int32_t BlendPackedThreeToTwo(const Frame& frame, const PackedLayout& layout, Member member) {
     const RowOpsScope ops(member);
-    return BlendFixed(
-        frame, kThreeToTwo, layout, *ops, [](PackedStretch&) {},
-        [](const PackedSamples&, int32_t) {});
+    return BlendFixed(frame, kThreeToTwo, kNoneRepeated, layout, *ops,
+                      [](const PackedSamples&, int32_t) {});
 }
 
 // Deliberate, in every member: the second group of three takes its odd pixel's chroma from the
@@ -216,14 +190,12 @@ int32_t BlendPackedThreeToTwo(const Frame& frame, const PackedLayout& layout, Me
 int32_t BlendPackedFourToThree(const Frame& frame, const PackedLayout& layout,
                                WholePositions wholePositions, Member member) {
     const RowOpsScope ops(member);
-    return BlendFixed(
-        frame, kFourToThree, layout, *ops,
-        [](PackedStretch& stretch) { stretch.RepeatChroma(3, 1, 6); },
-        [&](const PackedSamples& samples, int32_t columns) {
-            if (wholePositions == WholePositions::Dimmed) {
-                ops->packed422.DimThirds(samples.luma, columns);
-            }
-        });
+    const auto dim = [&](const PackedSamples& samples, int32_t columns) {
+        if (wholePositions == WholePositions::Dimmed) {
+            ops->packed422.DimThirds(samples.luma, columns);
+        }
+    };
+    return BlendFixed(frame, kFourToThree, {3, 1, 6}, layout, *ops, dim);
 }
 
 }  // namespace tavo

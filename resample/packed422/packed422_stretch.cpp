@@ -1,6 +1,7 @@
 #include "resample/packed422/packed422_stretch.h"
 
 #include <algorithm>
+#include <new>
 
 #include "resample/row_ops/pixel_blend.h"
 
@@ -13,55 +14,64 @@ void BlendBack(uint8_t* sample, uint8_t own, int32_t weight) {
 
 }  // namespace
 
-PackedStretch::PackedStretch(const PackedColumns& columns, int32_t first, const RowOps& ops)
+PackedStretch::PackedStretch(const PackedColumns& columns, int32_t first, RepeatedChroma repeated,
+                             const RowOps& ops)
     : ops_(ops),
       first_(first),
       indices_(columns.indices + first),
       lastPixel_(columns.srcWidth - 1),
       firstGroup_(indices_[0] / 2) {
     // Even, so that a stretch ends with a whole group.
-    const int32_t rest = std::min(columns.count - first, kMaxPlanColumns);
+    const int32_t rest = std::min(columns.count - first, kMaxPackedColumns);
     const int32_t limit = firstGroup_ * 2 + kMaxSourcePixels - 4;
     count_ = static_cast<int32_t>(std::upper_bound(indices_, indices_ + rest, limit) - indices_);
     if (count_ < rest) count_ &= ~1;
-    isSparse_ = count_ < 2 && count_ < rest;
-    if (isSparse_) count_ = rest;
+    isSparse_ = count_ < rest && count_ < kFewColumns;
+    if (isSparse_) count_ = std::min(rest, kMaxSparseColumns);
     evenCount_ = count_ + count_ % 2;
-    for (int32_t i = 0; i < evenCount_; ++i) {
-        const int32_t column = std::min(i, count_ - 1);
-        SetColumn(i, columns.weights[first + column]);
-    }
-    Plan();
+    PlanLuma(columns.weights + first);
+    PlanChroma(columns.weights + first, repeated);
 }
 
 int32_t PackedStretch::Pixel(int32_t i) const { return indices_[std::min(i, count_ - 1)]; }
 
-// The last pixel of the source is its own neighbour. The chroma of a group is that of its even
-// pixel; an odd one lies on the way to the next group.
-void PackedStretch::SetColumn(int32_t i, int32_t weight) {
-    const int32_t pixel = Pixel(i);
-    const bool hasNext = pixel != lastPixel_;
-    const bool isOdd = pixel % 2 != 0;
-    const int32_t group = isSparse_ ? i * kSparseGroups : pixel / 2 - firstGroup_;
-    lumaIndices_[i] = group * 2 + pixel % 2;
-    lumaWeights_[i] = static_cast<uint8_t>(hasNext ? weight : 0);
-    chromaIndices_[i] = group;
-    chromaWeights_[i] = static_cast<uint8_t>(hasNext && isOdd ? weight : 0);
+int32_t PackedStretch::Group(int32_t i) const {
+    return isSparse_ ? i * kSparseGroups : Pixel(i) / 2 - firstGroup_;
 }
 
-void PackedStretch::Plan() {
-    const ColumnRun luma = {lumaIndices_, lumaWeights_, 0, evenCount_};
-    const ColumnRun chroma = {chromaIndices_, chromaWeights_, 0, evenCount_};
-    ops_.plane.PlanBlend(lumaPlan_, luma, kMaxSourcePixels + kSlack);
-    ops_.plane.PlanBlend(chromaPlan_, chroma, kMaxSourcePixels / 2 + kSlack);
-}
-
-void PackedStretch::RepeatChroma(int32_t column, int32_t from, int32_t period) {
-    for (int32_t i = 0; i + column < evenCount_; i += period) {
-        chromaIndices_[i + column] = chromaIndices_[i + from];
-        chromaWeights_[i + column] = chromaWeights_[i + from];
+// The last pixel of the source is its own neighbour.
+void PackedStretch::PlanLuma(const uint8_t* weights) {
+    for (int32_t i = 0; i < evenCount_; ++i) {
+        const int32_t pixel = Pixel(i);
+        planned_.indices[i] = Group(i) * 2 + pixel % 2;
+        planned_.weights[i] = pixel == lastPixel_ ? 0 : weights[std::min(i, count_ - 1)];
     }
-    Plan();
+    PlanColumns(lumaPlan_, kMaxSourcePixels + kSlack);
+}
+
+// The chroma of a group is that of its even pixel; an odd one lies on the way to the next group.
+void PackedStretch::PlanChroma(const uint8_t* weights, RepeatedChroma repeated) {
+    for (int32_t i = 0; i < evenCount_; ++i) {
+        const int32_t pixel = Pixel(i);
+        const bool isBetween = pixel % 2 != 0 && pixel != lastPixel_;
+        planned_.indices[i] = Group(i);
+        planned_.weights[i] = isBetween ? weights[std::min(i, count_ - 1)] : uint8_t{0};
+    }
+    for (int32_t i = 0; repeated.period > 0 && i + repeated.column < evenCount_;
+         i += repeated.period) {
+        planned_.indices[i + repeated.column] = planned_.indices[i + repeated.from];
+        planned_.weights[i + repeated.column] = planned_.weights[i + repeated.from];
+    }
+    PlanColumns(chromaPlan_, kMaxSourcePixels / 2 + kSlack);
+}
+
+// A plan without tables reads its columns on each row, so they move to where the tables would be.
+void PackedStretch::PlanColumns(ColumnPlan& plan, int32_t rowBytes) {
+    ops_.plane.PlanBlend(plan, {planned_.indices, planned_.weights, 0, evenCount_}, rowBytes);
+    if (plan.window != 0) return;
+    auto* kept = new (plan.tables) Columns(planned_);
+    plan.columns.indices = kept->indices;
+    plan.columns.weights = kept->weights;
 }
 
 void PackedStretch::Unpack(const PackedLayout& layout, const uint8_t* srcRow,

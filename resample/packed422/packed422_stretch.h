@@ -1,5 +1,6 @@
 // A stretch of destination columns of packed 4:2:2. Source rows are taken apart into planes on the
-// stack; then luma and chroma are scaled like planes, each with columns of its own.
+// stack; then luma and chroma are scaled like planes, each with columns of its own. Its sizes keep
+// a kernel within 16 KB of stack.
 
 #pragma once
 
@@ -8,10 +9,13 @@
 
 namespace tavo {
 
+// The most columns of a stretch. A whole number of the groups of every fixed ratio.
+inline constexpr int32_t kMaxPackedColumns = 720;
+
 // The samples of one source row at the stretch's columns: one byte of each kind a pixel. The
 // stretch knows where.
 struct PackedRow {
-    alignas(64) uint8_t bytes[3 * kMaxPlanColumns];
+    alignas(64) uint8_t bytes[3 * kMaxPackedColumns];
 };
 
 // Columns of a whole row, of which a stretch is made.
@@ -22,22 +26,32 @@ struct PackedColumns {
     int32_t srcWidth;
 };
 
+// In every `period` columns, the chroma of one column comes from where that of another comes.
+struct RepeatedChroma {
+    int32_t column;
+    int32_t from;
+    int32_t period;  // 0 where none is repeated
+};
+inline constexpr RepeatedChroma kNoneRepeated = {0, 0, 0};
+
 class PackedStretch {
   public:
     // As many columns from `first` on as a stretch holds. An odd last column is repeated.
-    PackedStretch(const PackedColumns& columns, int32_t first, const RowOps& ops);
+    PackedStretch(const PackedColumns& columns, int32_t first, RepeatedChroma repeated,
+                  const RowOps& ops);
+    PackedStretch(const PackedStretch&) = delete;
+    PackedStretch& operator=(const PackedStretch&) = delete;
 
     // The number of columns before the repeated one.
     int32_t Count() const { return count_; }
+
+    // Memory for two rows, which the stretch itself does not look at.
+    PackedRow& Row(int32_t i) { return rows_[i]; }
 
     PackedSamples Samples(PackedRow& row) const {
         return {row.bytes, row.bytes + evenCount_, row.bytes + 2 * evenCount_};
     }
     int32_t RowBytes() const { return 3 * evenCount_; }
-
-    // In every `period` columns, the chroma of one column shall come from where that of another
-    // comes. Before the first row.
-    void RepeatChroma(int32_t column, int32_t from, int32_t period);
 
     // The stretch's columns of a source row.
     void BlendRow(const PackedLayout& layout, const uint8_t* srcRow, PackedRow& row) const;
@@ -56,10 +70,12 @@ class PackedStretch {
 
   private:
     // Source pixels that a stretch spans at the most.
-    static constexpr int32_t kMaxSourcePixels = 2048;
+    static constexpr int32_t kMaxSourcePixels = 1024;
     // Groups that a column needs in a sparse stretch: its own and the next one.
     static constexpr int32_t kSparseGroups = 2;
-    static_assert(kMaxPlanColumns * kSparseGroups * 2 <= kMaxSourcePixels);
+    static constexpr int32_t kMaxSparseColumns = kMaxSourcePixels / 2 / kSparseGroups;
+    // A stretch of fewer columns, for its source pixels, is a sparse one.
+    static constexpr int32_t kFewColumns = 16;
     // Behind the planes: the neighbour of the last sample, which counts for nothing.
     static constexpr int32_t kSlack = 64;
 
@@ -71,8 +87,11 @@ class PackedStretch {
     void Unpack(const PackedLayout& layout, const uint8_t* srcRow, Planes& planes) const;
     // The source pixel of a column, the repeated one included.
     int32_t Pixel(int32_t i) const;
-    void SetColumn(int32_t i, int32_t weight);
-    void Plan();
+    // Where a column lies in the planes.
+    int32_t Group(int32_t i) const;
+    void PlanLuma(const uint8_t* weights);
+    void PlanChroma(const uint8_t* weights, RepeatedChroma repeated);
+    void PlanColumns(ColumnPlan& plan, int32_t rowBytes);
 
     const RowOps& ops_;
     const int32_t first_;
@@ -82,12 +101,17 @@ class PackedStretch {
     int32_t count_;
     int32_t evenCount_;
     bool isSparse_;  // columns lie so far apart that each has groups of its own in the planes
-    int32_t lumaIndices_[kMaxPlanColumns];
-    int32_t chromaIndices_[kMaxPlanColumns];
-    uint8_t lumaWeights_[kMaxPlanColumns];
-    uint8_t chromaWeights_[kMaxPlanColumns];
-    ColumnPlan lumaPlan_;
-    ColumnPlan chromaPlan_;
+    SizedPlan<kMaxPackedColumns> lumaPlan_;
+    SizedPlan<kMaxPackedColumns> chromaPlan_;
+    struct Columns {
+        int32_t indices[kMaxPackedColumns];
+        uint8_t weights[kMaxPackedColumns];
+    };
+    static_assert(sizeof(Columns) <= PlanTableBytes(kMaxPackedColumns));
+    union {
+        Columns planned_;  // while the plans are made
+        PackedRow rows_[2];
+    };
 };
 
 }  // namespace tavo

@@ -20,7 +20,7 @@ void BlendRowsPlain(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t we
 // A plan without tables.
 [[maybe_unused]] void PlanPlain(ColumnPlan& plan, const ColumnRun& columns, int32_t /*rowBytes*/) {
     plan.columns = columns;
-    plan.tiles = 0;
+    plan.window = 0;
 }
 
 // From column `first` on.

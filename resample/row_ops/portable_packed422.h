@@ -43,16 +43,19 @@ void PackPlain(uint8_t* dst, const PackedSamples& src, int32_t pixels, const Pac
     }
 }
 
-// One step after the other, with operations of the set's own.
+// One step after the other, with operations of the set's own, some pixels at a time.
 template <auto kBlendRows, auto kPack>
 void BlendThenPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b, int32_t weight,
                    int32_t pixels, const PackedLayout& layout) {
-    uint8_t row[3 * kMaxPlanColumns];
-    const PackedSamples blended = {row, row + pixels, row + 2 * pixels};
-    kBlendRows(blended.luma, a.luma, b.luma, weight, pixels);
-    kBlendRows(blended.firstChroma, a.firstChroma, b.firstChroma, weight, pixels);
-    kBlendRows(blended.secondChroma, a.secondChroma, b.secondChroma, weight, pixels);
-    kPack(dst, blended, pixels, layout);
+    constexpr int32_t kAtOnce = 256;
+    uint8_t row[3][kAtOnce];
+    for (int32_t i = 0; i < pixels; i += kAtOnce) {
+        const int32_t count = pixels - i < kAtOnce ? pixels - i : kAtOnce;
+        kBlendRows(row[0], a.luma + i, b.luma + i, weight, count);
+        kBlendRows(row[1], a.firstChroma + i, b.firstChroma + i, weight, count);
+        kBlendRows(row[2], a.secondChroma + i, b.secondChroma + i, weight, count);
+        kPack(dst + i * 2, {row[0], row[1], row[2]}, count, layout);
+    }
 }
 
 // From column `first` on, an even one. An odd last column is repeated.
@@ -76,6 +79,7 @@ void BlendThenPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b,
 [[maybe_unused]] void PlanPackedPlain(ColumnPlan& plan, const ColumnRun& columns,
                                       const PackedLayout& /*layout*/, int32_t /*rowBytes*/) {
     plan.columns = columns;
+    plan.window = 0;
 }
 
 [[maybe_unused]] void TakePackedColumnsPlain(uint8_t* dst, const uint8_t* row,

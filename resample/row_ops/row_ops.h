@@ -21,16 +21,25 @@ struct ColumnRun {
     }
 };
 
-// The most columns that a plan holds. A whole number of the groups of every fixed ratio.
-inline constexpr int32_t kMaxPlanColumns = 480;
-
 // A run of columns as an instruction set has prepared it, once for all rows. The tables belong to
 // the set that filled them.
 struct ColumnPlan {
     ColumnRun columns;
-    int32_t tiles;   // pieces of the row that the tables cover: all of it, or none
-    int32_t window;  // how the tables were made
-    alignas(64) uint8_t tables[8192];
+    int32_t window;   // how the tables were made; 0 where there are none
+    uint8_t* tables;  // memory for them, at a multiple of 64
+};
+
+// What the tables for so many destination bytes take: 40 for every eight, 64 at a time.
+constexpr int32_t PlanTableBytes(int32_t bytes) { return (bytes + 63) / 64 * 320; }
+
+// A plan with memory for columns of up to kBytes destination bytes.
+template <int32_t kBytes>
+struct SizedPlan : ColumnPlan {
+    SizedPlan() : ColumnPlan{} { tables = memory; }
+    SizedPlan(const SizedPlan&) = delete;
+    SizedPlan& operator=(const SizedPlan&) = delete;
+
+    alignas(64) uint8_t memory[PlanTableBytes(kBytes)];
 };
 
 // The operations on one kind of pixel. A blend is made for each sample of a pixel, a byte or a
@@ -40,8 +49,8 @@ struct PixelOps {
     void (*BlendRows)(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t weight,
                       int32_t bytes);
 
-    // Prepare a plan for the operations below, at most kMaxPlanColumns columns. The rows that it is
-    // used for can be read for `rowBytes` bytes from their first pixel on.
+    // Prepare a plan for the operations below, of columns that it has memory for. The rows that it
+    // is used for can be read for `rowBytes` bytes from their first pixel on.
     using Plan = void (*)(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes);
     using Apply = void (*)(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan);
     Plan PlanBlend;
@@ -86,7 +95,7 @@ struct Packed422Ops {
     Pack PackDown;
     Pack PackUp;
 
-    // Blends two rows of samples and packs the result, at most kMaxPlanColumns pixels.
+    // Blends two rows of samples and packs the result, an even number of pixels.
     using BlendPack = void (*)(uint8_t* dst, const PackedSamples& a, const PackedSamples& b,
                                int32_t weight, int32_t pixels, const PackedLayout& layout);
     BlendPack BlendPackDown;

@@ -29,17 +29,17 @@ struct ShuffleOps {
 
     template <typename Pixel, typename Rounding, int32_t kWindow>
     static void BlendByteTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-        const ShuffleTables& tables = TablesOf(plan);
         const Reg bias = V::Set16(SumBias<Rounding>::kValue);
-        const auto sums = [&](int32_t slot) {
+        const auto sums = [&](const ShuffleStep<V>& step, int32_t slot) {
             const Reg pairs =
-                V::Xor(Base::template LoadTiles<kWindow>(row, tables, slot), V::Set8(kBias));
-            const Reg products = V::MulAddBytes(V::Load(tables.weights[slot]), pairs);
+                V::Xor(Base::template LoadTiles<kWindow>(row, step, slot), V::Set8(kBias));
+            const Reg products = V::MulAddBytes(V::Load(step.weights[slot]), pairs);
             return SumBias<Rounding>::kValue == 0 ? products : V::Add16(products, bias);
         };
-        Base::StoreSteps(dst, plan, plan.columns.count * Pixel::kSize, [&](int32_t slot) {
-            return V::Xor(V::HighBytes(sums(slot), sums(slot + V::kParts)), V::Set8(kBias));
-        });
+        Base::StoreSteps(
+            dst, plan, plan.columns.count * Pixel::kSize, [&](const ShuffleStep<V>& step) {
+                return V::Xor(V::HighBytes(sums(step, 0), sums(step, V::kParts)), V::Set8(kBias));
+            });
     }
 
     template <typename Pixel, typename Rounding>
@@ -91,15 +91,15 @@ struct ShuffleOps {
 
     template <typename Pixel, typename Rounding, int32_t kWindow>
     static void BlendFieldTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-        const ShuffleTables& tables = TablesOf(plan);
-        Base::StoreSteps(dst, plan, plan.columns.count * Pixel::kSize, [&](int32_t slot) {
-            const Reg first = Base::template LoadTiles<kWindow>(row, tables, slot);
-            const Reg second = Base::template LoadTiles<kWindow>(row, tables, slot + V::kParts);
-            const Reg weights = V::LowHalves(V::Load(tables.weights[slot]),
-                                             V::Load(tables.weights[slot + V::kParts]));
-            return BlendFields<Pixel, Rounding>(V::LowHalves(first, second),
-                                                V::HighHalves(first, second), weights);
-        });
+        Base::StoreSteps(
+            dst, plan, plan.columns.count * Pixel::kSize, [&](const ShuffleStep<V>& step) {
+                const Reg first = Base::template LoadTiles<kWindow>(row, step, 0);
+                const Reg second = Base::template LoadTiles<kWindow>(row, step, V::kParts);
+                const Reg weights =
+                    V::LowHalves(V::Load(step.weights[0]), V::Load(step.weights[V::kParts]));
+                return BlendFields<Pixel, Rounding>(V::LowHalves(first, second),
+                                                    V::HighHalves(first, second), weights);
+            });
     }
 
     template <typename Pixel, typename Rounding>
@@ -113,11 +113,11 @@ struct ShuffleOps {
 
     template <typename Pixel, int32_t kWindow>
     static void TakeTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-        const ShuffleTables& tables = TablesOf(plan);
-        Base::StoreSteps(dst, plan, plan.columns.count * Pixel::kSize, [&](int32_t slot) {
-            return V::LowHalves(Base::template LoadTiles<kWindow>(row, tables, slot),
-                                Base::template LoadTiles<kWindow>(row, tables, slot + V::kParts));
-        });
+        Base::StoreSteps(
+            dst, plan, plan.columns.count * Pixel::kSize, [&](const ShuffleStep<V>& step) {
+                return V::LowHalves(Base::template LoadTiles<kWindow>(row, step, 0),
+                                    Base::template LoadTiles<kWindow>(row, step, V::kParts));
+            });
     }
 
     template <typename Pixel>

@@ -16,11 +16,10 @@ struct ShufflePacked422 {
 
     template <int32_t kWindow>
     static void TakePackedTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-        const ShuffleTables& tables = TablesOf(plan);
         const int32_t groups = (plan.columns.count + 1) / 2;
-        Base::StoreSteps(dst, plan, groups * 4, [&](int32_t slot) {
-            const Reg first = Base::template LoadTiles<kWindow>(row, tables, slot);
-            const Reg second = Base::template LoadTiles<kWindow>(row, tables, slot + V::kParts);
+        Base::StoreSteps(dst, plan, groups * 4, [&](const ShuffleStep<V>& step) {
+            const Reg first = Base::template LoadTiles<kWindow>(row, step, 0);
+            const Reg second = Base::template LoadTiles<kWindow>(row, step, V::kParts);
             const Reg a = V::LowHalves(first, second);
             const Reg b = V::HighHalves(first, second);
             const Reg halves = V::And(V::Xor(a, b), V::Set8(1));

@@ -25,79 +25,86 @@ constexpr int32_t kTileBytes = 8;
 // sixteen bytes that a register has. The last ones are filled up with the row's last byte.
 template <typename V>
 constexpr int32_t kTilesAStep = V::kParts * 2;
-constexpr int32_t kMostTilesAStep = 8;
-constexpr int32_t kMaxTiles =
-    (kMaxPlanColumns * 3 / kTileBytes + kMostTilesAStep - 1) / kMostTilesAStep * kMostTilesAStep;
+template <typename V>
+constexpr int32_t kStepBytes = kTilesAStep<V>* kTileBytes;
 
-// The place of a tile in the tables. Two parts are joined part by part, so the first register of a
-// step takes the even tiles and the second one the odd ones.
+// The place of a tile in a step. Two parts are joined part by part, so the first register of a step
+// takes the even tiles and the second one the odd ones.
 template <typename V>
 constexpr int32_t SlotOf(int32_t tile) {
     return V::kParts == 2 ? (tile & ~3) | (tile & 1) << 1 | (tile >> 1 & 1) : tile;
 }
 
-// Indexed by slot.
-struct ShuffleTables {
-    int32_t low[kMaxTiles];   // offset of the window, or of its first half
-    int32_t high[kMaxTiles];  // offset of its second half, when there are two
-    uint8_t shuffle[kMaxTiles][16];
-    uint8_t weights[kMaxTiles][16];
+// The tables of one step. Indexed by slot.
+template <typename V>
+struct ShuffleStep {
+    uint8_t shuffle[kTilesAStep<V>][16];
+    uint8_t weights[kTilesAStep<V>][16];
+    int32_t low[kTilesAStep<V>];   // offset of the window, or of its first half
+    int32_t high[kTilesAStep<V>];  // offset of its second half, when there are two
+    static_assert(64 % kStepBytes<V> == 0);
 };
-static_assert(sizeof(ShuffleTables) <= sizeof(ColumnPlan::tables));
 
-enum Window : int32_t { OneWindow, TwoWindows, NoWindow };
+enum Window : int32_t { NoWindow, OneWindow, TwoWindows };
 
-ShuffleTables& TablesOf(ColumnPlan& plan) { return reinterpret_cast<ShuffleTables&>(plan.tables); }
-const ShuffleTables& TablesOf(const ColumnPlan& plan) {
-    return reinterpret_cast<const ShuffleTables&>(plan.tables);
+template <typename V>
+ShuffleStep<V>* StepsOf(const ColumnPlan& plan) {
+    static_assert(sizeof(ShuffleStep<V>) * (64 / kStepBytes<V>) == PlanTableBytes(64));
+    return reinterpret_cast<ShuffleStep<V>*>(plan.tables);
 }
 
-// Where in the row each destination byte and what it is mixed with come from, and the weight of the
-// latter. Bytes behind the last column repeat the last one.
-struct ByteSources {
-    int32_t at[kMaxTiles * kTileBytes];
-    int32_t next[kMaxTiles * kTileBytes];
-    uint8_t weights[kMaxTiles * kTileBytes];
-    int32_t count = 0;
+// Where in the row a destination byte and what it is mixed with come from, and the weight of the
+// latter.
+struct ByteSource {
+    int32_t at;
+    int32_t next;
+    int32_t weight;
+};
 
-    void Add(int32_t from, int32_t mixedWith, uint8_t weight) {
-        at[count] = from;
-        next[count] = mixedWith;
-        weights[count] = weight;
-        ++count;
+// The bytes of pixels and of their right neighbours. A neighbour of weight 0 is not read.
+template <typename Pixel>
+struct PixelSources {
+    const ColumnRun& columns;
+
+    int32_t Count() const { return columns.count * Pixel::kSize; }
+    ByteSource Of(int32_t byte) const {
+        const int32_t column = byte / Pixel::kSize;
+        const int32_t weight = columns.weights ? columns.weights[column] : 0;
+        const int32_t at =
+            static_cast<int32_t>(columns.Pixel(column)) * Pixel::kSize + byte % Pixel::kSize;
+        return {at, weight == 0 ? at : at + Pixel::kSize, weight};
     }
+};
 
-    // The bytes of pixels and of their right neighbours. A neighbour of weight 0 is not read.
-    template <typename Pixel>
-    void AddPixels(const ColumnRun& columns) {
-        for (int32_t column = 0; column < columns.count; ++column) {
-            const auto pixel = static_cast<int32_t>(columns.Pixel(column)) * Pixel::kSize;
-            const uint8_t weight = columns.weights ? columns.weights[column] : 0;
-            const int32_t reach = weight == 0 ? 0 : Pixel::kSize;
-            for (int32_t i = 0; i < Pixel::kSize; ++i) Add(pixel + i, pixel + i + reach, weight);
+// Groups of two packed pixels: a chroma byte is made of those of both.
+struct PackedSources {
+    const ColumnRun& columns;
+    const PackedLayout& layout;
+
+    int32_t Count() const { return (columns.count + 1) / 2 * 4; }
+    ByteSource Of(int32_t byte) const {
+        const int32_t column = byte / 4 * 2;
+        const int32_t i = byte % 4;
+        const auto even = static_cast<int32_t>(columns.Pixel(column));
+        const auto odd = static_cast<int32_t>(columns.Pixel(Min(column + 1, columns.count - 1)));
+        if (i % 2 == layout.luma) {
+            const int32_t luma = (i < 2 ? even : odd) * 2 + layout.luma;
+            return {luma, luma, 0};
         }
+        return {even / 2 * 4 + i, odd / 2 * 4 + i, 0};
+    }
+};
+
+// The sources of one step's bytes. Bytes behind the last column repeat the last one.
+template <typename V>
+struct StepSources {
+    template <typename Sources>
+    StepSources(const Sources& sources, int32_t first) {
+        const int32_t last = sources.Count() - 1;
+        for (int32_t i = 0; i < kStepBytes<V>; ++i) bytes[i] = sources.Of(Min(first + i, last));
     }
 
-    // Groups of two packed pixels: a chroma byte is made of those of both.
-    void AddPacked(const ColumnRun& columns, const PackedLayout& layout) {
-        for (int32_t column = 0; column < columns.count; column += 2) {
-            const auto even = static_cast<int32_t>(columns.Pixel(column));
-            const auto odd =
-                static_cast<int32_t>(columns.Pixel(Min(column + 1, columns.count - 1)));
-            for (int32_t i = 0; i < 4; ++i) {
-                if (i % 2 == layout.luma) {
-                    const int32_t luma = (i < 2 ? even : odd) * 2 + layout.luma;
-                    Add(luma, luma, 0);
-                } else {
-                    Add(even / 2 * 4 + i, odd / 2 * 4 + i, 0);
-                }
-            }
-        }
-    }
-
-    void FillUp(int32_t end) {
-        while (count < end) Add(at[count - 1], next[count - 1], weights[count - 1]);
-    }
+    ByteSource bytes[kStepBytes<V>];
 };
 
 // The lowest and the highest source byte of some destination bytes.
@@ -105,11 +112,11 @@ struct SourceSpan {
     int32_t first;
     int32_t last;
 };
-inline SourceSpan SpanOf(const ByteSources& sources, int32_t byte, int32_t count) {
-    SourceSpan span = {sources.at[byte], 0};
-    for (int32_t i = byte; i < byte + count; ++i) {
-        span.first = Min(span.first, sources.at[i]);
-        span.last = Max(span.last, Max(sources.at[i], sources.next[i]));
+inline SourceSpan SpanOf(const ByteSource* sources, int32_t count) {
+    SourceSpan span = {sources->at, 0};
+    for (int32_t i = 0; i < count; ++i) {
+        span.first = Min(span.first, sources[i].at);
+        span.last = Max(span.last, Max(sources[i].at, sources[i].next));
     }
     return span;
 }
@@ -122,73 +129,72 @@ inline bool PlaceWindow(SourceSpan span, int32_t size, int32_t rowBytes, int32_t
 
 // Places the window or the windows of a tile. The first tile of a register places a shared one.
 template <typename V>
-bool PlaceTile(ShuffleTables& tables, int32_t tile, const ByteSources& sources, int32_t window,
+bool PlaceTile(ShuffleStep<V>& step, int32_t tile, const ByteSource* sources, int32_t window,
                int32_t rowBytes) {
     const int32_t slot = SlotOf<V>(tile);
-    const int32_t byte = tile * kTileBytes;
-    tables.high[slot] = 0;
+    step.high[slot] = 0;
     if (V::kSharesWindow) {
         if (tile % V::kParts != 0) {
-            tables.low[slot] = tables.low[slot - 1];
+            step.low[slot] = step.low[slot - 1];
             return true;
         }
         const int32_t size = window == OneWindow ? V::kParts * 16 : V::kParts * 32;
-        return PlaceWindow(SpanOf(sources, byte, V::kParts * kTileBytes), size, rowBytes,
-                           &tables.low[slot]);
+        return PlaceWindow(SpanOf(sources, V::kParts * kTileBytes), size, rowBytes,
+                           &step.low[slot]);
     }
     if (window == OneWindow) {
-        return PlaceWindow(SpanOf(sources, byte, 8), 16, rowBytes, &tables.low[slot]);
+        return PlaceWindow(SpanOf(sources, 8), 16, rowBytes, &step.low[slot]);
     }
-    return PlaceWindow(SpanOf(sources, byte, 4), 8, rowBytes, &tables.low[slot]) &&
-           PlaceWindow(SpanOf(sources, byte + 4, 4), 8, rowBytes, &tables.high[slot]);
+    return PlaceWindow(SpanOf(sources, 4), 8, rowBytes, &step.low[slot]) &&
+           PlaceWindow(SpanOf(sources + 4, 4), 8, rowBytes, &step.high[slot]);
 }
 
 // The place of a row's byte in what a tile loads.
 template <typename V>
-uint8_t PlaceInTile(const ShuffleTables& tables, int32_t slot, int32_t window, int32_t i,
+uint8_t PlaceInTile(const ShuffleStep<V>& step, int32_t slot, int32_t window, int32_t i,
                     int32_t at) {
     const bool isHigh = !V::kSharesWindow && window == TwoWindows && i >= 4;
-    return static_cast<uint8_t>(isHigh ? at - tables.high[slot] + 8 : at - tables.low[slot]);
+    return static_cast<uint8_t>(isHigh ? at - step.high[slot] + 8 : at - step.low[slot]);
 }
 
-// Finds the windows of all tiles: one each, or two each, or none where the columns are too far
-// apart for a shuffle. Then fills each tile's tables by fill(shuffle, weights, i, place, next,
-// weight), where `place` and `next` are the places of the tile's i-th byte and of its neighbour in
-// what it loads.
+// Fills a step's tables. False if the columns are too far apart for these windows.
 template <typename V, typename Fill>
-void PlanTiles(ColumnPlan& plan, const ColumnRun& columns, ByteSources& sources, int32_t rowBytes,
-               Fill fill) {
-    constexpr int32_t kStepBytes = kTilesAStep<V> * kTileBytes;
-    ShuffleTables& tables = TablesOf(plan);
-    const int32_t tiles = (sources.count + kStepBytes - 1) / kStepBytes * kTilesAStep<V>;
-    sources.FillUp(tiles * kTileBytes);
-    const auto place = [&](int32_t window) {
-        for (int32_t tile = 0; tile < tiles; ++tile) {
-            if (!PlaceTile<V>(tables, tile, sources, window, rowBytes)) return false;
+bool PlanStep(ShuffleStep<V>& step, const StepSources<V>& sources, int32_t window, int32_t rowBytes,
+              Fill fill) {
+    for (int32_t tile = 0; tile < kTilesAStep<V>; ++tile) {
+        const ByteSource* bytes = sources.bytes + tile * kTileBytes;
+        if (!PlaceTile<V>(step, tile, bytes, window, rowBytes)) return false;
+        const int32_t slot = SlotOf<V>(tile);
+        for (int32_t i = 0; i < kTileBytes; ++i) {
+            fill(step.shuffle[slot], step.weights[slot], i,
+                 PlaceInTile<V>(step, slot, window, i, bytes[i].at),
+                 PlaceInTile<V>(step, slot, window, i, bytes[i].next), bytes[i].weight);
+        }
+    }
+    return true;
+}
+
+// Gives all tiles one window each, or two each, or none where the columns are too far apart for a
+// shuffle. Fills each tile's tables by fill(shuffle, weights, i, place, next, weight), where
+// `place` and `next` are the places of the tile's i-th byte and of its neighbour in what it loads.
+template <typename V, typename Sources, typename Fill>
+void PlanTiles(ColumnPlan& plan, const Sources& sources, int32_t rowBytes, Fill fill) {
+    const auto planAll = [&](int32_t window) {
+        ShuffleStep<V>* step = StepsOf<V>(plan);
+        for (int32_t first = 0; first < sources.Count(); first += kStepBytes<V>, ++step) {
+            const StepSources<V> bytes(sources, first);
+            if (!PlanStep<V>(*step, bytes, window, rowBytes, fill)) return false;
         }
         return true;
     };
-    plan.columns = columns;
-    plan.window = place(OneWindow) ? OneWindow : place(TwoWindows) ? TwoWindows : NoWindow;
-    plan.tiles = plan.window == NoWindow ? 0 : tiles;
-    for (int32_t tile = 0; tile < plan.tiles; ++tile) {
-        const int32_t slot = SlotOf<V>(tile);
-        for (int32_t i = 0; i < kTileBytes; ++i) {
-            const int32_t byte = tile * kTileBytes + i;
-            fill(tables.shuffle[slot], tables.weights[slot], i,
-                 PlaceInTile<V>(tables, slot, plan.window, i, sources.at[byte]),
-                 PlaceInTile<V>(tables, slot, plan.window, i, sources.next[byte]),
-                 sources.weights[byte]);
-        }
-    }
+    plan.columns = sources.columns;
+    plan.window = planAll(OneWindow) ? OneWindow : planAll(TwoWindows) ? TwoWindows : NoWindow;
 }
 
 // For bytes: a shuffle to pairs of a byte and its right neighbour, and a pair of weights for each.
 template <typename V, typename Pixel>
 void PlanByteBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
-    ByteSources sources;
-    sources.AddPixels<Pixel>(columns);
-    PlanTiles<V>(plan, columns, sources, rowBytes,
+    PlanTiles<V>(plan, PixelSources<Pixel>{columns}, rowBytes,
                  [](uint8_t* shuffle, uint8_t* weights, int32_t i, uint8_t place, uint8_t next,
                     int32_t weight) {
                      shuffle[2 * i] = place;
@@ -208,9 +214,7 @@ inline void FillHalves(uint8_t* shuffle, uint8_t* /*weights*/, int32_t i, uint8_
 // For words: halves of four pixels each, and four weights times 16.
 template <typename V, typename Pixel>
 void PlanFieldBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
-    ByteSources sources;
-    sources.AddPixels<Pixel>(columns);
-    PlanTiles<V>(plan, columns, sources, rowBytes,
+    PlanTiles<V>(plan, PixelSources<Pixel>{columns}, rowBytes,
                  [](uint8_t* shuffle, uint8_t* weights, int32_t i, uint8_t place, uint8_t next,
                     int32_t weight) {
                      FillHalves(shuffle, weights, i, place, next, weight);
@@ -222,18 +226,15 @@ void PlanFieldBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes
 // For copies: the first half is all that counts.
 template <typename V, typename Pixel>
 void PlanTake(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
-    ByteSources sources;
-    sources.AddPixels<Pixel>({columns.indices, nullptr, columns.firstIndex, columns.count});
-    PlanTiles<V>(plan, columns, sources, rowBytes, FillHalves);
+    const ColumnRun unweighted = {columns.indices, nullptr, columns.firstIndex, columns.count};
+    PlanTiles<V>(plan, PixelSources<Pixel>{unweighted}, rowBytes, FillHalves);
 }
 
 // For packed 4:2:2: halves that are averaged.
 template <typename V>
 void PlanPackedTake(ColumnPlan& plan, const ColumnRun& columns, const PackedLayout& layout,
                     int32_t rowBytes) {
-    ByteSources sources;
-    sources.AddPacked(columns, layout);
-    PlanTiles<V>(plan, columns, sources, rowBytes, FillHalves);
+    PlanTiles<V>(plan, PackedSources{columns, layout}, rowBytes, FillHalves);
 }
 
 }  // namespace

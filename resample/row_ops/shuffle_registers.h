@@ -17,9 +17,9 @@ template <typename V>
 struct ShuffleRegisters {
     using Reg = typename V::Reg;
 
-    // Bytes a register holds, and the tiles that two registers of sums give.
+    // Bytes a register holds, which are those of a step too.
     static constexpr int32_t kBytes = V::kParts * 16;
-    static constexpr int32_t kStep = kTilesAStep<V>;
+    static_assert(kBytes == kStepBytes<V>);
 
     // Calls operation(i) for every register of a row of at least one: the last one overlaps the one
     // before it.
@@ -38,16 +38,16 @@ struct ShuffleRegisters {
         ForRegisters(bytes, [&](int32_t i) { V::Store(dst + i, V::Load(src + i)); });
     }
 
-    // Stores bytesOf(slot) for the tiles of each step, so many bytes in all.
+    // Stores bytesOf(step) for each step, so many bytes in all.
     template <typename BytesOf>
     static void StoreSteps(uint8_t* dst, const ColumnPlan& plan, int32_t bytes, BytesOf bytesOf) {
-        const int32_t whole = bytes / kBytes * kStep;
-        int32_t tile = 0;
-        for (; tile < whole; tile += kStep) V::Store(dst + tile * kTileBytes, bytesOf(tile));
-        if (tile == plan.tiles) return;
+        const ShuffleStep<V>* step = StepsOf<V>(plan);
+        int32_t i = 0;
+        for (; i + kBytes <= bytes; i += kBytes, ++step) V::Store(dst + i, bytesOf(*step));
+        if (i == bytes) return;
         uint8_t last[kBytes];
-        V::Store(last, bytesOf(tile));
-        std::memcpy(dst + tile * kTileBytes, last, static_cast<size_t>(bytes - tile * kTileBytes));
+        V::Store(last, bytesOf(*step));
+        std::memcpy(dst + i, last, static_cast<size_t>(bytes - i));
     }
 
     // a * (256 - w) + b * w of biased bytes, divided by 256.
@@ -80,12 +80,12 @@ struct ShuffleRegisters {
     }
 
     template <int32_t kWindow>
-    static Reg LoadTiles(const uint8_t* row, const ShuffleTables& tables, int32_t tile) {
-        const Reg control = V::Load(tables.shuffle[tile]);
+    static Reg LoadTiles(const uint8_t* row, const ShuffleStep<V>& step, int32_t slot) {
+        const Reg control = V::Load(step.shuffle[slot]);
         if constexpr (kWindow == OneWindow) {
-            return V::ShuffleWindows(row, &tables.low[tile], control);
+            return V::ShuffleWindows(row, &step.low[slot], control);
         } else {
-            return V::ShuffleTwoWindows(row, &tables.low[tile], &tables.high[tile], control);
+            return V::ShuffleTwoWindows(row, &step.low[slot], &step.high[slot], control);
         }
     }
 };
