@@ -9,11 +9,12 @@ namespace {
 
 // The width that these ratios are made for.
 constexpr int32_t kColumns = 480;
+static_assert(3 * kColumns <= PlannedBytes(WorkMemory::kOwnBytes));
 
 // A group of kFrom pixels becomes kTo.
 template <int32_t kFrom, int32_t kTo, int32_t kCount>
 struct Indices {
-    static_assert(kCount % kTo == 0 && kCount <= kStretchBytes);
+    static_assert(kCount % kTo == 0);
 
     constexpr explicit Indices(const int32_t (&positions)[kTo]) {
         for (int32_t i = 0; i < kCount; ++i) of[i] = i / kTo * kFrom + positions[i % kTo];

@@ -8,7 +8,8 @@ namespace tavo {
 namespace {
 
 // Bytes of the source held at once between the two blends: they stay in the first-level cache.
-constexpr int32_t kTileBytes = 4096;
+constexpr int32_t kTileBytes = 8192;
+constexpr int32_t kSmallTileBytes = 4096;
 
 // The entries of a map before the ones that name the last source sample. Indices never decrease.
 int32_t InnerEntries(const AxisMap& map, int32_t count, int32_t srcLength) {
@@ -16,20 +17,19 @@ int32_t InnerEntries(const AxisMap& map, int32_t count, int32_t srcLength) {
                                 map.indices);
 }
 
-// The most columns from `first` on that a stretch holds and whose pixels, with the ones after them,
-// lie within one tile. At least one, since a column needs two pixels.
-ColumnRun ColumnsInTile(const Frame& frame, int32_t first, int32_t end) {
+// The columns from `first` on whose pixels, with the ones after them, lie within one tile. At least
+// one, since a column needs two pixels.
+ColumnRun ColumnsInTile(const Frame& frame, int32_t first, int32_t end, int32_t tileBytes) {
     const int32_t* indices = frame.xMap->indices;
-    const int32_t limit = indices[first] + kTileBytes / frame.bytesPerPixel - 2;
-    end = std::min(end, first + kStretchBytes / frame.bytesPerPixel);
+    const int32_t limit = indices[first] + tileBytes / frame.bytesPerPixel - 2;
     const int32_t* last = std::upper_bound(indices + first, indices + end, limit);
     return {indices + first, frame.xMap->weights + first, indices[first],
             static_cast<int32_t>(last - (indices + first))};
 }
 
-// Blends the source rows of a destination row into a tile on the stack, then the tile's columns.
-void BlendTile(const Frame& frame, const Stretch& stretch, int32_t y, const PixelOps& ops) {
-    alignas(64) uint8_t tile[kTileBytes];
+// Blends the source rows of a destination row into the tile, then the tile's columns.
+void BlendTile(const Frame& frame, const Stretch& stretch, int32_t y, const PixelOps& ops,
+               uint8_t* tile) {
     const ColumnRun& columns = stretch.plan.columns;
     const ptrdiff_t from = frame.Bytes(columns.firstIndex);
     const int32_t pixels = columns.indices[columns.count - 1] + 2 - columns.firstIndex;
@@ -113,15 +113,21 @@ void BlendInterior(const Frame& frame, Interior interior, PixelKind kind, Member
     // Few enough that what they touched is still in the cache.
     constexpr int32_t kRowsAtOnce = 16;
     const RowOpsScope ops(member);
+    WorkMemory memory;
+    uint8_t* const tile = memory.Bytes();
+    const int32_t tileBytes = memory.IsShared() ? kTileBytes : kSmallTileBytes;
+    const int32_t most = PlannedBytes(memory.Size() - tileBytes) / frame.bytesPerPixel;
     Stretch stretch;
+    stretch.plan.tables = memory.Bytes() + tileBytes;
     const int32_t end = interior.rows > 0 ? interior.columns : 0;
     for (int32_t first = 0; first < end; first = stretch.End()) {
-        const ColumnRun columns = ColumnsInTile(frame, first, end);
+        const ColumnRun columns =
+            ColumnsInTile(frame, first, std::min(end, first + most), tileBytes);
         stretch.first = first;
         stretch.source = columns.firstIndex;
-        ops.Of(kind).PlanBlend(stretch.plan, columns, kTileBytes);
+        ops.Of(kind).PlanBlend(stretch.plan, columns, tileBytes);
         for (int32_t y = 0; y < interior.rows; ++y) {
-            BlendTile(frame, stretch, y, ops.Of(kind));
+            BlendTile(frame, stretch, y, ops.Of(kind), tile);
             const bool isEnd = y % kRowsAtOnce == kRowsAtOnce - 1 || y == interior.rows - 1;
             if (stretch.End() == end && isEnd) {
                 endRows(frame, interior, {y - y % kRowsAtOnce, y + 1});

@@ -1,6 +1,6 @@
 // Destination columns are planned in stretches, one at a time, and the rows are gone through for
-// each. Plans lie on the stack, of which a kernel uses 16 KB at the most. As far as that allows
-// stretches are long, so that memory is read and written in long runs.
+// each. Stretches are as long as there is memory for plans: pictures are read and written the
+// faster, the longer the runs are.
 
 #pragma once
 
@@ -10,17 +10,15 @@
 #include "resample/fixed_ratio.h"
 #include "resample/frame.h"
 #include "resample/row_ops/row_ops.h"
+#include "resample/work_memory.h"
 
 namespace tavo {
-
-// The destination bytes of a stretch. Its plan leaves room for a tile of source rows.
-inline constexpr int32_t kStretchBytes = 1920;
 
 // Neighbouring destination columns and what was prepared for them.
 struct Stretch {
     int32_t first;
     int32_t source;  // the source column that the plan's rows begin with
-    SizedPlan<kStretchBytes> plan;
+    ColumnPlan plan;
 
     int32_t End() const { return first + plan.columns.count; }
 };
@@ -50,12 +48,14 @@ struct RatioColumns {
 template <typename Columns, typename Operation, typename Work>
 void ForColumns(const Frame& frame, const Columns& columns, int32_t end, const Operation& operation,
                 Work work) {
+    WorkMemory memory;
+    const int32_t most = PlannedBytes(memory.Size()) / (frame.bytesPerPixel * 6) * 6;
     Stretch stretch;
+    stretch.plan.tables = memory.Bytes();
     for (int32_t first = 0; first < end; first = stretch.End()) {
         stretch.first = first;
         stretch.source = columns.Source(first);
-        const int32_t count = std::min(end - first, kStretchBytes / frame.bytesPerPixel);
-        operation.Plan(stretch.plan, columns.Run(first, count),
+        operation.Plan(stretch.plan, columns.Run(first, std::min(end - first, most)),
                        frame.srcStride - static_cast<int32_t>(frame.Bytes(stretch.source)));
         work(stretch);
     }

@@ -25,35 +25,36 @@ PackedColumns ColumnsOf(const Frame& frame) {
 // The two source rows that a destination row is blended from, kept while rows share them.
 class RowPairCache {
   public:
-    RowPairCache(const Frame& frame, const PackedLayout& layout, PackedStretch& stretch)
+    RowPairCache(const Frame& frame, const PackedLayout& layout, const PackedStretch& stretch,
+                 const PackedMemory& memory)
         : frame_(frame),
           layout_(layout),
           stretch_(stretch),
-          upper_(&stretch.Row(0)),
-          lower_(&stretch.Row(1)) {}
+          upper_(memory.rows[0]),
+          lower_(memory.rows[1]) {}
     RowPairCache(const RowPairCache&) = delete;
     RowPairCache& operator=(const RowPairCache&) = delete;
 
     // Rows are asked for in ascending order, so a row that was lower may be upper next.
-    PackedRow& Upper(int32_t y) {
+    uint8_t* Upper(int32_t y) {
         if (lowerRow_ == y) {
             std::swap(upper_, lower_);
             std::swap(upperRow_, lowerRow_);
         }
-        return Load(y, *upper_, upperRow_);
+        return Load(y, upper_, upperRow_);
     }
-    PackedRow& Lower(int32_t y) { return Load(y, *lower_, lowerRow_); }
+    uint8_t* Lower(int32_t y) { return Load(y, lower_, lowerRow_); }
 
     // A copy of the upper row in place of the lower one.
-    PackedRow& CopyOfUpper(int32_t y) {
-        const PackedRow& upper = Upper(y);
-        std::memcpy(lower_->bytes, upper.bytes, static_cast<size_t>(stretch_.RowBytes()));
+    uint8_t* CopyOfUpper(int32_t y) {
+        const uint8_t* upper = Upper(y);
+        std::memcpy(lower_, upper, static_cast<size_t>(stretch_.RowBytes()));
         lowerRow_ = -1;
-        return *lower_;
+        return lower_;
     }
 
   private:
-    PackedRow& Load(int32_t y, PackedRow& row, int32_t& held) {
+    uint8_t* Load(int32_t y, uint8_t* row, int32_t& held) {
         if (held != y) stretch_.BlendRow(layout_, frame_.SrcRow(y), row);
         held = y;
         return row;
@@ -62,8 +63,8 @@ class RowPairCache {
     const Frame& frame_;
     const PackedLayout& layout_;
     const PackedStretch& stretch_;
-    PackedRow* upper_;
-    PackedRow* lower_;
+    uint8_t* upper_;
+    uint8_t* lower_;
     int32_t upperRow_ = -1;
     int32_t lowerRow_ = -1;
 };
@@ -73,11 +74,11 @@ void BlendRow(const Frame& frame, const PackedLayout& layout, const PackedStretc
     const int32_t weight = frame.yMap->weights[y];
     const int32_t upperRow = frame.UpperRow(y);
     if (upperRow == frame.srcHeight - 1) {
-        PackedRow& row = rows.CopyOfUpper(upperRow);
+        uint8_t* const row = rows.CopyOfUpper(upperRow);
         stretch.BlendBackLastRow(layout, frame.SrcRow(upperRow), weight, row);
         stretch.Pack(layout, PackOf(ops, average), row, frame.DstRow(y));
     } else {
-        PackedRow& upper = rows.Upper(upperRow);
+        uint8_t* const upper = rows.Upper(upperRow);
         stretch.BlendPack(layout, BlendPackOf(ops, average), upper, rows.Lower(upperRow + 1),
                           weight, frame.DstRow(y));
     }
@@ -100,14 +101,16 @@ struct PackedTake {
 template <typename Change>
 int32_t BlendFixed(const Frame& frame, const FixedRatio& ratio, RepeatedChroma repeated,
                    const PackedLayout& layout, const RowOps& ops, Change change) {
+    WorkMemory workMemory;
+    const PackedMemory memory(workMemory);
     int32_t count = 0;
     for (int32_t first = 0; first < frame.dstWidth; first += count) {
         const int32_t columns = std::min(frame.dstWidth - first, ratio.columns);
         PackedStretch stretch({ratio.indices, ratio.weights, columns, ratio.srcColumns}, 0,
-                              repeated, ops);
+                              repeated, memory, ops);
         count = stretch.Count();
         const ptrdiff_t source = frame.Bytes(ratio.SourceOf(first));
-        PackedRow& row = stretch.Row(0);
+        uint8_t* const row = memory.rows[0];
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
             stretch.BlendRow(layout, frame.SrcRow(y) + source, row);
             change(stretch.Samples(row), count);
@@ -140,11 +143,13 @@ int32_t TakePackedColumns(const Frame& frame, const PackedLayout& layout, Member
 
 int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves average, Member member) {
     const RowOpsScope ops(member);
+    WorkMemory workMemory;
+    const PackedMemory memory(workMemory);
     int32_t count = 0;
     for (int32_t first = 0; first < frame.dstWidth; first += count) {
-        PackedStretch stretch(ColumnsOf(frame), first, kNoneRepeated, *ops);
+        PackedStretch stretch(ColumnsOf(frame), first, kNoneRepeated, memory, *ops);
         count = stretch.Count();
-        RowPairCache rows(frame, layout, stretch);
+        RowPairCache rows(frame, layout, stretch, memory);
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
             BlendRow(frame, layout, stretch, rows, y, average, *ops);
         }
@@ -155,11 +160,13 @@ int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves avera
 int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Halves average,
                            Member member) {
     const RowOpsScope ops(member);
+    WorkMemory workMemory;
+    const PackedMemory memory(workMemory);
     int32_t count = 0;
     for (int32_t first = 0; first < frame.dstWidth; first += count) {
-        PackedStretch stretch(ColumnsOf(frame), first, kNoneRepeated, *ops);
+        PackedStretch stretch(ColumnsOf(frame), first, kNoneRepeated, memory, *ops);
         count = stretch.Count();
-        PackedRow& row = stretch.Row(0);
+        uint8_t* const row = memory.rows[0];
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
             stretch.BlendRow(layout, frame.SrcRow(y), row);
             stretch.Pack(layout, PackOf(*ops, average), row, frame.DstRow(y));

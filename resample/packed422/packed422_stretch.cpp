@@ -1,7 +1,7 @@
 #include "resample/packed422/packed422_stretch.h"
 
 #include <algorithm>
-#include <new>
+#include <cstring>
 
 #include "resample/row_ops/pixel_blend.h"
 
@@ -14,21 +14,65 @@ void BlendBack(uint8_t* sample, uint8_t own, int32_t weight) {
 
 }  // namespace
 
+namespace {
+
+// What a stretch of so many columns and source pixels needs.
+struct PackedSizes {
+    int32_t columns;
+    int32_t sourcePixels;
+
+    constexpr int32_t TableBytes() const { return PlanTableBytes(columns); }
+    constexpr int32_t RowBytes() const { return (3 * columns + 63) / 64 * 64; }
+    constexpr int32_t LumaBytes() const { return sourcePixels + PackedMemory::kSlack; }
+    constexpr int32_t ChromaBytes() const { return sourcePixels / 2 + PackedMemory::kSlack; }
+    constexpr int32_t Bytes() const {
+        return 2 * TableBytes() + 2 * RowBytes() + LumaBytes() + 2 * ChromaBytes();
+    }
+};
+constexpr PackedSizes kSharedSizes = {1920, 4096};
+constexpr PackedSizes kOwnSizes = {480, 960};
+static_assert(kSharedSizes.Bytes() <= WorkMemory::kSharedBytes);
+static_assert(kOwnSizes.Bytes() <= WorkMemory::kOwnBytes);
+
+}  // namespace
+
+PackedMemory::PackedMemory(WorkMemory& memory) {
+    const PackedSizes& sizes = memory.IsShared() ? kSharedSizes : kOwnSizes;
+    maxColumns = sizes.columns;
+    maxSourcePixels = sizes.sourcePixels;
+    uint8_t* next = memory.Bytes();
+    const auto take = [&next](int32_t bytes) {
+        uint8_t* const taken = next;
+        next += bytes;
+        return taken;
+    };
+    lumaTables = take(sizes.TableBytes());
+    chromaTables = take(sizes.TableBytes());
+    rows[0] = take(sizes.RowBytes());
+    rows[1] = take(sizes.RowBytes());
+    planes.luma = take(sizes.LumaBytes());
+    planes.firstChroma = take(sizes.ChromaBytes());
+    planes.secondChroma = take(sizes.ChromaBytes());
+}
+
 PackedStretch::PackedStretch(const PackedColumns& columns, int32_t first, RepeatedChroma repeated,
-                             const RowOps& ops)
-    : ops_(ops),
+                             const PackedMemory& memory, const RowOps& ops)
+    : memory_(memory),
+      ops_(ops),
       first_(first),
       indices_(columns.indices + first),
       lastPixel_(columns.srcWidth - 1),
       firstGroup_(indices_[0] / 2) {
     // Even, so that a stretch ends with a whole group.
-    const int32_t rest = std::min(columns.count - first, kMaxPackedColumns);
-    const int32_t limit = firstGroup_ * 2 + kMaxSourcePixels - 4;
+    const int32_t rest = std::min(columns.count - first, memory.maxColumns);
+    const int32_t limit = firstGroup_ * 2 + memory.maxSourcePixels - 4;
     count_ = static_cast<int32_t>(std::upper_bound(indices_, indices_ + rest, limit) - indices_);
     if (count_ < rest) count_ &= ~1;
     isSparse_ = count_ < rest && count_ < kFewColumns;
-    if (isSparse_) count_ = std::min(rest, kMaxSparseColumns);
+    if (isSparse_) count_ = std::min(rest, memory.maxSourcePixels / 2 / kSparseGroups);
     evenCount_ = count_ + count_ % 2;
+    lumaPlan_.tables = memory.lumaTables;
+    chromaPlan_.tables = memory.chromaTables;
     PlanLuma(columns.weights + first);
     PlanChroma(columns.weights + first, repeated);
 }
@@ -41,41 +85,53 @@ int32_t PackedStretch::Group(int32_t i) const {
 
 // The last pixel of the source is its own neighbour.
 void PackedStretch::PlanLuma(const uint8_t* weights) {
+    const Columns planned = ColumnsAt(memory_.rows[0]);
     for (int32_t i = 0; i < evenCount_; ++i) {
         const int32_t pixel = Pixel(i);
-        planned_.indices[i] = Group(i) * 2 + pixel % 2;
-        planned_.weights[i] = pixel == lastPixel_ ? 0 : weights[std::min(i, count_ - 1)];
+        planned.indices[i] = Group(i) * 2 + pixel % 2;
+        planned.weights[i] = pixel == lastPixel_ ? 0 : weights[std::min(i, count_ - 1)];
     }
-    PlanColumns(lumaPlan_, kMaxSourcePixels + kSlack);
+    PlanColumns(lumaPlan_, memory_.maxSourcePixels + PackedMemory::kSlack);
 }
 
 // The chroma of a group is that of its even pixel; an odd one lies on the way to the next group.
 void PackedStretch::PlanChroma(const uint8_t* weights, RepeatedChroma repeated) {
+    const Columns planned = ColumnsAt(memory_.rows[0]);
     for (int32_t i = 0; i < evenCount_; ++i) {
         const int32_t pixel = Pixel(i);
         const bool isBetween = pixel % 2 != 0 && pixel != lastPixel_;
-        planned_.indices[i] = Group(i);
-        planned_.weights[i] = isBetween ? weights[std::min(i, count_ - 1)] : uint8_t{0};
+        planned.indices[i] = Group(i);
+        planned.weights[i] = isBetween ? weights[std::min(i, count_ - 1)] : uint8_t{0};
     }
     for (int32_t i = 0; repeated.period > 0 && i + repeated.column < evenCount_;
          i += repeated.period) {
-        planned_.indices[i + repeated.column] = planned_.indices[i + repeated.from];
-        planned_.weights[i + repeated.column] = planned_.weights[i + repeated.from];
+        planned.indices[i + repeated.column] = planned.indices[i + repeated.from];
+        planned.weights[i + repeated.column] = planned.weights[i + repeated.from];
     }
-    PlanColumns(chromaPlan_, kMaxSourcePixels / 2 + kSlack);
+    PlanColumns(chromaPlan_, memory_.maxSourcePixels / 2 + PackedMemory::kSlack);
+}
+
+// Both rows lie one behind the other and are free while plans are made. They hold six bytes a
+// column, tables hold five.
+PackedStretch::Columns PackedStretch::ColumnsAt(uint8_t* memory) const {
+    auto* indices = reinterpret_cast<int32_t*>(memory);
+    return {indices, reinterpret_cast<uint8_t*>(indices + evenCount_)};
 }
 
 // A plan without tables reads its columns on each row, so they move to where the tables would be.
 void PackedStretch::PlanColumns(ColumnPlan& plan, int32_t rowBytes) {
-    ops_.plane.PlanBlend(plan, {planned_.indices, planned_.weights, 0, evenCount_}, rowBytes);
+    const Columns planned = ColumnsAt(memory_.rows[0]);
+    ops_.plane.PlanBlend(plan, {planned.indices, planned.weights, 0, evenCount_}, rowBytes);
     if (plan.window != 0) return;
-    auto* kept = new (plan.tables) Columns(planned_);
-    plan.columns.indices = kept->indices;
-    plan.columns.weights = kept->weights;
+    const auto bytes = static_cast<size_t>(evenCount_) * (sizeof(int32_t) + 1);
+    std::memcpy(plan.tables, memory_.rows[0], bytes);
+    const Columns kept = ColumnsAt(plan.tables);
+    plan.columns.indices = kept.indices;
+    plan.columns.weights = kept.weights;
 }
 
-void PackedStretch::Unpack(const PackedLayout& layout, const uint8_t* srcRow,
-                           Planes& planes) const {
+void PackedStretch::Unpack(const PackedLayout& layout, const uint8_t* srcRow) const {
+    const PackedSamples& planes = memory_.planes;
     const auto unpack = [&](int32_t to, int32_t firstPixel, int32_t lastPixel) {
         const int32_t firstGroup = firstPixel / 2;
         const int32_t lastGroup = std::min(lastPixel + 1, lastPixel_) / 2;
@@ -88,9 +144,9 @@ void PackedStretch::Unpack(const PackedLayout& layout, const uint8_t* srcRow,
 }
 
 void PackedStretch::BlendRow(const PackedLayout& layout, const uint8_t* srcRow,
-                             PackedRow& row) const {
-    Planes planes;
-    Unpack(layout, srcRow, planes);
+                             uint8_t* row) const {
+    const PackedSamples& planes = memory_.planes;
+    Unpack(layout, srcRow);
     const PackedSamples samples = Samples(row);
     ops_.plane.BlendColumns(samples.luma, planes.luma, lumaPlan_);
     ops_.plane.BlendColumns(samples.firstChroma, planes.firstChroma, chromaPlan_);
@@ -101,7 +157,7 @@ void PackedStretch::BlendRow(const PackedLayout& layout, const uint8_t* srcRow,
 // again. So the blend toward the next pixel is taken back by the row's weight. An even pixel's
 // lower row is the row itself.
 void PackedStretch::BlendBackLastRow(const PackedLayout& layout, const uint8_t* srcRow,
-                                     int32_t rowWeight, PackedRow& row) const {
+                                     int32_t rowWeight, uint8_t* row) const {
     const PackedSamples samples = Samples(row);
     for (int32_t i = 0; i < evenCount_; ++i) {
         const int32_t pixel = Pixel(i);
@@ -113,13 +169,13 @@ void PackedStretch::BlendBackLastRow(const PackedLayout& layout, const uint8_t* 
     }
 }
 
-void PackedStretch::Pack(const PackedLayout& layout, Packed422Ops::Pack pack, PackedRow& row,
+void PackedStretch::Pack(const PackedLayout& layout, Packed422Ops::Pack pack, uint8_t* row,
                          uint8_t* dstRow) const {
     pack(dstRow + static_cast<ptrdiff_t>(first_) * 2, Samples(row), evenCount_, layout);
 }
 
 void PackedStretch::BlendPack(const PackedLayout& layout, Packed422Ops::BlendPack blendPack,
-                              PackedRow& upper, PackedRow& lower, int32_t weight,
+                              uint8_t* upper, uint8_t* lower, int32_t weight,
                               uint8_t* dstRow) const {
     blendPack(dstRow + static_cast<ptrdiff_t>(first_) * 2, Samples(upper), Samples(lower), weight,
               evenCount_, layout);

@@ -31,16 +31,8 @@ struct ColumnPlan {
 
 // What the tables for so many destination bytes take: 40 for every eight, 64 at a time.
 constexpr int32_t PlanTableBytes(int32_t bytes) { return (bytes + 63) / 64 * 320; }
-
-// A plan with memory for columns of up to kBytes destination bytes.
-template <int32_t kBytes>
-struct SizedPlan : ColumnPlan {
-    SizedPlan() : ColumnPlan{} { tables = memory; }
-    SizedPlan(const SizedPlan&) = delete;
-    SizedPlan& operator=(const SizedPlan&) = delete;
-
-    alignas(64) uint8_t memory[PlanTableBytes(kBytes)];
-};
+// How many destination bytes there are tables for in so much memory.
+constexpr int32_t PlannedBytes(int32_t tableBytes) { return tableBytes / 320 * 64; }
 
 // The operations on one kind of pixel. A blend is made for each sample of a pixel, a byte or a
 // field of bits: a + (((b - a) * weight) >> 8). Bits that belong to no field come out as 0.

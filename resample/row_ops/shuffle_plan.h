@@ -53,58 +53,65 @@ ShuffleStep<V>* StepsOf(const ColumnPlan& plan) {
     return reinterpret_cast<ShuffleStep<V>*>(plan.tables);
 }
 
-// Where in the row a destination byte and what it is mixed with come from, and the weight of the
-// latter.
-struct ByteSource {
-    int32_t at;
-    int32_t next;
-    int32_t weight;
+// The destination bytes that are planned at once: whole steps, and whole pixels of all sizes.
+constexpr int32_t kPartBytes = 192;
+
+// Where in the row each destination byte and what it is mixed with come from, and the weight of the
+// latter. Bytes behind the last column repeat the last one.
+struct ByteSources {
+    int32_t at[kPartBytes];
+    int32_t next[kPartBytes];
+    uint8_t weights[kPartBytes];
+    int32_t count = 0;
+
+    void Add(int32_t from, int32_t mixedWith, uint8_t weight) {
+        at[count] = from;
+        next[count] = mixedWith;
+        weights[count] = weight;
+        ++count;
+    }
+    void FillUp(int32_t end) {
+        while (count < end) Add(at[count - 1], next[count - 1], weights[count - 1]);
+    }
 };
 
 // The bytes of pixels and of their right neighbours. A neighbour of weight 0 is not read.
 template <typename Pixel>
-struct PixelSources {
-    const ColumnRun& columns;
+struct PixelBytes {
+    static constexpr int32_t kColumnBytes = Pixel::kSize;
 
-    int32_t Count() const { return columns.count * Pixel::kSize; }
-    ByteSource Of(int32_t byte) const {
-        const int32_t column = byte / Pixel::kSize;
-        const int32_t weight = columns.weights ? columns.weights[column] : 0;
-        const int32_t at =
-            static_cast<int32_t>(columns.Pixel(column)) * Pixel::kSize + byte % Pixel::kSize;
-        return {at, weight == 0 ? at : at + Pixel::kSize, weight};
+    void AddTo(ByteSources& sources, const ColumnRun& columns) const {
+        for (int32_t column = 0; column < columns.count; ++column) {
+            const auto pixel = static_cast<int32_t>(columns.Pixel(column)) * Pixel::kSize;
+            const uint8_t weight = columns.weights ? columns.weights[column] : 0;
+            const int32_t reach = weight == 0 ? 0 : Pixel::kSize;
+            for (int32_t i = 0; i < Pixel::kSize; ++i) {
+                sources.Add(pixel + i, pixel + i + reach, weight);
+            }
+        }
     }
 };
 
 // Groups of two packed pixels: a chroma byte is made of those of both.
-struct PackedSources {
-    const ColumnRun& columns;
+struct PackedBytes {
+    static constexpr int32_t kColumnBytes = 2;
     const PackedLayout& layout;
 
-    int32_t Count() const { return (columns.count + 1) / 2 * 4; }
-    ByteSource Of(int32_t byte) const {
-        const int32_t column = byte / 4 * 2;
-        const int32_t i = byte % 4;
-        const auto even = static_cast<int32_t>(columns.Pixel(column));
-        const auto odd = static_cast<int32_t>(columns.Pixel(Min(column + 1, columns.count - 1)));
-        if (i % 2 == layout.luma) {
-            const int32_t luma = (i < 2 ? even : odd) * 2 + layout.luma;
-            return {luma, luma, 0};
+    void AddTo(ByteSources& sources, const ColumnRun& columns) const {
+        for (int32_t column = 0; column < columns.count; column += 2) {
+            const auto even = static_cast<int32_t>(columns.Pixel(column));
+            const auto odd =
+                static_cast<int32_t>(columns.Pixel(Min(column + 1, columns.count - 1)));
+            for (int32_t i = 0; i < 4; ++i) {
+                if (i % 2 == layout.luma) {
+                    const int32_t luma = (i < 2 ? even : odd) * 2 + layout.luma;
+                    sources.Add(luma, luma, 0);
+                } else {
+                    sources.Add(even / 2 * 4 + i, odd / 2 * 4 + i, 0);
+                }
+            }
         }
-        return {even / 2 * 4 + i, odd / 2 * 4 + i, 0};
     }
-};
-
-// The sources of one step's bytes. Bytes behind the last column repeat the last one.
-template <typename V>
-struct StepSources {
-    template <typename Sources>
-    StepSources(const Sources& sources, int32_t first) {
-        const int32_t last = sources.Count() - 1;
-        for (int32_t i = 0; i < kStepBytes<V>; ++i) bytes[i] = sources.Of(Min(first + i, last));
-    }
-
-    ByteSource bytes[kStepBytes<V>];
 };
 
 // The lowest and the highest source byte of some destination bytes.
@@ -112,11 +119,11 @@ struct SourceSpan {
     int32_t first;
     int32_t last;
 };
-inline SourceSpan SpanOf(const ByteSource* sources, int32_t count) {
-    SourceSpan span = {sources->at, 0};
-    for (int32_t i = 0; i < count; ++i) {
-        span.first = Min(span.first, sources[i].at);
-        span.last = Max(span.last, Max(sources[i].at, sources[i].next));
+inline SourceSpan SpanOf(const ByteSources& sources, int32_t byte, int32_t count) {
+    SourceSpan span = {sources.at[byte], 0};
+    for (int32_t i = byte; i < byte + count; ++i) {
+        span.first = Min(span.first, sources.at[i]);
+        span.last = Max(span.last, Max(sources.at[i], sources.next[i]));
     }
     return span;
 }
@@ -127,10 +134,11 @@ inline bool PlaceWindow(SourceSpan span, int32_t size, int32_t rowBytes, int32_t
     return *offset + size <= rowBytes && span.last < *offset + size;
 }
 
-// Places the window or the windows of a tile. The first tile of a register places a shared one.
+// Places the window or the windows of a tile, whose first byte is given. The first tile of a
+// register places a shared one.
 template <typename V>
-bool PlaceTile(ShuffleStep<V>& step, int32_t tile, const ByteSource* sources, int32_t window,
-               int32_t rowBytes) {
+bool PlaceTile(ShuffleStep<V>& step, int32_t tile, const ByteSources& sources, int32_t byte,
+               int32_t window, int32_t rowBytes) {
     const int32_t slot = SlotOf<V>(tile);
     step.high[slot] = 0;
     if (V::kSharesWindow) {
@@ -139,14 +147,14 @@ bool PlaceTile(ShuffleStep<V>& step, int32_t tile, const ByteSource* sources, in
             return true;
         }
         const int32_t size = window == OneWindow ? V::kParts * 16 : V::kParts * 32;
-        return PlaceWindow(SpanOf(sources, V::kParts * kTileBytes), size, rowBytes,
+        return PlaceWindow(SpanOf(sources, byte, V::kParts * kTileBytes), size, rowBytes,
                            &step.low[slot]);
     }
     if (window == OneWindow) {
-        return PlaceWindow(SpanOf(sources, 8), 16, rowBytes, &step.low[slot]);
+        return PlaceWindow(SpanOf(sources, byte, 8), 16, rowBytes, &step.low[slot]);
     }
-    return PlaceWindow(SpanOf(sources, 4), 8, rowBytes, &step.low[slot]) &&
-           PlaceWindow(SpanOf(sources + 4, 4), 8, rowBytes, &step.high[slot]);
+    return PlaceWindow(SpanOf(sources, byte, 4), 8, rowBytes, &step.low[slot]) &&
+           PlaceWindow(SpanOf(sources, byte + 4, 4), 8, rowBytes, &step.high[slot]);
 }
 
 // The place of a row's byte in what a tile loads.
@@ -159,16 +167,38 @@ uint8_t PlaceInTile(const ShuffleStep<V>& step, int32_t slot, int32_t window, in
 
 // Fills a step's tables. False if the columns are too far apart for these windows.
 template <typename V, typename Fill>
-bool PlanStep(ShuffleStep<V>& step, const StepSources<V>& sources, int32_t window, int32_t rowBytes,
-              Fill fill) {
+bool PlanStep(ShuffleStep<V>& step, const ByteSources& sources, int32_t first, int32_t window,
+              int32_t rowBytes, Fill fill) {
     for (int32_t tile = 0; tile < kTilesAStep<V>; ++tile) {
-        const ByteSource* bytes = sources.bytes + tile * kTileBytes;
-        if (!PlaceTile<V>(step, tile, bytes, window, rowBytes)) return false;
+        const int32_t byte = first + tile * kTileBytes;
+        if (!PlaceTile<V>(step, tile, sources, byte, window, rowBytes)) return false;
         const int32_t slot = SlotOf<V>(tile);
         for (int32_t i = 0; i < kTileBytes; ++i) {
             fill(step.shuffle[slot], step.weights[slot], i,
-                 PlaceInTile<V>(step, slot, window, i, bytes[i].at),
-                 PlaceInTile<V>(step, slot, window, i, bytes[i].next), bytes[i].weight);
+                 PlaceInTile<V>(step, slot, window, i, sources.at[byte + i]),
+                 PlaceInTile<V>(step, slot, window, i, sources.next[byte + i]),
+                 sources.weights[byte + i]);
+        }
+    }
+    return true;
+}
+
+// Does so for all columns, part by part.
+template <typename V, typename Bytes, typename Fill>
+bool PlanWindows(ColumnPlan& plan, const Bytes& bytes, int32_t window, int32_t rowBytes,
+                 Fill fill) {
+    static_assert(kPartBytes % kStepBytes<V> == 0);
+    constexpr int32_t kPartColumns = kPartBytes / Bytes::kColumnBytes;
+    const ColumnRun columns = plan.columns;
+    ShuffleStep<V>* step = StepsOf<V>(plan);
+    for (int32_t first = 0; first < columns.count; first += kPartColumns) {
+        ByteSources sources;
+        bytes.AddTo(sources,
+                    {columns.indices + first, columns.weights ? columns.weights + first : nullptr,
+                     columns.firstIndex, Min(kPartColumns, columns.count - first)});
+        sources.FillUp((sources.count + kStepBytes<V> - 1) / kStepBytes<V> * kStepBytes<V>);
+        for (int32_t i = 0; i < sources.count; i += kStepBytes<V>, ++step) {
+            if (!PlanStep<V>(*step, sources, i, window, rowBytes, fill)) return false;
         }
     }
     return true;
@@ -177,24 +207,22 @@ bool PlanStep(ShuffleStep<V>& step, const StepSources<V>& sources, int32_t windo
 // Gives all tiles one window each, or two each, or none where the columns are too far apart for a
 // shuffle. Fills each tile's tables by fill(shuffle, weights, i, place, next, weight), where
 // `place` and `next` are the places of the tile's i-th byte and of its neighbour in what it loads.
-template <typename V, typename Sources, typename Fill>
-void PlanTiles(ColumnPlan& plan, const Sources& sources, int32_t rowBytes, Fill fill) {
-    const auto planAll = [&](int32_t window) {
-        ShuffleStep<V>* step = StepsOf<V>(plan);
-        for (int32_t first = 0; first < sources.Count(); first += kStepBytes<V>, ++step) {
-            const StepSources<V> bytes(sources, first);
-            if (!PlanStep<V>(*step, bytes, window, rowBytes, fill)) return false;
-        }
-        return true;
-    };
-    plan.columns = sources.columns;
-    plan.window = planAll(OneWindow) ? OneWindow : planAll(TwoWindows) ? TwoWindows : NoWindow;
+template <typename V, typename Bytes, typename Fill>
+void PlanTiles(ColumnPlan& plan, const ColumnRun& columns, const Bytes& bytes, int32_t rowBytes,
+               Fill fill) {
+    plan.columns = columns;
+    plan.window = NoWindow;
+    for (int32_t window = OneWindow; window <= TwoWindows; ++window) {
+        if (!PlanWindows<V>(plan, bytes, window, rowBytes, fill)) continue;
+        plan.window = window;
+        return;
+    }
 }
 
 // For bytes: a shuffle to pairs of a byte and its right neighbour, and a pair of weights for each.
 template <typename V, typename Pixel>
 void PlanByteBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
-    PlanTiles<V>(plan, PixelSources<Pixel>{columns}, rowBytes,
+    PlanTiles<V>(plan, columns, PixelBytes<Pixel>{}, rowBytes,
                  [](uint8_t* shuffle, uint8_t* weights, int32_t i, uint8_t place, uint8_t next,
                     int32_t weight) {
                      shuffle[2 * i] = place;
@@ -214,7 +242,7 @@ inline void FillHalves(uint8_t* shuffle, uint8_t* /*weights*/, int32_t i, uint8_
 // For words: halves of four pixels each, and four weights times 16.
 template <typename V, typename Pixel>
 void PlanFieldBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
-    PlanTiles<V>(plan, PixelSources<Pixel>{columns}, rowBytes,
+    PlanTiles<V>(plan, columns, PixelBytes<Pixel>{}, rowBytes,
                  [](uint8_t* shuffle, uint8_t* weights, int32_t i, uint8_t place, uint8_t next,
                     int32_t weight) {
                      FillHalves(shuffle, weights, i, place, next, weight);
@@ -227,14 +255,14 @@ void PlanFieldBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes
 template <typename V, typename Pixel>
 void PlanTake(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
     const ColumnRun unweighted = {columns.indices, nullptr, columns.firstIndex, columns.count};
-    PlanTiles<V>(plan, PixelSources<Pixel>{unweighted}, rowBytes, FillHalves);
+    PlanTiles<V>(plan, unweighted, PixelBytes<Pixel>{}, rowBytes, FillHalves);
 }
 
 // For packed 4:2:2: halves that are averaged.
 template <typename V>
 void PlanPackedTake(ColumnPlan& plan, const ColumnRun& columns, const PackedLayout& layout,
                     int32_t rowBytes) {
-    PlanTiles<V>(plan, PackedSources{columns, layout}, rowBytes, FillHalves);
+    PlanTiles<V>(plan, columns, PackedBytes{layout}, rowBytes, FillHalves);
 }
 
 }  // namespace

@@ -4,10 +4,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 
 #include "resample/kernel_table.h"
 #include "tests/kernel_check/bench.h"
 #include "tests/kernel_check/walk.h"
+#include "tests/resample/support/held_memory.h"
 
 namespace {
 
@@ -15,11 +17,13 @@ using namespace tavo;
 using namespace tavo::check;
 
 constexpr char kUsage[] =
-    "Usage: kernel_check [--seed N] [--filter TEXT] [--list] [--quick] [--bench]\n"
+    "Usage: kernel_check [--seed N] [--filter TEXT] [--list] [--quick] [--small-memory]\n"
+    "                    [--bench]\n"
     "  --seed N       other data and other sizes where they are random; 1 unless given\n"
     "  --filter TEXT  only what --list shows with TEXT in its line\n"
     "  --list         show what would be checked\n"
     "  --quick        fewer sizes, for emulators\n"
+    "  --small-memory as if kernels on other threads held all shared work memory\n"
     "  --bench        measure instead of checking\n";
 
 enum class Action { Check, List, Bench };
@@ -27,6 +31,7 @@ enum class Action { Check, List, Bench };
 struct Options {
     WalkOptions walk{{false, 1}, ""};
     Action action = Action::Check;
+    bool smallMemory = false;
 };
 
 bool Parse(int argc, char** argv, Options& options) {
@@ -41,6 +46,8 @@ bool Parse(int argc, char** argv, Options& options) {
             options.walk.filter = argv[++i];
         } else if (std::strcmp(argument, "--quick") == 0) {
             options.walk.effort.quick = true;
+        } else if (std::strcmp(argument, "--small-memory") == 0) {
+            options.smallMemory = true;
         } else if (std::strcmp(argument, "--list") == 0) {
             options.action = Action::List;
         } else if (std::strcmp(argument, "--bench") == 0) {
@@ -92,6 +99,8 @@ int main(int argc, char** argv) {
         return 2;
     }
     FillKernelTable();
+    std::optional<test::HeldMemory> held;
+    if (options.smallMemory) held.emplace();
     switch (options.action) {
         case Action::List: return List(options.walk);
         case Action::Bench: return Bench(options.walk.filter);
