@@ -79,30 +79,48 @@ PackedStretch::PackedStretch(const PackedColumns& columns, int32_t first, Repeat
 
 int32_t PackedStretch::Pixel(int32_t i) const { return indices_[std::min(i, count_ - 1)]; }
 
-int32_t PackedStretch::Group(int32_t i) const {
-    return isSparse_ ? i * kSparseGroups : Pixel(i) / 2 - firstGroup_;
+void PackedStretch::RepeatLast(const Columns& planned) const {
+    if (count_ == evenCount_) return;
+    planned.indices[count_] = planned.indices[count_ - 1];
+    planned.weights[count_] = planned.weights[count_ - 1];
 }
 
-// The last pixel of the source is its own neighbour.
+// The last pixel of the source is its own neighbour. What does not change is copied first: the
+// compiler has to expect that stores of bytes change members.
 void PackedStretch::PlanLuma(const uint8_t* weights) {
     const Columns planned = ColumnsAt(memory_.rows[0]);
-    for (int32_t i = 0; i < evenCount_; ++i) {
-        const int32_t pixel = Pixel(i);
-        planned.indices[i] = Group(i) * 2 + pixel % 2;
-        planned.weights[i] = pixel == lastPixel_ ? 0 : weights[std::min(i, count_ - 1)];
+    const int32_t lastPixel = lastPixel_;
+    const int32_t count = count_;
+    const int32_t* const indices = indices_;
+    for (int32_t i = 0; i < count; ++i) {
+        planned.weights[i] = indices[i] == lastPixel ? 0 : weights[i];
     }
+    const int32_t firstPixel = firstGroup_ * 2;
+    const bool isSparse = isSparse_;
+    for (int32_t i = 0; i < count; ++i) {
+        planned.indices[i] =
+            isSparse ? i * kSparseGroups * 2 + indices[i] % 2 : indices[i] - firstPixel;
+    }
+    RepeatLast(planned);
     PlanColumns(lumaPlan_, memory_.maxSourcePixels + PackedMemory::kSlack);
 }
 
 // The chroma of a group is that of its even pixel; an odd one lies on the way to the next group.
 void PackedStretch::PlanChroma(const uint8_t* weights, RepeatedChroma repeated) {
     const Columns planned = ColumnsAt(memory_.rows[0]);
-    for (int32_t i = 0; i < evenCount_; ++i) {
-        const int32_t pixel = Pixel(i);
-        const bool isBetween = pixel % 2 != 0 && pixel != lastPixel_;
-        planned.indices[i] = Group(i);
-        planned.weights[i] = isBetween ? weights[std::min(i, count_ - 1)] : uint8_t{0};
+    const int32_t lastPixel = lastPixel_;
+    const int32_t count = count_;
+    const int32_t* const indices = indices_;
+    for (int32_t i = 0; i < count; ++i) {
+        const bool isBetween = indices[i] % 2 != 0 && indices[i] != lastPixel;
+        planned.weights[i] = isBetween ? weights[i] : uint8_t{0};
     }
+    const int32_t firstGroup = firstGroup_;
+    const bool isSparse = isSparse_;
+    for (int32_t i = 0; i < count; ++i) {
+        planned.indices[i] = isSparse ? i * kSparseGroups : indices[i] / 2 - firstGroup;
+    }
+    RepeatLast(planned);
     for (int32_t i = 0; repeated.period > 0 && i + repeated.column < evenCount_;
          i += repeated.period) {
         planned.indices[i + repeated.column] = planned.indices[i + repeated.from];

@@ -86,8 +86,6 @@ class PackedStretch {
     void Unpack(const PackedLayout& layout, const uint8_t* srcRow) const;
     // The source pixel of a column, the repeated one included.
     int32_t Pixel(int32_t i) const;
-    // Where a column lies in the planes.
-    int32_t Group(int32_t i) const;
     void PlanLuma(const uint8_t* weights);
     void PlanChroma(const uint8_t* weights, RepeatedChroma repeated);
 
@@ -97,6 +95,7 @@ class PackedStretch {
         uint8_t* weights;
     };
     Columns ColumnsAt(uint8_t* memory) const;
+    void RepeatLast(const Columns& planned) const;
     void PlanColumns(ColumnPlan& plan, int32_t rowBytes);
 
     const PackedMemory& memory_;
