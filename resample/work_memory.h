@@ -16,7 +16,7 @@ class WorkMemory {
     static constexpr int32_t kSharedPieces = 8;
     static constexpr int32_t kSharedBytes = 40 * 1024;
     // Leaves enough for calls: a kernel uses 16 KB of stack at the most.
-    static constexpr int32_t kOwnBytes = 10 * 1024;
+    static constexpr int32_t kOwnBytes = 9728;
 
     WorkMemory();
     ~WorkMemory();

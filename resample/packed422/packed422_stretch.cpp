@@ -30,7 +30,8 @@ struct PackedSizes {
     }
 };
 constexpr PackedSizes kSharedSizes = {1920, 4096};
-constexpr PackedSizes kOwnSizes = {480, 960};
+// All of a fixed ratio.
+constexpr PackedSizes kOwnSizes = {480, 736};
 static_assert(kSharedSizes.Bytes() <= WorkMemory::kSharedBytes);
 static_assert(kOwnSizes.Bytes() <= WorkMemory::kOwnBytes);
 
