@@ -30,7 +30,7 @@ struct PackedSizes {
     }
 };
 constexpr PackedSizes kSharedSizes = {1920, 4096};
-// All of a fixed ratio.
+// All columns of a fixed ratio at once: 720 pixels become 480.
 constexpr PackedSizes kOwnSizes = {480, 736};
 static_assert(kSharedSizes.Bytes() <= WorkMemory::kSharedBytes);
 static_assert(kOwnSizes.Bytes() <= WorkMemory::kOwnBytes);

@@ -38,10 +38,10 @@ constexpr int32_t SlotOf(int32_t tile) {
 // The tables of one step. Indexed by slot.
 template <typename V>
 struct ShuffleStep {
-    uint8_t shuffle[kTilesAStep<V>][16];
-    uint8_t weights[kTilesAStep<V>][16];
     int32_t low[kTilesAStep<V>];   // offset of the window, or of its first half
     int32_t high[kTilesAStep<V>];  // offset of its second half, when there are two
+    uint8_t shuffle[kTilesAStep<V>][16];
+    uint8_t weights[kTilesAStep<V>][16];
     static_assert(64 % kStepBytes<V> == 0);
 };
 
