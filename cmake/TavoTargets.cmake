@@ -48,7 +48,7 @@ function(tavo_library name)
 endfunction()
 
 # tavo_module_library(NAME SOURCES...): the same for code that the module consists of. It runs inside
-# other programs, without the C++ runtime: see filter/module_runtime.cpp.
+# other programs, without the C++ runtime: see module/module_runtime.cpp.
 function(tavo_module_library name)
     tavo_library(${name} ${ARGN})
     if(NOT MSVC)

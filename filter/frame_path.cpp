@@ -1,13 +1,25 @@
-// One frame: from an input sample to an output sample.
+// The way of a frame, from the source's sample to the sink's.
+//
+//   1. CTransformInputPin::Receive    the base: stopped or flushing? It reads the sample's
+//                                     properties and has the pin test a type that it carries.
+//   2. CVantrelFilter::Receive        (streaming.cpp) follows that type, and with the regulator on
+//                                     settles the slots: the next hops run once for each.
+//   3. CTransformFilter::Receive      the base: takes a buffer of the sink's allocator and copies
+//                                     the sample's properties to it.
+//   4. CVantrelFilter::Transform      follows a type that the sink put on the buffer, scales or
+//                                     repeats, and stamps what it knows better.
+//   5. IMemInputPin::Receive          of the sink.
 
-#include "filter/video_regulator.h"
+#include "filter/vantrel_filter.h"
 
 #include <algorithm>
 #include <cstring>
 
 #include "filter/vantrel_pins.h"
 
+using tavo::FrameBranch;
 using tavo::FrameSpan;
+using tavo::TimeWindow;
 
 namespace {
 
@@ -26,6 +38,14 @@ class SampleType {
   private:
     AM_MEDIA_TYPE* type_ = nullptr;
 };
+
+// S_OK with a copy of a type that is not the present one; S_FALSE when there is none to follow.
+HRESULT CopyNewType(const AM_MEDIA_TYPE* carried, const CMediaType& present, CMediaType* copy) {
+    if (!carried) return S_FALSE;
+    const HRESULT copied = copy->Set(*carried);
+    if (FAILED(copied)) return copied;
+    return *copy == present ? S_FALSE : S_OK;
+}
 
 HRESULT SpanOf(IMediaSample* sample, FrameSpan* span) {
     const HRESULT result = sample->GetPointer(&span->data);
@@ -60,8 +80,7 @@ HRESULT CVantrelFilter::Transform(IMediaSample* input, IMediaSample* output) {
     const DWORD began = timeGetTime();
     const HRESULT result = ProcessFrame(input, output);
     const DWORD ended = timeGetTime();
-    lastTime_ = ended;
-    processingTime_ += ended - began;
+    statistics_.AddWork(began, ended);
     return result;
 }
 
@@ -76,7 +95,7 @@ HRESULT CVantrelFilter::ProcessFrame(IMediaSample* input, IMediaSample* output) 
     if (SUCCEEDED(result)) result = SpanOf(output, &to);
     if (FAILED(result)) return result;
 
-    const bool regulated = regulator_.isRegulating && conversion_->WorkBuffer().data;
+    const bool regulated = regulator_.IsInSlot() && conversion_->WorkBuffer().data;
     result = regulated ? ProcessRegulatedFrame(to, from) : ScaleFrame(to, from);
     if (FAILED(result)) return result;
     output->SetActualDataLength(
@@ -87,61 +106,51 @@ HRESULT CVantrelFilter::ProcessFrame(IMediaSample* input, IMediaSample* output) 
 }
 
 // A type on a sample counts from its frame on. Only this thread replaces the pins' types while
-// frames flow, so it may read them without a lock. The pin's test has passed the type already.
-HRESULT CVantrelFilter::FollowInputSampleType(IMediaSample* sample) {
-    const SampleType carried(sample);
-    if (!carried.Get()) return S_OK;
-    HRESULT result = S_OK;
-    const CMediaType type(*carried.Get(), &result);
-    if (FAILED(result)) return result;
-    if (type == m_pInput->CurrentMediaType()) return S_OK;
-    if (CheckInputType(&type) != S_OK) return E_FAIL;
+// frames flow, so it may read them without a lock. The pin has tested the type already.
+HRESULT CVantrelFilter::FollowInputSampleType() {
+    const AM_SAMPLE2_PROPERTIES& sample = *m_pInput->SampleProps();
+    const bool isCarried = (sample.dwSampleFlags & AM_SAMPLE_TYPECHANGED) != 0;
+    CMediaType type;
+    const HRESULT changed =
+        CopyNewType(isCarried ? sample.pMediaType : nullptr, m_pInput->CurrentMediaType(), &type);
+    if (changed != S_OK) return FAILED(changed) ? changed : S_OK;
     return m_pInput->SetMediaType(&type);
 }
 
 // A sink may ask for another type through the buffers that it hands out; nobody has tested it yet.
 HRESULT CVantrelFilter::FollowOutputSampleType(IMediaSample* sample) {
     const SampleType carried(sample);
-    if (!carried.Get()) return S_OK;
-    HRESULT result = S_OK;
-    CMediaType type(*carried.Get(), &result);
-    if (FAILED(result)) return result;
-    if (type == m_pOutput->CurrentMediaType()) return S_OK;
+    CMediaType type;
+    const HRESULT changed = CopyNewType(carried.Get(), m_pOutput->CurrentMediaType(), &type);
+    if (changed != S_OK) return FAILED(changed) ? changed : S_OK;
     if (CheckTransform(&m_pInput->CurrentMediaType(), &type) != S_OK) return E_FAIL;
-    result = SetOutputType(type);
+    const HRESULT result = SetOutputType(type);
     if (SUCCEEDED(result)) static_cast<CVantrelOutputPin*>(m_pOutput)->KeepType(type);
     return result;
 }
 
 HRESULT CVantrelFilter::ScaleFrame(FrameSpan output, FrameSpan input) {
-    const HRESULT result = conversion_->Scale(output, input, scaleMethod_);
-    if (SUCCEEDED(result)) ++processedFrames_;
-    return result;
+    if (!conversion_->Scale(output, input, scaleMethod_)) return E_FAIL;
+    statistics_.CountProcessedFrame();
+    return S_OK;
 }
 
 HRESULT CVantrelFilter::ProcessRegulatedFrame(FrameSpan output, FrameSpan input) {
     const FrameSpan kept = conversion_->WorkBuffer();
-    if (!regulator_.bufferEmpty && output.size < conversion_->OutputPictureBytes()) return E_FAIL;
-
-    if (regulator_.repeatFrame) {
-        if (!regulator_.bufferEmpty) {
-            CopyFrame(output, kept);
-            return S_OK;
-        }
-        const HRESULT scaled = ScaleFrame(output, input);
-        if (FAILED(scaled)) return scaled;
-        CopyFrame(kept, output);
-        regulator_.MarkFrameKept();
-        return S_OK;
+    const FrameBranch branch = regulator_.Branch();
+    const bool sendsKept = branch == FrameBranch::Repeat || branch == FrameBranch::OneBehind;
+    if (sendsKept) {
+        if (output.size < conversion_->OutputPictureBytes()) return E_FAIL;
+        CopyFrame(output, kept);
     }
+    if (branch == FrameBranch::Repeat) return S_OK;
 
-    // The output runs one frame behind the input, so the first one delivers nothing.
-    const bool hasKeptFrame = !regulator_.bufferEmpty;
-    if (hasKeptFrame) CopyFrame(output, kept);
-    const HRESULT scaled = ScaleFrame(kept, input);
+    const bool scalesToOutput = branch == FrameBranch::ScaleAndKeep;
+    const HRESULT scaled = ScaleFrame(scalesToOutput ? output : kept, input);
     if (FAILED(scaled)) return scaled;
-    regulator_.MarkFrameKept();
-    return hasKeptFrame ? S_OK : S_FALSE;
+    if (scalesToOutput) CopyFrame(kept, output);
+    regulator_.MarkPictureKept();
+    return branch == FrameBranch::KeepOnly ? S_FALSE : S_OK;
 }
 
 HRESULT CVantrelFilter::StampPlainSample(IMediaSample* input, IMediaSample* output) {
@@ -166,16 +175,19 @@ HRESULT CVantrelFilter::StampPlainSample(IMediaSample* input, IMediaSample* outp
 }
 
 HRESULT CVantrelFilter::StampRegulatedSample(IMediaSample* input, IMediaSample* output) {
-    output->SetTime(&regulator_.outputStart, &regulator_.outputStop);
+    TimeWindow slot = regulator_.Slot();
+    output->SetTime(&slot.start, &slot.end);
     LONGLONG start = 0;
     LONGLONG stop = 0;
     if (input->GetMediaTime(&start, &stop) == S_OK) {
-        start = generatedFrames_.load();
+        start = statistics_.GeneratedFrames();
         stop = start + 1;
         output->SetMediaTime(&start, &stop);
     }
-    output->SetSyncPoint(regulator_.syncPoint);
-    output->SetPreroll(regulator_.preroll);
-    output->SetDiscontinuity(regulator_.discontinuity);
+    // Deliberate: every regulated frame is a sync point without preroll or discontinuity, whatever
+    // the input says.
+    output->SetSyncPoint(TRUE);
+    output->SetPreroll(FALSE);
+    output->SetDiscontinuity(FALSE);
     return S_OK;
 }

@@ -1,102 +1,45 @@
 // Which media types the filter takes, and the one that it offers.
 
-#include "filter/video_regulator.h"
+#include "filter/vantrel_filter.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <utility>
 
-using tavo::FindPictureFormat;
-using tavo::FormatGroup;
-using tavo::LocateVideoHeader;
+#include "filter/type_swap.h"
+#include "filter/type_test.h"
+#include "filter/video_type.h"
+
 using tavo::Picture;
-using tavo::ReadPicture;
-using tavo::VideoHeader;
-
-namespace {
-
-bool IsVideoInfo(const CMediaType& type) { return *type.FormatType() == FORMAT_VideoInfo; }
-bool IsVideoInfo2(const CMediaType& type) { return *type.FormatType() == FORMAT_VideoInfo2; }
-
-bool PassesVideoType(const CMediaType& type, int videoType) {
-    switch (videoType) {
-        case VantrelTypeAuto: {
-            if (IsVideoInfo(type)) return true;
-            const tavo::PictureFormat* format = FindPictureFormat(*type.Subtype());
-            return IsVideoInfo2(type) && !(format && format->group == FormatGroup::Rgb);
-        }
-        case VantrelTypeMpeg1: return IsVideoInfo(type);
-        case VantrelTypeMpeg2: return IsVideoInfo2(type);
-        default: return true;  // Deliberate: an unknown code lifts the restriction.
-    }
-}
-
-bool PassesPixelFormat(const CMediaType& type, int pixelFormat) {
-    if (pixelFormat == VantrelFormatAuto) return FindPictureFormat(*type.Subtype()) != nullptr;
-    const GUID* wanted = tavo::SubtypeOfSetting(pixelFormat);
-    return !wanted || *wanted == *type.Subtype();  // Deliberate: likewise for an unknown code.
-}
-
-// A format block that claims to be a video header must be one; a picture that the filter would have
-// to scale must have a size and buffers that can hold it.
-bool IsSound(const CMediaType& type, bool (*isUsable)(const Picture&)) {
-    const bool claimsHeader = IsVideoInfo(type) || IsVideoInfo2(type);
-    if (claimsHeader && !LocateVideoHeader(type)) return false;
-    const Picture picture = ReadPicture(type);
-    return !claimsHeader || !picture.format || isUsable(picture);
-}
-
-// Without a copy, which could fail.
-void SwapTypes(CMediaType& a, CMediaType& b) {
-    std::swap(static_cast<AM_MEDIA_TYPE&>(a), static_cast<AM_MEDIA_TYPE&>(b));
-}
-
-// Makes an RGB565 type one of BI_BITFIELDS. The colour masks that this announces are written unless
-// the type has some already.
-HRESULT AnnounceRgb565Masks(CMediaType* type) {
-    BITMAPINFOHEADER* const bitmap = LocateVideoHeader(*type).bitmap;
-    constexpr DWORD kMasks[3] = {0xf800, 0x07e0, 0x001f};
-    const auto masksAt = static_cast<ULONG>(reinterpret_cast<BYTE*>(bitmap) - type->Format() +
-                                            sizeof(BITMAPINFOHEADER));
-    const bool hasRoom = type->FormatLength() >= masksAt + sizeof(kMasks);
-    if (hasRoom && bitmap->biCompression == BI_BITFIELDS) return S_OK;
-    bitmap->biCompression = BI_BITFIELDS;
-    BYTE* const block =
-        hasRoom ? type->Format() : type->ReallocFormatBuffer(masksAt + sizeof(kMasks));
-    if (!block) return E_OUTOFMEMORY;
-    std::memcpy(block + masksAt, kMasks, sizeof(kMasks));
-    return S_OK;
-}
-
-}  // namespace
 
 bool CVantrelFilter::PassesTypeTest(const CMediaType& type) const {
-    return *type.Type() == MEDIATYPE_Video && PassesVideoType(type, videoType_) &&
-           PassesPixelFormat(type, outputFormat_);
+    return PassesSettings(type, videoType_, outputFormat_);
 }
 
 HRESULT CVantrelFilter::CheckInputType(const CMediaType* type) {
     CheckPointer(type, E_POINTER);
-    const bool accepted = PassesTypeTest(*type) && IsSound(*type, tavo::IsUsablePicture);
+    const bool accepted = PassesTypeTest(*type) && IsWellFormed(*type, tavo::IsUsablePicture);
     return accepted ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
 }
 
 HRESULT CVantrelFilter::CheckTransform(const CMediaType* input, const CMediaType* output) {
     CheckPointer(input, E_POINTER);
     CheckPointer(output, E_POINTER);
-    const bool accepted = PassesTypeTest(*output) && IsSound(*output, tavo::IsUsableOutput) &&
+    const bool accepted = PassesTypeTest(*output) && IsWellFormed(*output, tavo::IsUsableOutput) &&
                           *input->Subtype() == *output->Subtype();
     return accepted ? S_OK : E_INVALIDARG;
 }
 
+// Deliberate: to offer a type settles the output size, where it is still that of the source.
 HRESULT CVantrelFilter::GetMediaType(int position, CMediaType* type) {
     CheckPointer(type, E_POINTER);
     if (!m_pInput || !m_pInput->IsConnected()) return E_UNEXPECTED;
     if (position != 0) return VFW_S_NO_MORE_ITEMS;
     const HRESULT copied = CopyInputType(type);
-    return FAILED(copied) ? copied : BuildOutputType(type);
+    return FAILED(copied) ? copied : BuildOffer(type);
 }
 
+// Deliberate: one buffer of the frame's size is asked for, whatever the sink wishes, and what the
+// allocator grants is not looked at. The frame path tests every buffer that it gets.
 HRESULT CVantrelFilter::DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* wishes) {
     CheckPointer(allocator, E_POINTER);
     CheckPointer(wishes, E_POINTER);
@@ -124,57 +67,29 @@ HRESULT CVantrelFilter::SetMediaType(PIN_DIRECTION direction, const CMediaType* 
     } else {
         result = SetOutputType(*type);
         if (SUCCEEDED(result)) {
-            ResetFrameCounts();
+            statistics_.ResetCounts();
             // Not when a sample's buffer brings the type: the stream goes on then.
             CAutoLock streamingLock(&m_csReceive);
-            regulator_.nextSlotEnd = 0;
+            regulator_.RestartSlots();
         }
     }
     return FAILED(result) ? result : CTransformFilter::SetMediaType(direction, type);
 }
 
-// Turns a copy of the input type into the output type of the present settings.
-HRESULT CVantrelFilter::BuildOutputType(CMediaType* type) {
-    const VideoHeader header = LocateVideoHeader(*type);
-    if (!header) return E_INVALIDARG;
-
-    Picture source;
-    int32_t bitsPerPixel = 0;
+// Turns a copy of the input type into the output type of the present settings. The duration is
+// asked for once: the rate may be switched off at any moment.
+HRESULT CVantrelFilter::BuildOffer(CMediaType* type) {
+    const OutputSize asked = outputSize_.load();
+    OutputWishes wishes = {{}, 0, asked, frameDuration_.load()};
     {
         CAutoLock lock(&settingsLock_);
-        source = source_;
-        bitsPerPixel = bitsPerPixel_;
+        wishes.source = source_;
+        wishes.bitsPerPixel = bitsPerPixel_;
     }
-    const OutputSize asked = outputSize_.load();
-    Picture output{FindPictureFormat(*type->Subtype()), asked.width ? asked.width : source.width,
-                   asked.height ? asked.height : source.height, bitsPerPixel};
-
-    *header.source = *header.target = RECT{0, 0, output.width, output.height};
-    WriteFrameDuration(header);
-    if (!output.format) return S_OK;
-
-    if (!IsUsablePicture(output)) return E_INVALIDARG;
-    // Deliberate: the rows are those of the width before it is rounded.
-    const int64_t stride = RowStride(output.format->group, output.width, output.bitsPerPixel);
-    if (output.format->group == FormatGroup::Packed422) output.width += output.width & 1;
-    if (!tavo::IsUsableOutput(output)) return E_INVALIDARG;
-    header.bitmap->biBitCount = static_cast<WORD>(output.bitsPerPixel);
-    header.bitmap->biWidth = output.width;
-    header.bitmap->biHeight = output.height;
-    header.bitmap->biSizeImage = static_cast<DWORD>(stride * std::abs(output.height));
-    type->SetSampleSize(header.bitmap->biSizeImage);
-    StoreNegotiatedSize(asked, {output.width, std::abs(output.height)});
-    if (output.format->writtenCompression == BI_BITFIELDS) return AnnounceRgb565Masks(type);
-    if (output.format->writtenCompression) {
-        header.bitmap->biCompression = output.format->writtenCompression;
-    }
-    return S_OK;
-}
-
-// Asked once: the rate may be switched off at any moment.
-void CVantrelFilter::WriteFrameDuration(const VideoHeader& header) const {
-    const REFERENCE_TIME duration = frameDuration_.load();
-    if (duration > 0) *header.averageTimePerFrame = duration;
+    OutputSize negotiated = asked;
+    const HRESULT built = BuildOutputType(wishes, type, &negotiated);
+    if (SUCCEEDED(built)) StoreNegotiatedSize(asked, negotiated);
+    return built;
 }
 
 // A size that somebody set in the meantime stays.
@@ -190,7 +105,7 @@ void CVantrelFilter::TakeSizeWhereUnset(const Picture& source) {
 
 // Everything that can fail comes first: a type that cannot be followed leaves all as it was.
 HRESULT CVantrelFilter::SetInputType(const CMediaType& type) {
-    const Picture picture = tavo::ReadSourcePicture(type);
+    const Picture picture = ReadSourcePicture(type);
     HRESULT result = S_OK;
     CMediaType kept(type, &result);
     if (FAILED(result)) return result;
@@ -217,8 +132,8 @@ HRESULT CVantrelFilter::SetInputType(const CMediaType& type) {
         if (picture.format) bitsPerPixel_ = picture.bitsPerPixel;
     }
     if (picture.format) TakeSizeWhereUnset(picture);
-    isSourceLayoutOpen_ = tavo::LeavesLayoutOpen(type);
-    if (conversion) ReplaceConversion(std::move(conversion), KeptFrame::Keep);
+    isSourceLayoutOpen_ = LeavesLayoutOpen(type);
+    if (conversion) ReplaceConversion(std::move(conversion), KeptPicture::Keep);
     return S_OK;
 }
 
@@ -235,7 +150,7 @@ HRESULT CVantrelFilter::SettleSourceLayout(IMediaSample* sample) {
             CAutoLock lock(&settingsLock_);
             source_.layout = source.layout;
         }
-        ReplaceConversion(std::move(conversion), KeptFrame::Keep);
+        ReplaceConversion(std::move(conversion), KeptPicture::Keep);
     }
     isSourceLayoutOpen_ = false;
     return S_OK;
@@ -247,7 +162,7 @@ HRESULT CVantrelFilter::SetOutputType(const CMediaType& type) {
     HRESULT result = S_OK;
     CMediaType kept(type, &result);
     if (FAILED(result)) return result;
-    if (const VideoHeader header = LocateVideoHeader(kept)) WriteFrameDuration(header);
+    WriteFrameDuration(kept, frameDuration_.load());
 
     CAutoLock streamingLock(&m_csReceive);
     Picture source;
@@ -266,7 +181,7 @@ HRESULT CVantrelFilter::SetOutputType(const CMediaType& type) {
         if (output.format) bitsPerPixel_ = output.bitsPerPixel;
     }
     if (output.format) outputSize_.store({output.width, std::abs(output.height)});
-    ReplaceConversion(std::move(conversion), KeptFrame::Forget);
+    ReplaceConversion(std::move(conversion), KeptPicture::Forget);
     return S_OK;
 }
 
@@ -281,10 +196,9 @@ HRESULT CVantrelFilter::BuildConversion(const Picture& source, const Picture& ou
 }
 
 // Under the streaming lock: never while a frame is in progress.
-void CVantrelFilter::ReplaceConversion(std::unique_ptr<tavo::Conversion> built,
-                                       KeptFrame keptFrame) {
-    if (keptFrame == KeptFrame::Forget || !conversion_) {
-        regulator_.ForgetKeptFrame();
+void CVantrelFilter::ReplaceConversion(std::unique_ptr<tavo::Conversion> built, KeptPicture kept) {
+    if (kept == KeptPicture::Forget || !conversion_) {
+        regulator_.ForgetKeptPicture();
     } else {
         built->TakeWorkBuffer(*conversion_);
     }
@@ -294,7 +208,7 @@ void CVantrelFilter::ReplaceConversion(std::unique_ptr<tavo::Conversion> built,
 int STDMETHODCALLTYPE CVantrelFilter::ApplySettings() {
     CMediaType type;
     if (FAILED(CopyInputType(&type))) return E_INVALIDARG;
-    if (CheckInputType(&type) != S_OK || FAILED(BuildOutputType(&type))) return E_INVALIDARG;
+    if (CheckInputType(&type) != S_OK || FAILED(BuildOffer(&type))) return E_INVALIDARG;
 
     // The graph and the peer have locks of their own: neither is called under the filter lock.
     IPin* peer = nullptr;

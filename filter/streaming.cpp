@@ -1,20 +1,12 @@
 // Start, stop and flush of the stream, and the pacing of the time regulator.
 
-#include "filter/video_regulator.h"
+#include "filter/vantrel_filter.h"
 
-#include <algorithm>
-#include <limits>
-#include <new>
+using tavo::TimeWindow;
 
 namespace {
 
 constexpr UINT kTimerPeriodMilliseconds = 1;
-
-// Of two times from a clock that may tell anything: wraps where the true difference has no place.
-REFERENCE_TIME Difference(REFERENCE_TIME later, REFERENCE_TIME earlier) {
-    return static_cast<REFERENCE_TIME>(static_cast<uint64_t>(later) -
-                                       static_cast<uint64_t>(earlier));
-}
 
 }  // namespace
 
@@ -23,27 +15,25 @@ HRESULT CVantrelFilter::StartStreaming() {
     if (!isTimerPeriodRaised_) {
         isTimerPeriodRaised_ = timeBeginPeriod(kTimerPeriodMilliseconds) == TIMERR_NOERROR;
     }
-    ResetFrameCounts();
-    startTime_ = lastTime_ = timeGetTime();
+    statistics_.BeginStream(timeGetTime());
     isResetPending_ = false;
-    regulator_ = RegulatorState();
-    ForgetStreamBaseTime();
+    regulator_.Restart();
+    streamClock_.ForgetStream();
     if (stopEvent_) ResetEvent(stopEvent_);
 
     const HRESULT started = CTransformFilter::StartStreaming();
     if (FAILED(started)) return started;
-    if (IsRegulatorOn()) ReadStreamBaseTime();
+    if (IsRegulatorOn()) streamClock_.BeginStream();
     return started;
 }
 
 HRESULT CVantrelFilter::StopStreaming() {
     LowerTimerPeriod();
-    ResetFrameCounts();
-    startTime_ = lastTime_ = 0;
-    ForgetStreamBaseTime();
-    ReleaseOwnClock();
+    statistics_.EndStream();
+    streamClock_.ForgetStream();
+    streamClock_.ReleaseOwnClock();
     const HRESULT stopped = CTransformFilter::StopStreaming();
-    regulator_.bufferEmpty = true;
+    regulator_.Stop();
     return stopped;
 }
 
@@ -54,11 +44,11 @@ HRESULT CVantrelFilter::StopStreaming() {
 HRESULT CVantrelFilter::BeginFlush() {
     const HRESULT begun = CTransformFilter::BeginFlush();
     if (FAILED(begun)) return begun;
-    generatedFrames_.store(0);
+    statistics_.ResetGeneratedFrames();
     if (IsRegulatorOn() && !IsStopped()) {
-        ReadStreamBaseTime();
+        streamClock_.BeginStream();
     } else {
-        ForgetStreamBaseTime();
+        streamClock_.ForgetStream();
     }
     isResetPending_ = true;
     return begun;
@@ -77,14 +67,14 @@ bool CVantrelFilter::SampleIsAbandoned() const {
 HRESULT CVantrelFilter::Receive(IMediaSample* sample) {
     CheckPointer(sample, E_POINTER);
     if (isResetPending_.exchange(false)) {
-        regulator_ = RegulatorState();
-        generatedFrames_.store(0);
+        regulator_.Restart();
+        statistics_.ResetGeneratedFrames();
     }
     if (m_pInput->SampleProps()->dwStreamId != AM_STREAM_MEDIA) {
         return CTransformFilter::Receive(sample);
     }
     // Also for a sample that is dropped: the ones after it do not carry the type again.
-    HRESULT followed = FollowInputSampleType(sample);
+    HRESULT followed = FollowInputSampleType();
     if (SUCCEEDED(followed)) followed = SettleSourceLayout(sample);
     if (FAILED(followed)) return followed;
     const REFERENCE_TIME duration = frameDuration_.load();
@@ -92,145 +82,53 @@ HRESULT CVantrelFilter::Receive(IMediaSample* sample) {
     if (duration > 0 && hasWorkBuffer) return ReceiveRegulated(sample, duration);
 
     const HRESULT result = CTransformFilter::Receive(sample);
-    generatedFrames_.Increment();
+    statistics_.CountGeneratedFrame();
     return result;
 }
 
 HRESULT CVantrelFilter::ReceiveRegulated(IMediaSample* sample, REFERENCE_TIME duration) {
+    // Deliberate: all three are asked and only the last answer counts, as the result for a sample
+    // that is dropped: S_OK for a discontinuity and S_FALSE for any other.
     sample->IsSyncPoint();
     sample->IsPreroll();
     const HRESULT droppedResult = sample->IsDiscontinuity();
-    // Deliberate: every regulated frame is a sync point without preroll or discontinuity, whatever
-    // the input says.
-    regulator_.syncPoint = TRUE;
-    regulator_.preroll = FALSE;
-    regulator_.discontinuity = FALSE;
-
-    const SampleWindow window = WindowOf(sample, duration);
-    if (regulator_.nextSlotEnd >= window.end) return droppedResult;
-    regulator_.isRegulating = true;
-    const HRESULT result = DeliverSlots(sample, window, duration);
-    regulator_.isRegulating = false;
-    return result;
+    const TimeWindow window = WindowOf(sample, duration);
+    return regulator_.HasSlotIn(window) ? DeliverSlots(sample, window, duration) : droppedResult;
 }
 
 // One frame for every slot that ends inside the sample, whatever becomes of the frame; the last
 // one's result counts. A rate that changes meanwhile is that of the next slot; 0 ends the slots.
-HRESULT CVantrelFilter::DeliverSlots(IMediaSample* sample, SampleWindow window,
+HRESULT CVantrelFilter::DeliverSlots(IMediaSample* sample, TimeWindow window,
                                      REFERENCE_TIME duration) {
     HRESULT result = S_FALSE;
-    while (regulator_.nextSlotEnd < window.end && !SampleIsAbandoned()) {
-        regulator_.BeginSlot(window.start, duration);
+    while (duration > 0 && regulator_.HasSlotIn(window) && !SampleIsAbandoned()) {
+        regulator_.BeginSlot(window, duration);
         result = CTransformFilter::Receive(sample);
-        generatedFrames_.Increment();
+        statistics_.CountGeneratedFrame();
         const REFERENCE_TIME nextDuration = frameDuration_.load();
         regulator_.EndSlot(nextDuration > 0 ? nextDuration : duration);
-        if (nextDuration <= 0) break;
         duration = nextDuration;
     }
     return result;
 }
 
-// The sample's picture is used in the slot in which the sample starts, and in the first slot of
-// all; the others repeat the kept frame. Where none could be kept, the sample's has to do.
-void CVantrelFilter::RegulatorState::BeginSlot(REFERENCE_TIME sampleStart,
-                                               REFERENCE_TIME duration) {
-    outputStart = nextSlotEnd - duration;
-    if (outputStart < 0) {
-        nextSlotEnd = duration;
-        outputStart = 0;
-    }
-    outputStop = nextSlotEnd;
-    const bool startsHere = outputStop >= sampleStart && outputStart < sampleStart;
-    const bool isFirstSlot = outputStop == duration;
-    repeatFrame = true;
-    bufferEmpty = startsHere || isFirstSlot || !hasKeptFrame;
-}
-
-// The end of time is the end of all slots.
-void CVantrelFilter::RegulatorState::EndSlot(REFERENCE_TIME nextDuration) {
-    const REFERENCE_TIME left = (std::numeric_limits<REFERENCE_TIME>::max)() - nextSlotEnd;
-    nextSlotEnd += (std::min)(left, nextDuration);
-}
-
 // A sample without times, or without an end, lies where the clock is now.
-CVantrelFilter::SampleWindow CVantrelFilter::WindowOf(IMediaSample* sample,
-                                                      REFERENCE_TIME duration) {
-    SampleWindow window = {};
+TimeWindow CVantrelFilter::WindowOf(IMediaSample* sample, REFERENCE_TIME duration) {
+    TimeWindow window;
     if (sample->GetTime(&window.start, &window.end) == S_OK) return window;
-    const REFERENCE_TIME now = StreamTimeByClock();
+    const REFERENCE_TIME now = streamClock_.Now();
     return {now >= duration ? now - duration : now, now};
 }
 
-// The clock may change while the stream runs; the stream time that it shows goes on. The filter
-// lock comes first, as when the stream starts and stops.
+// The filter lock comes first, as when the stream starts and stops.
 STDMETHODIMP CVantrelFilter::SetSyncSource(IReferenceClock* clock) {
     CAutoLock filterLock(&m_csFilter);
-    CAutoLock lock(&clockLock_);
-    REFERENCE_TIME before = 0;
-    REFERENCE_TIME after = 0;
-    const bool keepsTime = hasStreamBaseTime_ && ReadClock(&before);
     const HRESULT result = CTransformFilter::SetSyncSource(clock);
-    hasStreamBaseTime_ = keepsTime && ReadClock(&after);
-    streamBaseTime_ = Difference(after, Difference(before, streamBaseTime_));
+    streamClock_.SetGraphClock(clock);
     return result;
-}
-
-void CVantrelFilter::ReadStreamBaseTime() {
-    CAutoLock lock(&clockLock_);
-    hasStreamBaseTime_ = ReadClock(&streamBaseTime_);
-}
-
-void CVantrelFilter::ForgetStreamBaseTime() {
-    CAutoLock lock(&clockLock_);
-    hasStreamBaseTime_ = false;
-}
-
-// Time since the stream base time, which is now if nobody has read it: the regulator was off then.
-// Without a clock that tells the time, the stream stays where it began.
-REFERENCE_TIME CVantrelFilter::StreamTimeByClock() {
-    CAutoLock lock(&clockLock_);
-    if (!hasStreamBaseTime_) ReadStreamBaseTime();
-    REFERENCE_TIME now = 0;
-    return hasStreamBaseTime_ && ReadClock(&now) ? Difference(now, streamBaseTime_) : 0;
-}
-
-// The graph's clock, or one of the filter's own that is made when it is first needed and kept until
-// the stream stops. Under the clock lock only.
-bool CVantrelFilter::ReadClock(REFERENCE_TIME* now) {
-    IReferenceClock* const clock = m_pClock ? m_pClock : OwnClock();
-    return clock && SUCCEEDED(clock->GetTime(now));
-}
-
-IReferenceClock* CVantrelFilter::OwnClock() {
-    if (ownClock_) return ownClock_;
-    HRESULT result = S_OK;
-    auto* const made =
-        new (std::nothrow) CBaseReferenceClock(NAME("System Clock"), nullptr, &result);
-    if (!made) return nullptr;
-    made->AddRef();
-    if (FAILED(result)) {
-        made->Release();
-        return nullptr;
-    }
-    return ownClock_ = made;
-}
-
-void CVantrelFilter::ReleaseOwnClock() {
-    CAutoLock lock(&clockLock_);
-    if (ownClock_) ownClock_->Release();
-    ownClock_ = nullptr;
 }
 
 void CVantrelFilter::LowerTimerPeriod() {
     if (isTimerPeriodRaised_) timeEndPeriod(kTimerPeriodMilliseconds);
     isTimerPeriodRaised_ = false;
-}
-
-// Before the times, which change one after the other: whoever reads them meanwhile counts no
-// frames.
-void CVantrelFilter::ResetFrameCounts() {
-    processingTime_ = 0;
-    processedFrames_ = 0;
-    generatedFrames_.store(0);
 }

@@ -1,38 +1,15 @@
-// The filter object: construction, interfaces, pins, settings and statistics.
+// The filter object: construction, interfaces, pins, settings.
 
-#include "filter/video_regulator.h"
+#include "filter/vantrel_filter.h"
 
 #include <new>
 
 #include "cpu/double_precision.h"
 #include "filter/vantrel_pins.h"
+#include "regulator/frame_duration.h"
 #include "resample/kernel_table.h"
 
 namespace {
-
-// A rate counts in hundredths of a frame per second.
-constexpr REFERENCE_TIME kHundredthsDuration = 100 * UNITS;
-
-// The duration of a frame, or 0 for a rate that none can express: below a hundredth, above one
-// frame per unit of time, not a number. Out of line: see DoublePrecisionScope. By reference, so
-// that the rate is not moved through a register before the scope has begun.
-[[gnu::noipa]] REFERENCE_TIME FrameDuration(const double& fps) {
-    const double hundredths = fps * 100;
-    if (!(hundredths >= 1.0) || hundredths >= static_cast<double>(kHundredthsDuration) + 1.0) {
-        return 0;
-    }
-    return kHundredthsDuration / static_cast<REFERENCE_TIME>(hundredths);
-}
-
-[[gnu::noinline]] double Quotient(double dividend, double divisor, double factor) {
-    return dividend / divisor * factor;
-}
-
-double PerSecond(double count, uint32_t milliseconds) {
-    if (milliseconds == 0) return 0.0;
-    const tavo::DoublePrecisionScope scope;
-    return Quotient(count, milliseconds, 1000.0);
-}
 
 constexpr int kSettingsSuccess = 1;
 
@@ -48,12 +25,13 @@ CVantrelFilter::CVantrelFilter(LPUNKNOWN outer, HRESULT* result)
     : CTransformFilter(NAME("Mira Vantrel"), outer, CLSID_VantrelFilter),
       stopEvent_(CreateEvent(nullptr, TRUE, FALSE, nullptr)) {
     if (!stopEvent_ && result) *result = E_OUTOFMEMORY;
+    // Deliberate: the processor is identified and the table filled at every construction. For a
+    // moment that raises the priority of this thread and may move the process between processors.
     tavo::FillKernelTable();
 }
 
 CVantrelFilter::~CVantrelFilter() {
     LowerTimerPeriod();
-    ReleaseOwnClock();
     if (stopEvent_) CloseHandle(stopEvent_);
 }
 
@@ -151,8 +129,8 @@ int STDMETHODCALLTYPE CVantrelFilter::GetVideoType(int* type) {
 }
 
 int STDMETHODCALLTYPE CVantrelFilter::SetFrameRate(double fps) {
-    const tavo::DoublePrecisionScope scope;
-    const REFERENCE_TIME duration = FrameDuration(fps);
+    const tavo::DoublePrecisionScope scope;  // for the moves of doubles here
+    const REFERENCE_TIME duration = tavo::FrameDuration(fps);
     frameRate_.store(duration > 0 ? fps : 0.0);
     frameDuration_.store(duration);
     return kSettingsSuccess;
@@ -164,21 +142,20 @@ int STDMETHODCALLTYPE CVantrelFilter::GetFrameRate(double* fps) {
 }
 
 int STDMETHODCALLTYPE CVantrelFilter::GetModuleTime(double* milliseconds) {
-    const uint32_t frames = processedFrames_;
-    const tavo::DoublePrecisionScope scope;
-    *milliseconds = frames == 0 ? 0.0 : Quotient(processingTime_, frames, 1.0);
+    statistics_.GetMeanWork(milliseconds);
     return kSettingsSuccess;
 }
 
 int STDMETHODCALLTYPE CVantrelFilter::GetSystemFps(double* fps) {
-    const uint32_t milliseconds = StreamingTime();
-    *fps = PerSecond(processedFrames_, milliseconds);
+    statistics_.GetProcessedPerSecond(fps);
     return kSettingsSuccess;
 }
 
 int STDMETHODCALLTYPE CVantrelFilter::GetGenerateFps(double* fps) {
-    const uint32_t milliseconds = StreamingTime();
-    *fps = IsRegulatorOn() ? PerSecond(static_cast<double>(generatedFrames_.load()), milliseconds)
-                           : 0.0;
+    if (IsRegulatorOn()) {
+        statistics_.GetGeneratedPerSecond(fps);
+    } else {
+        *fps = 0.0;
+    }
     return kSettingsSuccess;
 }

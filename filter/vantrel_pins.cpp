@@ -1,15 +1,13 @@
 #include "filter/vantrel_pins.h"
 
-#include <utility>
-
-#include "filter/video_regulator.h"
+#include "filter/type_swap.h"
+#include "filter/vantrel_filter.h"
 
 namespace {
 
-// Without a copy, which could fail.
-void SwapTypes(CVantrelFilter& filter, CMediaType& a, CMediaType& b) {
+void SwapTypesLocked(CVantrelFilter& filter, CMediaType& a, CMediaType& b) {
     CAutoLock lock(&filter.SettingsLock());
-    std::swap(static_cast<AM_MEDIA_TYPE&>(a), static_cast<AM_MEDIA_TYPE&>(b));
+    SwapTypes(a, b);
 }
 
 // What is `kept` by a pin is replaced once the filter has taken the type over.
@@ -19,7 +17,7 @@ HRESULT SettleType(CVantrelFilter& filter, PIN_DIRECTION direction, const CMedia
     CMediaType copy(type, &result);
     if (SUCCEEDED(result)) result = filter.SetMediaType(direction, &type);
     if (FAILED(result)) return result;
-    SwapTypes(filter, kept, copy);
+    SwapTypesLocked(filter, kept, copy);
     return S_OK;
 }
 
@@ -89,4 +87,4 @@ HRESULT CVantrelOutputPin::SetMediaType(const CMediaType* type) {
     return SettleType(*filter_, PINDIR_OUTPUT, *type, m_mt);
 }
 
-void CVantrelOutputPin::KeepType(CMediaType& type) { SwapTypes(*filter_, m_mt, type); }
+void CVantrelOutputPin::KeepType(CMediaType& type) { SwapTypesLocked(*filter_, m_mt, type); }

@@ -2,7 +2,7 @@
 
 #include "host/filter_factory.h"
 
-#include "filter/vantrel_settings.h"
+#include "settings/vantrel_settings.h"
 #include "host/error_text.h"
 
 namespace tavo {

@@ -6,7 +6,7 @@
 #include <memory>
 #include <string>
 
-#include "filter/vantrel_settings.h"
+#include "settings/vantrel_settings.h"
 #include "host/avi_sink_filter.h"
 #include "host/com_ptr.h"
 #include "host/filter_factory.h"

@@ -8,6 +8,7 @@
 
 #include "pages/number_text.h"
 #include "pages/resource_ids.h"
+#include "settings/setting_names.h"
 
 namespace {
 
@@ -16,20 +17,22 @@ constexpr int kItemCapacity = 40;
 // A list shows several rows when it drops down.
 constexpr int kListHeightFactor = 4;
 
-// The codes in the order of the method list; the other two lists have their codes as positions.
-constexpr int kMethods[] = {
-    VantrelMethodAuto,     VantrelMethodNearestAuto, VantrelMethodBilinearAuto,
-    VantrelMethodNearest,  VantrelMethodNearestMmx,  VantrelMethodNearestSse,
-    VantrelMethodBilinear, VantrelMethodBilinearMmx, VantrelMethodBilinearSse,
-};
-constexpr int kMethodCount = static_cast<int>(std::size(kMethods));
-constexpr int kFormatCount = VantrelFormatRgb565 + 1;
-constexpr int kTypeCount = VantrelTypeMpeg2 + 1;
+using tavo::kPixelFormatNames;
+using tavo::kScaleMethodNames;
+using tavo::kVideoTypeNames;
+
+constexpr int kMethodCount = static_cast<int>(std::size(kScaleMethodNames));
+constexpr int kFormatCount = static_cast<int>(std::size(kPixelFormatNames));
+constexpr int kTypeCount = static_cast<int>(std::size(kVideoTypeNames));
+
+// Formats and types have their codes as positions; methods leave codes out.
+static_assert(kPixelFormatNames[kFormatCount - 1].code == kFormatCount - 1);
+static_assert(kVideoTypeNames[kTypeCount - 1].code == kTypeCount - 1);
 
 // Codes that are not listed show as AUTO.
 int MethodIndex(int code) {
-    const auto* const found = std::find(std::begin(kMethods), std::end(kMethods), code);
-    return found == std::end(kMethods) ? 0 : static_cast<int>(found - kMethods);
+    const auto* const found = std::ranges::find(kScaleMethodNames, code, &tavo::SettingName::code);
+    return found == std::end(kScaleMethodNames) ? 0 : static_cast<int>(found - kScaleMethodNames);
 }
 
 void FillList(HWND dialog, int control, UINT firstString, int count, int selection) {
@@ -119,7 +122,7 @@ void CResamplePropertyPage::OnSelection(HWND dialog, int control) {
     const auto index = static_cast<int>(SendDlgItemMessage(dialog, control, CB_GETCURSEL, 0, 0));
     switch (control) {
         case IDC_METHOD:
-            if (index >= 0 && index < kMethodCount) method_ = kMethods[index];
+            if (index >= 0 && index < kMethodCount) method_ = kScaleMethodNames[index].code;
             break;
         case IDC_FORMAT:
             if (index >= 0 && index < kFormatCount) format_ = index;

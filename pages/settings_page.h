@@ -5,7 +5,7 @@
 
 #include "streams.h"
 
-#include "filter/vantrel_settings.h"
+#include "settings/vantrel_settings.h"
 #include "pages/edit_notice.h"
 #include "pages/input_check.h"
 

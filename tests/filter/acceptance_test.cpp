@@ -64,12 +64,12 @@ bool TypeSettingAccepts(int setting, const PixelFormat& format, Block block) {
 TEST_F(AcceptanceTest, EverySubtypeByEveryFormatAndTypeSettingAndFormatBlock) {
     std::vector<PixelFormat> formats = AllFormats();
     // A stranger, which is RGB for the rule about format blocks only if it is one of the three.
-    formats.push_back({"RGB32", MEDIASUBTYPE_RGB32, Layout::kPacked, 32, 0, -1, 0, false});
+    formats.push_back({"RGB32", Layout::kPacked, 32, 0, -1, 0, false});
     int accepted = 0;
     int refused = 0;
     FilterRig rig;
     for (const PixelFormat& format : formats) {
-        const bool isKnown = format.subtype != MEDIASUBTYPE_RGB32;
+        const bool isKnown = SubtypeOf(format) != MEDIASUBTYPE_RGB32;
         for (const Block block : kBlocks) {
             const MediaType type = TypeWith(format, block);
             for (int formatSetting = -1; formatSetting <= 12; ++formatSetting) {

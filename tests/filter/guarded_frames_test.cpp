@@ -1,7 +1,8 @@
 // Frames in buffers that end, or begin, exactly at a protected page: nothing is read or written
 // outside, whatever the size.
-#include "tests/filter/support/expected_pixels.h"
 #include "tests/filter/support/filter_rig.h"
+#include "tests/filter/support/pictures.h"
+#include "tests/picture/support/expected_pixels.h"
 
 using namespace tavo_test;
 

@@ -1,8 +1,9 @@
 // There is a kernel for every format and change of size; frames of unchanged size are copied.
 #include <climits>
 
-#include "tests/filter/support/expected_pixels.h"
 #include "tests/filter/support/filter_rig.h"
+#include "tests/filter/support/pictures.h"
+#include "tests/picture/support/expected_pixels.h"
 
 using namespace tavo_test;
 

@@ -2,8 +2,9 @@
 // forgets to clear them does: every x87 load gives nonsense then.
 #include <cstring>
 
-#include "tests/filter/support/expected_pixels.h"
 #include "tests/filter/support/filter_rig.h"
+#include "tests/filter/support/pictures.h"
+#include "tests/picture/support/expected_pixels.h"
 
 using namespace tavo_test;
 

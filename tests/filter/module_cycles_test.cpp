@@ -6,7 +6,7 @@
 #include <psapi.h>
 #include <strmif.h>
 
-#include "filter/vantrel_settings.h"
+#include "settings/vantrel_settings.h"
 #include "tests/filter/support/filter_rig.h"
 #include "tests/support/module.h"
 

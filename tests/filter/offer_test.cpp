@@ -68,7 +68,7 @@ TEST_F(OfferTest, EveryFormatAndSizeInEveryFieldOfTheType) {
                 const MediaType input = MakeVideoType(spec);
                 const MediaType offered = Offer(input, size.width, size.height);
                 EXPECT_EQ(offered->majortype, MEDIATYPE_Video);
-                EXPECT_EQ(offered->subtype, format.subtype);
+                EXPECT_EQ(offered->subtype, SubtypeOf(format));
                 EXPECT_EQ(offered->formattype, block);
                 EXPECT_EQ(offered->bTemporalCompression, FALSE);
                 ASSERT_TRUE(offered.Bitmap());

@@ -1,9 +1,9 @@
 // The filter linked into this program, where its own allocations can be made to fail one by one.
-#include "filter/video_regulator.h"
+#include "filter/vantrel_filter.h"
 
-#include "tests/filter/support/expected_pixels.h"
 #include "tests/filter/support/filter_rig.h"
 #include "tests/filter/support/pictures.h"
+#include "tests/picture/support/expected_pixels.h"
 #include "tests/support/nothrow_new.h"
 
 using namespace tavo_test;

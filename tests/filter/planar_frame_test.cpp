@@ -2,8 +2,9 @@
 // subtypes, and the pixels of the other formats.
 #include <climits>
 
-#include "tests/filter/support/expected_pixels.h"
 #include "tests/filter/support/filter_rig.h"
+#include "tests/filter/support/pictures.h"
+#include "tests/picture/support/expected_pixels.h"
 
 using namespace tavo_test;
 

@@ -1,7 +1,8 @@
 // Frames while a frame rate is set: taken, repeated and dropped, their times and flags, and what
 // start, stop and flush reset.
-#include "tests/filter/support/expected_pixels.h"
 #include "tests/filter/support/filter_rig.h"
+#include "tests/filter/support/pictures.h"
+#include "tests/picture/support/expected_pixels.h"
 #include "tests/support/hand_clock.h"
 
 using namespace tavo_test;
@@ -272,7 +273,7 @@ TEST_F(RegulatedFrameTest, AKeptFrameThatATypeTookAwayIsNotRepeated) {
     EXPECT_EQ(rig.Slots(), (Slots{{1, 0, 40}}));
     rig.settings->SetVideoType(3);  // lets a type without a size pass
     SampleSpec lost = Sample(2, 40, 60);
-    lost.type = MakePartialType(MEDIATYPE_Video, format_.subtype, FORMAT_None);
+    lost.type = MakePartialType(MEDIATYPE_Video, SubtypeOf(format_), FORMAT_None);
     EXPECT_TRUE(FAILED(rig.Deliver(lost)));
     SampleSpec found = Sample(3, 240, 280);
     found.type = TypeOf(format_, kSize.width, kSize.height);

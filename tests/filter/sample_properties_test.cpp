@@ -1,7 +1,8 @@
 // What goes with a frame from the input sample to the output sample, buffers of wrong sizes, and
 // the events of a stream.
-#include "tests/filter/support/expected_pixels.h"
 #include "tests/filter/support/filter_rig.h"
+#include "tests/filter/support/pictures.h"
+#include "tests/picture/support/expected_pixels.h"
 
 using namespace tavo_test;
 

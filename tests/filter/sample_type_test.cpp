@@ -1,6 +1,7 @@
 // Media types that arrive on samples, from upstream and through the sink's buffers.
-#include "tests/filter/support/expected_pixels.h"
 #include "tests/filter/support/filter_rig.h"
+#include "tests/filter/support/pictures.h"
+#include "tests/picture/support/expected_pixels.h"
 
 using namespace tavo_test;
 
@@ -76,7 +77,7 @@ TEST_F(SampleTypeTest, ARefusedInputTypeEndsTheStreamUntilAFlush) {
     const SampleSpec good = SampleOf(format_, {64, 48}, false);
     for (const MediaType& type :
          {TypeOf(Format("YUY2"), 64, 48), TypeOf(format_, 64, 0), TypeOf(format_, -64, 48),
-          MakeVideoType({.subtype = format_.subtype, .formatBytes = 40}),
+          MakeVideoType({.subtype = SubtypeOf(format_), .formatBytes = 40}),
           MakePartialType(MEDIATYPE_Video)}) {
         SampleSpec bad = good;
         bad.type = type;
@@ -99,7 +100,7 @@ TEST_F(SampleTypeTest, AnInputTypeThatCannotBeFollowedFailsFramesUntilOneCan) {
     rig.settings->SetVideoType(
         3);  // lifts the demand for a header: the type passes, but has no size
     SampleSpec spec = SampleOf(format_, {64, 48}, false);
-    spec.type = MakePartialType(MEDIATYPE_Video, format_.subtype, FORMAT_None);
+    spec.type = MakePartialType(MEDIATYPE_Video, SubtypeOf(format_), FORMAT_None);
     EXPECT_TRUE(FAILED(rig.Deliver(spec)));
     EXPECT_TRUE(rig.samples().empty());
     ExpectNearest(rig, SampleOf(format_, {100, 80}, true), {100, 80}, {40, 36});
@@ -193,7 +194,7 @@ TEST_F(SampleTypeTest, AnOutputTypeThatCannotBeFollowedFailsOnlyItsFrame) {
     const std::vector<BYTE> frame = RandomFrame(format_, 64, 48);
     for (const MediaType& type :
          {TypeOf(Format("IYUV"), 64, 48), TypeOf(Format("RGB24"), 16, 16), TypeOf(format_, 0, 48),
-          MakeVideoType({.subtype = format_.subtype, .formatBytes = 40}), MediaType()}) {
+          MakeVideoType({.subtype = SubtypeOf(format_), .formatBytes = 40}), MediaType()}) {
         rig.Ask(type);
         rig.sink->pin().ClearSamples();
         EXPECT_TRUE(FAILED(rig.Deliver(frame)));

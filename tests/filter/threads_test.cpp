@@ -2,8 +2,9 @@
 // may deadlock.
 #include <thread>
 
-#include "tests/filter/support/expected_pixels.h"
 #include "tests/filter/support/filter_rig.h"
+#include "tests/filter/support/pictures.h"
+#include "tests/picture/support/expected_pixels.h"
 #include "tests/support/graph.h"
 #include "tests/support/patience.h"
 

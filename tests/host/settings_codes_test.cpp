@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "filter/vantrel_settings.h"
+#include "settings/vantrel_settings.h"
 #include "host/settings_names.h"
 
 namespace tavo {

@@ -20,7 +20,7 @@
 #include <optional>
 #include <vector>
 
-#include "filter/vantrel_settings.h"
+#include "settings/vantrel_settings.h"
 #include "tests/support/com_ptr.h"
 #include "tests/support/live_objects.h"
 #include "tests/support/module.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 // Before the tests' own headers: the base classes bring their platform headers in their own order.
-#include "filter/video_regulator.h"
+#include "filter/vantrel_filter.h"
 
 #include "tests/filter/support/filter_rig.h"
 #include "tests/filter/support/pictures.h"

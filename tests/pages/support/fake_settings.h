@@ -11,7 +11,7 @@
 #include <functional>
 #include <string>
 
-#include "filter/vantrel_settings.h"
+#include "settings/vantrel_settings.h"
 
 namespace tavo_test {
 

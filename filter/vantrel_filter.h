@@ -1,0 +1,151 @@
+// CVantrelFilter, the one filter of this module: a transform filter that resizes uncompressed video
+// without converting its format and can deliver it at a fixed frame rate.
+//
+// Threads and locks. Settings and statistics are atomic values that anybody reads and writes
+// without a lock. The negotiated types are guarded by the settings lock, which is held for moments
+// only and never while another lock is asked for. The conversion, with its maps and buffers, is
+// guarded by the base class's streaming lock, so it never changes under a frame in progress. The
+// streaming thread never takes the filter lock.
+
+#pragma once
+
+#include "streams.h"
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "cpu/atomic64.h"
+#include "filter/output_type.h"
+#include "filter/stream_clock.h"
+#include "filter/stream_statistics.h"
+#include "picture/conversion.h"
+#include "regulator/time_regulator.h"
+#include "settings/vantrel_settings.h"
+
+class CVantrelFilter final : public CTransformFilter,
+                             public IVantrelSettings,
+                             public ISpecifyPropertyPages {
+  public:
+    // Creation function for the class table.
+    static CUnknown* CALLBACK CreateInstance(LPUNKNOWN outer, HRESULT* result);
+
+    DECLARE_IUNKNOWN
+    STDMETHODIMP NonDelegatingQueryInterface(REFIID riid, void** object) override;
+
+    // ISpecifyPropertyPages
+    STDMETHODIMP GetPages(CAUUID* pages) override;
+
+    // IVantrelSettings; the contract stands in its header.
+    int STDMETHODCALLTYPE SetOutputSize(int width, int height) override;
+    int STDMETHODCALLTYPE GetOutputSize(int* width, int* height) override;
+    int STDMETHODCALLTYPE SetScaleMethod(int method) override;
+    int STDMETHODCALLTYPE GetScaleMethod(int* method) override;
+    int STDMETHODCALLTYPE SetOutputFormat(int format) override;
+    int STDMETHODCALLTYPE GetOutputFormat(int* format) override;
+    int STDMETHODCALLTYPE SetVideoType(int type) override;
+    int STDMETHODCALLTYPE GetVideoType(int* type) override;
+    int STDMETHODCALLTYPE GetModuleTime(double* milliseconds) override;
+    int STDMETHODCALLTYPE GetSystemFps(double* fps) override;
+    int STDMETHODCALLTYPE ApplySettings() override;
+    int STDMETHODCALLTYPE GetGenerateFps(double* fps) override;
+    int STDMETHODCALLTYPE SetFrameRate(double fps) override;
+    int STDMETHODCALLTYPE GetFrameRate(double* fps) override;
+
+    // CTransformFilter: objects
+    CBasePin* GetPin(int index) override;
+    STDMETHODIMP SetSyncSource(IReferenceClock* clock) override;
+
+    // CTransformFilter: negotiation
+    HRESULT CheckInputType(const CMediaType* type) override;
+    HRESULT CheckTransform(const CMediaType* input, const CMediaType* output) override;
+    HRESULT GetMediaType(int position, CMediaType* type) override;
+    HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* wishes) override;
+    HRESULT SetMediaType(PIN_DIRECTION direction, const CMediaType* type) override;
+
+    // CTransformFilter: streaming
+    HRESULT StartStreaming() override;
+    HRESULT StopStreaming() override;
+    HRESULT BeginFlush() override;
+    HRESULT Receive(IMediaSample* sample) override;
+    HRESULT Transform(IMediaSample* input, IMediaSample* output) override;
+
+    // For the filter's own pins.
+    //
+    // Held while a pin's media type is replaced or copied.
+    CCritSec& SettingsLock() { return settingsLock_; }
+    // The types that the pins were given last; E_OUTOFMEMORY when they cannot be copied.
+    HRESULT CopyInputType(CMediaType* type);
+    HRESULT CopyOutputType(CMediaType* type);
+    // Streaming is about to stop: a sample in progress makes no more frames.
+    void AbandonSample();
+
+  private:
+    // A kept picture has the size of the output: it outlives a new source, but no new output.
+    enum class KeptPicture { Keep, Forget };
+
+    CVantrelFilter(LPUNKNOWN outer, HRESULT* result);
+    ~CVantrelFilter() override;
+
+    // Negotiation
+    bool PassesTypeTest(const CMediaType& type) const;
+    HRESULT BuildOffer(CMediaType* type);
+    HRESULT SetInputType(const CMediaType& type);
+    HRESULT SetOutputType(const CMediaType& type);
+    HRESULT SettleSourceLayout(IMediaSample* sample);
+    HRESULT BuildConversion(const tavo::Picture& source, const tavo::Picture& output,
+                            std::unique_ptr<tavo::Conversion>& built) const;
+    void ReplaceConversion(std::unique_ptr<tavo::Conversion> built, KeptPicture kept);
+    bool IsOutputSettled() const { return m_pOutput && m_pOutput->IsConnected(); }
+    void TakeSizeWhereUnset(const tavo::Picture& source);
+    void StoreNegotiatedSize(OutputSize asked, OutputSize negotiated);
+    int ReconnectOutput(IPin* peer, const CMediaType& type);
+
+    // Streaming
+    HRESULT ReceiveRegulated(IMediaSample* sample, REFERENCE_TIME duration);
+    HRESULT DeliverSlots(IMediaSample* sample, tavo::TimeWindow window, REFERENCE_TIME duration);
+    tavo::TimeWindow WindowOf(IMediaSample* sample, REFERENCE_TIME duration);
+    bool SampleIsAbandoned() const;
+    void LowerTimerPeriod();
+    bool IsRegulatorOn() const { return frameDuration_.load() > 0; }
+
+    // Frame path
+    HRESULT FollowInputSampleType();
+    HRESULT FollowOutputSampleType(IMediaSample* sample);
+    HRESULT ProcessFrame(IMediaSample* input, IMediaSample* output);
+    HRESULT ProcessRegulatedFrame(tavo::FrameSpan output, tavo::FrameSpan input);
+    HRESULT ScaleFrame(tavo::FrameSpan output, tavo::FrameSpan input);
+    HRESULT StampPlainSample(IMediaSample* input, IMediaSample* output);
+    HRESULT StampRegulatedSample(IMediaSample* input, IMediaSample* output);
+
+    CCritSec settingsLock_;
+
+    // Guarded by the settings lock.
+    CMediaType inputType_;
+    CMediaType outputType_;
+    tavo::Picture source_;
+    tavo::Picture output_;
+    int32_t bitsPerPixel_ = 0;  // of the type set last, of either direction
+
+    // Guarded by the streaming lock.
+    std::unique_ptr<tavo::Conversion> conversion_;
+    bool isSourceLayoutOpen_ = false;  // until the first frame tells how its planes lie
+    tavo::TimeRegulator regulator_;
+
+    // Settings.
+    Atomic64<OutputSize> outputSize_{OutputSize{0, 0}};
+    std::atomic<int32_t> scaleMethod_{VantrelMethodAuto};
+    std::atomic<int32_t> outputFormat_{VantrelFormatAuto};
+    std::atomic<int32_t> videoType_{VantrelTypeAuto};
+    Atomic64<double> frameRate_{0.0};
+    Atomic64<REFERENCE_TIME> frameDuration_{0};  // 0 while the time regulator is off
+
+    StreamStatistics statistics_;
+    StreamClock streamClock_;
+
+    // Where a flush meets the streaming thread.
+    std::atomic<bool> isResetPending_{false};
+
+    HANDLE stopEvent_ = nullptr;  // manual reset; signalled from the stop until the next start
+    bool isTimerPeriodRaised_ = false;
+};

@@ -1,0 +1,37 @@
+// What a media type says of its pictures: the bitmap header, the format and the size.
+
+#pragma once
+
+#include "streams.h"
+
+#include "picture/picture.h"
+
+// The format of a subtype; null for one that the filter cannot scale.
+const tavo::PictureFormat* FindPictureFormat(const GUID& subtype);
+
+// The subtype that a VantrelPixelFormat asks for; GUID_NULL for AUTO and for codes that are none.
+GUID SubtypeOfSetting(int pixelFormat);
+
+// The bitmap header inside a format block of FORMAT_VideoInfo or FORMAT_VideoInfo2, with the fields
+// around it that a new size changes. All null for any other block, and for one that is absent or
+// shorter than its header.
+struct VideoHeader {
+    BITMAPINFOHEADER* bitmap = nullptr;
+    RECT* source = nullptr;
+    RECT* target = nullptr;
+    REFERENCE_TIME* averageTimePerFrame = nullptr;
+
+    explicit operator bool() const { return bitmap != nullptr; }
+};
+VideoHeader LocateVideoHeader(const AM_MEDIA_TYPE& type);
+
+// The picture that a type describes; no format, or no size, when the type describes none. Less bits
+// per pixel than the format has count as the format's own. Frames are laid out tightly.
+tavo::Picture ReadPicture(const AM_MEDIA_TYPE& type);
+
+// The same for a source, whose planar frames may be laid out in padded rows.
+tavo::Picture ReadSourcePicture(const AM_MEDIA_TYPE& type);
+
+// Whether a type leaves it to its first frame which layout the planes have: planar, of no stated
+// size.
+bool LeavesLayoutOpen(const AM_MEDIA_TYPE& type);

@@ -1,0 +1,199 @@
+// Choosing and calling the kernel for one frame.
+
+#include "picture/conversion.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+#include "picture/planes.h"
+#include "resample/axis_map.h"
+#include "resample/copy_kernels.h"
+#include "resample/kernel_table.h"
+
+namespace tavo {
+namespace {
+
+int32_t Change(int32_t source, int32_t output) {
+    return source > output ? -1 : source < output ? 1 : 0;
+}
+
+// What a chroma plane holds where there is no colour.
+constexpr int kNeutralChroma = 128;
+
+// Copies the samples of a plane, without the padding of its rows. A negative height stores them
+// from the bottom up.
+void CopyRows(uint8_t* output, const Plane& to, const uint8_t* source, const Plane& from) {
+    const int32_t rows = std::abs(to.height);
+    for (int32_t y = 0; y < rows; ++y) {
+        const int32_t stored = to.height < 0 ? rows - 1 - y : y;
+        std::memcpy(output + to.offset + int64_t{stored} * to.pitch,
+                    source + from.offset + int64_t{y} * from.pitch, static_cast<size_t>(to.width));
+    }
+}
+
+// What a horizontal map states of a source plane.
+int32_t StatedPitch(const Plane& plane) { return plane.pitch == plane.width ? 0 : plane.pitch; }
+
+}  // namespace
+
+void AxisMapRelease::operator()(AxisMap* map) const { FreeAxisMap(map); }
+
+Conversion::Conversion(const Picture& source, const Picture& output)
+    : source_(source), output_(output) {}
+
+std::unique_ptr<Conversion> Conversion::Build(const Picture& source, const Picture& output) {
+    std::unique_ptr<Conversion> conversion(new (std::nothrow) Conversion(source, output));
+    if (!conversion) return nullptr;
+    if (!output.format) return conversion;
+    conversion->horizontalChange_ = Change(source.width, output.width);
+    // Deliberate: the source's height is compared with its sign, against the output's magnitude. So
+    // a top-down source counts as smaller than any output, and is scaled even to its own size.
+    conversion->verticalChange_ = Change(source.height, std::abs(output.height));
+    if (!conversion->BuildMaps() || !conversion->BuildBuffers()) return nullptr;
+    return conversion;
+}
+
+bool Conversion::BuildMaps() {
+    horizontalMap_.reset(BuildAxisMap(source_.width, output_.width, 0));
+    verticalMap_.reset(BuildAxisMap(source_.height, output_.height, 0));
+    if (!horizontalMap_ || !verticalMap_) return false;
+    if (output_.format->group != FormatGroup::Planar) return true;
+
+    const Planes source = PlanesOf(source_);
+    horizontalMap_->srcPitch = StatedPitch(source.planes[0]);
+    const Plane& from = source.planes[1];
+    const Plane to = PlanesOf(output_).planes[1];
+    if (from.IsEmpty() || to.IsEmpty()) return true;
+    chromaHorizontalMap_.reset(BuildBoundedAxisMap(*horizontalMap_, from.width, to.width));
+    chromaVerticalMap_.reset(
+        BuildBoundedAxisMap(*verticalMap_, std::abs(from.height), std::abs(to.height)));
+    if (!chromaHorizontalMap_ || !chromaVerticalMap_) return false;
+    chromaHorizontalMap_->srcPitch = StatedPitch(from);
+    return true;
+}
+
+bool Conversion::BuildBuffers() {
+    sourceBytes_ = static_cast<size_t>(KernelBytes(source_));
+    outputBytes_ = static_cast<size_t>(KernelBytes(output_));
+    outputFrameBytes_ = static_cast<size_t>(FrameBytes(output_));
+    if (!workBuffer_.Allocate(FrameBytes(output_))) return false;
+
+    if (IsSameSize() && SpillOfCopy(SlotBilinearAuto) != 0) {  // that slot moves most
+        return paddedSource_.Allocate(KernelBytes(source_)) &&
+               paddedOutput_.Allocate(KernelBytes(output_));
+    }
+    bool spills = false;
+    for (int32_t slot = 0; slot < kKernelSlots; ++slot) {
+        spills = spills || ScaleSpill(ChooseRow(), slot) != 0;
+    }
+    return !spills || paddedOutput_.Allocate(KernelBytes(output_));
+}
+
+bool Conversion::Scale(FrameSpan output, FrameSpan source, int32_t scaleMethod) {
+    if (!output_.format) return false;
+    if (!output.data || !source.data) return false;
+    if (output.size < outputBytes_ || source.size < sourceBytes_) return false;
+
+    const int32_t slot = MethodToSlot(scaleMethod);
+    const bool isAutomatic = slot <= SlotBilinearAuto;
+    if (IsSameSize() && isAutomatic) return Copy(output, source, slot);
+    const int32_t row = ChooseRow();
+    currentKernel_ = KernelTable[row][slot].scale;
+    if (!currentKernel_) return false;
+    const bool hasRoom = output.size >= outputBytes_ + static_cast<size_t>(ScaleSpill(row, slot));
+    if (!hasRoom && !paddedOutput_) return false;
+    uint8_t* const target = hasRoom ? output.data : paddedOutput_.Data();
+    ScalePicture(currentKernel_, target, source.data);
+    if (!hasRoom) std::memcpy(output.data, target, outputBytes_);
+    return true;
+}
+
+int32_t Conversion::ChooseRow() const {
+    const FormatRows& rows = *output_.format->rows;
+    if (verticalChange_ != 0) return horizontalChange_ != 0 ? rows.both : rows.vertical;
+    if (source_.width == 720 && output_.width == 480) return rows.horizontal720To480;
+    if (source_.width == 640 && output_.width == 480) return rows.horizontal640To480;
+    return rows.horizontal;
+}
+
+void Conversion::ScalePicture(ScaleKernel kernel, uint8_t* output, const uint8_t* source) const {
+    if (output_.format->group != FormatGroup::Planar) {
+        kernel(output, source, output_.width, output_.height, source_.width, source_.height,
+               horizontalMap_.get(), verticalMap_.get());
+        return;
+    }
+    const Planes sources = PlanesOf(source_);
+    const Planes outputs = PlanesOf(output_);
+    for (int i = 0; i < kPlaneCount; ++i) {
+        const Plane& from = sources.planes[i];
+        const Plane& to = outputs.planes[i];
+        if (to.IsEmpty()) continue;
+        uint8_t* const target = output + to.offset;
+        if (from.IsEmpty()) {
+            std::memset(target, kNeutralChroma,
+                        static_cast<size_t>(to.width) * std::abs(to.height));
+            continue;
+        }
+        const AxisMap* xMap = i == 0 ? horizontalMap_.get() : chromaHorizontalMap_.get();
+        const AxisMap* yMap = i == 0 ? verticalMap_.get() : chromaVerticalMap_.get();
+        kernel(target, source + from.offset, to.width, to.height, from.width, from.height, xMap,
+               yMap);
+    }
+}
+
+// Past the end of the picture, in the source as in the output. The blocks past a luma plane stay
+// inside the frame as long as the chroma planes are not smaller than a block.
+size_t Conversion::SpillOfCopy(int32_t slot) const {
+    const PictureFormat& format = *output_.format;
+    const auto spill =
+        static_cast<size_t>(CopySpill(format.rows->copy, slot, output_.width, format.bitsPerPixel));
+    if (format.group != FormatGroup::Planar) return spill;
+    const size_t chromaBytes =
+        outputBytes_ - static_cast<size_t>(PlanesOf(output_).planes[1].offset);
+    return spill > chromaBytes ? spill - chromaBytes : 0;
+}
+
+bool Conversion::Copy(FrameSpan output, FrameSpan source, int32_t slot) {
+    if (source_.layout == PlaneLayout::Padded) {
+        CopyPlanes(output.data, source.data);
+        return true;
+    }
+    const size_t spill = SpillOfCopy(slot);
+    const bool sourceHasRoom = source.size >= sourceBytes_ + spill;
+    const bool outputHasRoom = output.size >= outputBytes_ + spill;
+    if (sourceHasRoom && outputHasRoom) {
+        CopyPicture(output.data, source.data, slot);
+        return true;
+    }
+    if (!paddedSource_ || !paddedOutput_) return false;
+    std::memcpy(paddedSource_.Data(), source.data, sourceBytes_);
+    CopyPicture(paddedOutput_.Data(), paddedSource_.Data(), slot);
+    std::memcpy(output.data, paddedOutput_.Data(), outputBytes_);
+    return true;
+}
+
+void Conversion::CopyPicture(uint8_t* output, const uint8_t* source, int32_t slot) const {
+    const PictureFormat& format = *output_.format;
+    const CopyKernel copy = KernelTable[format.rows->copy][slot].copy;
+    copy(output, source, output_.width, output_.height, format.bitsPerPixel);
+    if (format.group != FormatGroup::Planar) return;
+    const Planes planes = PlanesOf(output_);
+    for (int i = 1; i < kPlaneCount; ++i) {
+        const Plane& plane = planes.planes[i];
+        CopyPlane_Portable(output + plane.offset, source + plane.offset, plane.width, plane.height,
+                           8);
+    }
+}
+
+// The copy kernels know no pitch.
+void Conversion::CopyPlanes(uint8_t* output, const uint8_t* source) const {
+    const Planes from = PlanesOf(source_);
+    const Planes to = PlanesOf(output_);
+    for (int i = 0; i < kPlaneCount; ++i) {
+        CopyRows(output, to.planes[i], source, from.planes[i]);
+    }
+}
+
+}  // namespace tavo

@@ -1,0 +1,44 @@
+// A picture's shape, and what follows from it for its memory.
+
+#pragma once
+
+#include <cstdint>
+
+#include "picture/picture_format.h"
+
+namespace tavo {
+
+// How the rows of planar frames lie: see planes.cpp.
+enum class PlaneLayout { Tight, Padded };
+
+// The shape of a picture as a media type states it. The height keeps its sign.
+struct Picture {
+    const PictureFormat* format = nullptr;  // null for a format that the filter cannot scale
+    int32_t width = 0;
+    int32_t height = 0;
+    int32_t bitsPerPixel = 0;
+    PlaneLayout layout = PlaneLayout::Tight;
+};
+
+// The layout of a planar source that gives its frames this many bytes: padded if that is what
+// padded rows take and tight ones do not.
+PlaneLayout LayoutOfFrameBytes(const Picture& picture, int64_t bytes);
+
+// Bytes from row to row as a media type states it.
+int64_t RowStride(FormatGroup group, int64_t width, int32_t bitsPerPixel);
+
+// Bytes of a whole frame as a media type states it: what allocators are asked for.
+int64_t FrameBytes(const Picture& picture);
+
+// Bytes that the kernels read or write of a picture, row ends and chroma planes included. Never
+// more than FrameBytes of a usable picture, unless its rows are padded.
+int64_t KernelBytes(const Picture& picture);
+
+// Whether frames of this picture can be read or written at all: known format, positive width, no
+// empty height, enough bits per pixel, and a frame that 32-bit sizes can express.
+bool IsUsablePicture(const Picture& picture);
+
+// Whether the filter can scale to this picture: usable, and packed 4:2:2 of an even width.
+bool IsUsableOutput(const Picture& picture);
+
+}  // namespace tavo

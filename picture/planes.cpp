@@ -1,0 +1,73 @@
+// The two layouts of planar frames.
+//
+// Tight: rows follow each other without a gap. Chroma sizes are shifted down, and chroma planes lie
+// where the product of the luma sizes, shifted down, says: for odd sizes that is not where the
+// plane before ends.
+//
+// Padded: as multimedia frameworks on other systems keep their frames. Rows of all planes are
+// padded to 4 bytes, chroma sizes are rounded up, and 4:2:0 has an even count of luma rows.
+
+#include "picture/planes.h"
+
+#include <cstdlib>
+
+namespace tavo {
+namespace {
+
+constexpr int64_t kRowAlignment = 4;
+
+int64_t RoundUp(int64_t value, int64_t step) { return (value + step - 1) / step * step; }
+
+// What one plane takes in the padded layout.
+struct PaddedPlane {
+    int64_t pitch;
+    int64_t rows;
+
+    int64_t Bytes() const { return pitch * rows; }
+};
+
+PaddedPlane PaddedLuma(const Picture& picture) {
+    const int64_t rows = std::abs(int64_t{picture.height});
+    const bool hasRowPairs = picture.format->chromaShift == 1;
+    return {RoundUp(picture.width, kRowAlignment), hasRowPairs ? RoundUp(rows, 2) : rows};
+}
+
+PaddedPlane PaddedChroma(const Picture& picture) {
+    const int64_t step = int64_t{1} << picture.format->chromaShift;
+    const int64_t width = RoundUp(picture.width, step) / step;
+    return {RoundUp(width, kRowAlignment), RoundUp(std::abs(int64_t{picture.height}), step) / step};
+}
+
+Planes PaddedPlanes(const Planes& tight, const Picture& picture) {
+    const PaddedPlane luma = PaddedLuma(picture);
+    const PaddedPlane chroma = PaddedChroma(picture);
+    Planes padded = tight;
+    for (int i = 0; i < kPlaneCount; ++i) {
+        padded.planes[i].offset = i == 0 ? 0 : luma.Bytes() + (i - 1) * chroma.Bytes();
+        padded.planes[i].pitch = static_cast<int32_t>(i == 0 ? luma.pitch : chroma.pitch);
+    }
+    padded.bytes = luma.Bytes() + 2 * chroma.Bytes();
+    return padded;
+}
+
+}  // namespace
+
+Planes PlanesOf(const Picture& picture) {
+    const int32_t shift = picture.format->chromaShift;
+    const int32_t rows = std::abs(picture.height);
+    const int64_t luma = int64_t{picture.width} * rows;
+    const int32_t width = picture.width >> shift;
+    const int32_t height = picture.height < 0 ? -(rows >> shift) : rows >> shift;
+    const int64_t last = luma + (luma >> (2 * shift));
+    const Planes tight = {{{0, picture.width, picture.height, picture.width},
+                           {luma, width, height, width},
+                           {last, width, height, width}},
+                          last + int64_t{width} * (rows >> shift)};
+    return picture.layout == PlaneLayout::Padded ? PaddedPlanes(tight, picture) : tight;
+}
+
+int64_t PaddedFrameBytes(const Picture& picture) {
+    return PaddedLuma(picture).Bytes() + 2 * PaddedChroma(picture).Bytes();
+}
+
+}  // namespace tavo

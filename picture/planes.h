@@ -1,0 +1,35 @@
+// Where the planes of a picture lie in its buffer.
+
+#pragma once
+
+#include <cstdint>
+
+#include "picture/picture.h"
+
+namespace tavo {
+
+// One plane of samples; for packed and RGB formats the picture itself is not described here.
+struct Plane {
+    int64_t offset;  // bytes from the start of the frame
+    int32_t width;   // samples
+    int32_t height;  // rows; negative where the picture's height is
+    int32_t pitch;   // bytes from row to row
+
+    // A picture of few pixels may have no chroma samples at all.
+    bool IsEmpty() const { return width == 0 || height == 0; }
+};
+
+constexpr int kPlaneCount = 3;
+
+// The planes of a planar picture in memory order: luma, then the two of chroma.
+struct Planes {
+    Plane planes[kPlaneCount];
+    int64_t bytes;  // of the whole frame, from the start to the end of the last plane
+};
+
+Planes PlanesOf(const Picture& picture);
+
+// Bytes of a planar frame in padded rows, whatever layout the picture has now.
+int64_t PaddedFrameBytes(const Picture& picture);
+
+}  // namespace tavo

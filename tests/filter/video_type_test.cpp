@@ -1,0 +1,27 @@
+// Subtypes and the formats behind them.
+#include "filter/video_type.h"
+
+#include <climits>
+
+#include "settings/vantrel_settings.h"
+#include "tests/filter/support/pictures.h"
+#include "tests/picture/support/known_format.h"
+
+using namespace tavo_test;
+
+namespace {
+
+TEST(VideoTypeTest, EveryFormatIsKnownUnderItsSubtypeAndSetting) {
+    for (const PixelFormat& format : AllFormats()) {
+        EXPECT_EQ(FindPictureFormat(SubtypeOf(format)), KnownFormat(format)) << format.name;
+        if (format.setting > 0) {
+            EXPECT_EQ(SubtypeOfSetting(format.setting), SubtypeOf(format));
+        }
+    }
+    EXPECT_EQ(FindPictureFormat(MEDIASUBTYPE_RGB32), nullptr);
+    EXPECT_EQ(FindPictureFormat(GUID_NULL), nullptr);
+    for (const int code : {-1, 0, 11, 12, INT_MAX, INT_MIN})
+        EXPECT_EQ(SubtypeOfSetting(code), GUID_NULL);
+}
+
+}  // namespace

@@ -1,0 +1,233 @@
+// The regulator's rule against figures worked out by hand, and against the model on random streams.
+#include "regulator/time_regulator.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <random>
+#include <vector>
+
+#include "regulator/frame_duration.h"
+#include "regulator/stream_time.h"
+#include "tests/regulator/regulator_model.h"
+
+using namespace tavo_test;
+using tavo::FrameBranch;
+using tavo::TimeRegulator;
+using tavo::TimeWindow;
+
+namespace {
+
+constexpr int64_t kMs = 10'000;
+
+// What the filter does around the regulator, with numbers for pictures.
+class RegulatedStream {
+  public:
+    using Downstream = RegulatorModel::Downstream;
+
+    void SetRate(double fps) { duration_ = tavo::FrameDuration(fps); }
+    void Start(int64_t clock) {
+        regulator_.Restart();
+        frames_ = 0;
+        time_.Forget();
+        if (duration_ > 0) time_.Begin(clock);
+    }
+    int32_t Receive(const InputSample& sample, const Downstream& downstream) {
+        int32_t result = sample.discontinuity;
+        const TimeWindow window = WindowOf(sample);
+        int64_t duration = duration_;
+        while (duration > 0 && regulator_.HasSlotIn(window)) {
+            regulator_.BeginSlot(window, duration);
+            result = downstream(MakeFrame(sample));
+            ++frames_;
+            regulator_.EndSlot(duration_ > 0 ? duration_ : duration);
+            duration = duration_;
+        }
+        return result;
+    }
+    bool IsOn() const { return duration_ > 0; }
+
+  private:
+    TimeWindow WindowOf(const InputSample& sample) {
+        if (sample.start && sample.stop) return {*sample.start, *sample.stop};
+        if (!time_.HasBegun()) time_.Begin(sample.clock);
+        const int64_t now = time_.At(sample.clock);
+        return {now >= duration_ ? now - duration_ : now, now};
+    }
+    OutputFrame MakeFrame(const InputSample& sample) {
+        if (regulator_.Branch() == FrameBranch::ScaleAndKeep) {
+            kept_ = sample.picture;
+            regulator_.MarkPictureKept();
+        } else {
+            EXPECT_EQ(regulator_.Branch(), FrameBranch::Repeat);
+        }
+        OutputFrame frame;
+        frame.picture = kept_;
+        frame.time = {regulator_.Slot().start, regulator_.Slot().end};
+        frame.syncPoint = true;
+        if (sample.mediaTime) frame.mediaTime = {frames_, frames_ + 1};
+        return frame;
+    }
+
+    TimeRegulator regulator_;
+    tavo::StreamTime time_;
+    int64_t duration_ = 0;
+    int64_t frames_ = 0;
+    int kept_ = -1;
+};
+
+class RandomStream {
+  public:
+    explicit RandomStream(uint32_t seed) : random_(seed) {}
+
+    int Below(int end) { return static_cast<int>(random_() % static_cast<uint32_t>(end)); }
+    bool OneIn(int n) { return Below(n) == 0; }
+    double Rate() {
+        constexpr double kRates[] = {5.0,  12.5, 23.976, 24.0, 25.0, 29.97,
+                                     30.0, 50.0, 59.94,  60.0, 75.3, 100.0};
+        return kRates[Below(12)];
+    }
+    InputSample Next(int picture) {
+        clock_ += Below(90) * kMs + Below(3);
+        if (OneIn(30)) position_ += 400 * kMs;
+        InputSample sample;
+        sample.picture = picture;
+        sample.clock = clock_;
+        sample.discontinuity = OneIn(3) ? kOk : kFalse;
+        if (!OneIn(3)) sample.mediaTime = {{picture * 2, picture * 2 + 2}};
+        if (OneIn(8)) return sample;  // no times
+        const int64_t length = OneIn(6) ? Below(4) * 50 * kMs : 40 * kMs + Below(20'000);
+        const int64_t jitter = OneIn(4) ? (Below(200) - 100) * kMs : 0;
+        sample.start = position_ + jitter;
+        if (!OneIn(15)) sample.stop = *sample.start + length;
+        position_ += length;
+        return sample;
+    }
+    int64_t Clock() const { return clock_; }
+
+  private:
+    std::minstd_rand random_;
+    int64_t clock_ = 1'000'000 * kMs;
+    int64_t position_ = 0;
+};
+
+struct Totals {
+    int64_t frames = 0;
+    int64_t dropped = 0;
+    int64_t repeats = 0;
+};
+
+// A stream of few samples, with rates that change under way.
+void CompareOneStream(uint32_t seed, Totals& totals) {
+    static std::vector<OutputFrame> got;
+    static std::vector<OutputFrame> expected;
+    RandomStream random(seed);
+    RegulatedStream stream;
+    RegulatorModel model;
+    const double rate = random.Rate();
+    stream.SetRate(rate);
+    model.SetRate(rate);
+    stream.Start(random.Clock());
+    model.Start(random.Clock());
+    for (int picture = 1; picture <= 8 && stream.IsOn(); ++picture) {
+        const InputSample sample = random.Next(picture);
+        const int changeAt = random.OneIn(6) ? random.Below(3) : -1;
+        const double newRate = random.OneIn(10) ? 0.0 : random.Rate();
+        const auto play = [&](auto& player, std::vector<OutputFrame>& frames) {
+            return player.Receive(sample, [&](const OutputFrame& frame) {
+                if (static_cast<int>(frames.size()) == changeAt) player.SetRate(newRate);
+                frames.push_back(frame);
+                return static_cast<int32_t>(frames.size());
+            });
+        };
+        got.clear();
+        expected.clear();
+        const int32_t result = play(stream, got);
+        ASSERT_EQ(result, play(model, expected)) << "seed " << seed << ", picture " << picture;
+        ASSERT_TRUE(got == expected) << "seed " << seed << ", picture " << picture;
+        totals.frames += static_cast<int64_t>(got.size());
+        if (got.empty()) ++totals.dropped;
+        if (got.size() > 1) totals.repeats += static_cast<int64_t>(got.size()) - 1;
+    }
+}
+
+TEST(TimeRegulatorTest, SameAsTheModelOnAMillionRandomStreams) {
+    Totals totals;
+    for (uint32_t seed = 1; seed <= 1'000'000; ++seed) {
+        CompareOneStream(seed, totals);
+        if (HasFatalFailure()) return;
+    }
+    // The streams must have been worth comparing.
+    EXPECT_GT(totals.frames, 5'000'000);
+    EXPECT_GT(totals.dropped, 500'000);
+    EXPECT_GT(totals.repeats, 1'000'000);
+}
+
+// Of one slot: start, end, and whether the sample's picture is shown.
+struct SlotFigure {
+    int64_t start;
+    int64_t end;
+    FrameBranch branch;
+    bool operator==(const SlotFigure&) const = default;
+};
+
+std::vector<SlotFigure> SlotsIn(TimeRegulator& regulator, TimeWindow window, int64_t duration) {
+    std::vector<SlotFigure> slots;
+    while (regulator.HasSlotIn(window)) {
+        regulator.BeginSlot(window, duration);
+        slots.push_back({regulator.Slot().start, regulator.Slot().end, regulator.Branch()});
+        if (regulator.Branch() == FrameBranch::ScaleAndKeep) regulator.MarkPictureKept();
+        regulator.EndSlot(duration);
+    }
+    return slots;
+}
+
+TEST(TimeRegulatorTest, TwiceTheRateRepeatsFromTheSecondSampleOn) {
+    TimeRegulator regulator;
+    EXPECT_EQ(SlotsIn(regulator, {0, 40}, 20),
+              (std::vector<SlotFigure>{{0, 20, FrameBranch::ScaleAndKeep}}));
+    EXPECT_EQ(SlotsIn(regulator, {40, 80}, 20),
+              (std::vector<SlotFigure>{{20, 40, FrameBranch::ScaleAndKeep},
+                                       {40, 60, FrameBranch::Repeat}}));
+}
+
+TEST(TimeRegulatorTest, AKeptPictureThatIsLostIsMadeAnew) {
+    TimeRegulator regulator;
+    SlotsIn(regulator, {0, 40}, 20);
+    regulator.ForgetKeptPicture();
+    // The sample starts after these slots: they would repeat.
+    EXPECT_EQ(SlotsIn(regulator, {80, 81}, 20),
+              (std::vector<SlotFigure>{{20, 40, FrameBranch::ScaleAndKeep},
+                                       {40, 60, FrameBranch::Repeat},
+                                       {60, 80, FrameBranch::ScaleAndKeep}}));
+}
+
+TEST(TimeRegulatorTest, ANewOutputTypeBeginsTheSlotsAnewAndARestartAllOfIt) {
+    TimeRegulator regulator;
+    SlotsIn(regulator, {0, 400}, 20);
+    regulator.RestartSlots();
+    EXPECT_EQ(SlotsIn(regulator, {100, 101}, 100),
+              (std::vector<SlotFigure>{{0, 100, FrameBranch::ScaleAndKeep}}));
+    regulator.Restart();
+    EXPECT_FALSE(regulator.IsInSlot());
+    EXPECT_EQ(SlotsIn(regulator, {500, 101}, 100),
+              (std::vector<SlotFigure>{{0, 100, FrameBranch::ScaleAndKeep}}));
+}
+
+TEST(TimeRegulatorTest, TheEndOfTimeIsTheEndOfAllSlots) {
+    constexpr int64_t kEnd = std::numeric_limits<int64_t>::max();
+    TimeRegulator regulator;
+    regulator.BeginSlot({0, kEnd}, kEnd - 5);
+    regulator.EndSlot(10);
+    EXPECT_FALSE(regulator.HasSlotIn({0, kEnd}));
+}
+
+TEST(TimeRegulatorTest, AStopEmptiesTheBufferOnly) {
+    TimeRegulator regulator;
+    SlotsIn(regulator, {0, 40}, 20);
+    EXPECT_EQ(regulator.Branch(), FrameBranch::Repeat);
+    regulator.Stop();
+    EXPECT_EQ(regulator.Branch(), FrameBranch::ScaleAndKeep);
+}
+
+}  // namespace
