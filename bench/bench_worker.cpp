@@ -21,7 +21,7 @@
 namespace tavo::bench {
 namespace {
 
-// What "set=" can ask for: a processor level, and the row operations that its members run on.
+// What "set=" can ask for: a processor level, and the row operations that the kernels run on.
 struct ForcedSet {
     const char* name;
     int cpuLevel;

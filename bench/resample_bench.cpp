@@ -22,7 +22,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-const char* MemberName(bool isCopy, int slot) {
+const char* VariantName(bool isCopy, int slot) {
     switch (slot) {
         case SlotNearest: return isCopy ? "Portable" : "Nearest";
         case SlotNearestMmx: return isCopy ? "Mmx" : "NearestMmx";
@@ -86,7 +86,7 @@ void Register(const FamilyInfo& family, const Sizes& sizes) {
         const KernelEntry entry = KernelTable[row][slot];
         if (!entry.scale || IsRepeated(row, slot)) continue;
         const std::string name =
-            prefix + MemberName(family.IsCopy(row), slot) + '/' + SizesOf(sizes);
+            prefix + VariantName(family.IsCopy(row), slot) + '/' + SizesOf(sizes);
         benchmark::RegisterBenchmark(name.c_str(),
                                      [&family, &sizes, entry](benchmark::State& state) {
                                          Measure(state, family, sizes, entry);

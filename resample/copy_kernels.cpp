@@ -1,4 +1,4 @@
-// Frame copies: two row shapes, each with a portable and a block-wise member.
+// Frame copies: two row shapes, each with a portable and a block-wise variant.
 
 #include "resample/copy_kernels.h"
 
@@ -46,7 +46,7 @@ int32_t CopyWords(uint8_t* dst, const uint8_t* src, int32_t height, RowShape row
 }
 
 int32_t CopyBlocks(uint8_t* dst, const uint8_t* src, int32_t height, RowShape row) {
-    const RowOpsScope ops(Member::Mmx);
+    const RowOpsScope ops(KernelVariant::Mmx);
     const int32_t blocks = (row.bytes + 7) / 8;
     if (height > 0 && blocks * 8 == row.stride) {
         ops->CopyBlocks(dst, src, blocks * height);

@@ -1,4 +1,4 @@
-// The copies that serve a frame of unchanged size. The _MMX members move whole blocks of eight
+// The copies that serve a frame of unchanged size. The _MMX variants move whole blocks of eight
 // bytes: up to seven bytes past the end of a row are read and written. Rows are written in the
 // order of memory, also when the destination is bottom-up, so that each row overwrites what spilled
 // into it and only the last row of the buffer spills over.

@@ -47,9 +47,9 @@ void BlendLastRows(const Frame& frame, int32_t firstRow, int32_t columns) {
 
 // A whole picture, for families whose edges depart from the formula in no other way.
 template <typename Pixel>
-int32_t BlendFrame(const Frame& frame, PixelKind kind, Member member) {
+int32_t BlendFrame(const Frame& frame, PixelKind kind, KernelVariant variant) {
     const Interior interior = FindInterior(frame);
-    BlendInterior(frame, interior, kind, member, BlendLastColumns<Pixel>);
+    BlendInterior(frame, interior, kind, variant, BlendLastColumns<Pixel>);
     BlendLastColumns<Pixel>(frame, interior, {interior.rows, frame.dstHeight});
     BlendLastRows<Pixel>(frame, interior.rows, interior.columns);
     return frame.dstHeight;

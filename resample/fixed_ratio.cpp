@@ -54,15 +54,16 @@ constexpr FixedRatio kFourToThree = kFourToThreeIndices.Ratio(kFourToThreeWeight
 constexpr FixedRatio kThreeToTwo = kThreeToTwoIndices.Ratio(kThreeToTwoWeights.of);
 constexpr FixedRatio kFourToThreeMixedRgb24 = kMixedIndices.Ratio(nullptr);
 
-int32_t TakeFrameFixed(const Frame& frame, const FixedRatio& ratio, PixelKind kind, Member member) {
-    const RowOpsScope ops(member);
-    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth, TakeOf(ops.Of(kind)), EndsAsItIs);
+int32_t NearestFrameFixed(const Frame& frame, const FixedRatio& ratio, PixelKind kind,
+                          KernelVariant variant) {
+    const RowOpsScope ops(variant);
+    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth, NearestOf(ops.Of(kind)), EndsAsItIs);
     return frame.dstHeight;
 }
 
 int32_t BlendFrameFixed(const Frame& frame, const FixedRatio& ratio, Halves halves, PixelKind kind,
-                        Member member) {
-    const RowOpsScope ops(member);
+                        KernelVariant variant) {
+    const RowOpsScope ops(variant);
     ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth, BlendOf(ops.Of(kind), halves),
                    EndsAsItIs);
     return frame.dstHeight;
@@ -71,8 +72,8 @@ int32_t BlendFrameFixed(const Frame& frame, const FixedRatio& ratio, Halves halv
 // Deliberate: the last destination pixel is the last source pixel but one, not blended with the
 // last.
 int32_t BlendFrameFixedCopyingLast(const Frame& frame, const FixedRatio& ratio, Halves halves,
-                                   PixelKind kind, Member member) {
-    const RowOpsScope ops(member);
+                                   PixelKind kind, KernelVariant variant) {
+    const RowOpsScope ops(variant);
     const auto size = static_cast<size_t>(frame.bytesPerPixel);
     const auto copyLast = [&](int32_t y) {
         std::memcpy(frame.DstRow(y) + frame.Bytes(frame.dstWidth - 1),

@@ -30,14 +30,15 @@ extern const FixedRatio kFourToThreeMixedRgb24;
 enum class Halves { Down, Up };
 
 // Nearest neighbour: the pixel at or before each position.
-int32_t TakeFrameFixed(const Frame& frame, const FixedRatio& ratio, PixelKind kind, Member member);
+int32_t NearestFrameFixed(const Frame& frame, const FixedRatio& ratio, PixelKind kind,
+                          KernelVariant variant);
 
 // Bilinear.
 int32_t BlendFrameFixed(const Frame& frame, const FixedRatio& ratio, Halves halves, PixelKind kind,
-                        Member member);
+                        KernelVariant variant);
 
 // The same for families that end every row on a copy of the last source pixel but one.
 int32_t BlendFrameFixedCopyingLast(const Frame& frame, const FixedRatio& ratio, Halves halves,
-                                   PixelKind kind, Member member);
+                                   PixelKind kind, KernelVariant variant);
 
 }  // namespace tavo

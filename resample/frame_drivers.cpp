@@ -41,42 +41,42 @@ void BlendTile(const Frame& frame, const Stretch& stretch, int32_t y, const Pixe
 
 }  // namespace
 
-int32_t TakeFrame(const Frame& frame, PixelKind kind, Member member) {
-    const RowOpsScope ops(member);
-    const PixelOperation take = TakeOf(ops.Of(kind));
-    const auto takeRows = [&](const Stretch& stretch) {
+int32_t NearestFrame(const Frame& frame, PixelKind kind, KernelVariant variant) {
+    const RowOpsScope ops(variant);
+    const PixelOperation nearest = NearestOf(ops.Of(kind));
+    const auto nearestRows = [&](const Stretch& stretch) {
         const ptrdiff_t from = frame.Bytes(stretch.first);
         const auto bytes = static_cast<int32_t>(frame.Bytes(stretch.plan.columns.count));
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
             if (y > 0 && frame.UpperRow(y) == frame.UpperRow(y - 1)) {
                 ops->CopyRow(frame.DstRow(y) + from, frame.DstRow(y - 1) + from, bytes);
             } else {
-                ApplyToRow(frame, stretch, y, frame.UpperRow(y), take);
+                ApplyToRow(frame, stretch, y, frame.UpperRow(y), nearest);
             }
         }
     };
-    ForColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth, take, takeRows);
+    ForColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth, nearest, nearestRows);
     return frame.dstHeight;
 }
 
-int32_t TakeFrameColumns(const Frame& frame, PixelKind kind, Member member) {
-    const RowOpsScope ops(member);
-    ApplyToColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth, TakeOf(ops.Of(kind)),
+int32_t NearestFrameColumns(const Frame& frame, PixelKind kind, KernelVariant variant) {
+    const RowOpsScope ops(variant);
+    ApplyToColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth, NearestOf(ops.Of(kind)),
                    EndsAsItIs);
     return frame.dstHeight;
 }
 
 // Deliberate: rows are copied with their padding, which all other scalers leave alone.
-int32_t TakeFrameRows(const Frame& frame, Member member) {
-    const RowOpsScope ops(member);
+int32_t NearestFrameRows(const Frame& frame, KernelVariant variant) {
+    const RowOpsScope ops(variant);
     for (int32_t y = 0; y < frame.dstHeight; ++y) {
         ops->CopyRow(frame.DstRow(y), frame.SrcRow(frame.UpperRow(y)), frame.dstStride);
     }
     return frame.dstHeight;
 }
 
-int32_t BlendFrameColumns(const Frame& frame, PixelKind kind, Member member) {
-    const RowOpsScope ops(member);
+int32_t BlendFrameColumns(const Frame& frame, PixelKind kind, KernelVariant variant) {
+    const RowOpsScope ops(variant);
     const PixelOps& pixels = ops.Of(kind);
     const int32_t inner = InnerEntries(*frame.xMap, frame.dstWidth, frame.srcWidth);
     const auto endRow = [&](int32_t y) {
@@ -93,8 +93,8 @@ int32_t BlendFrameColumns(const Frame& frame, PixelKind kind, Member member) {
     return frame.dstHeight;
 }
 
-int32_t BlendFrameRows(const Frame& frame, PixelKind kind, Member member) {
-    const RowOpsScope ops(member);
+int32_t BlendFrameRows(const Frame& frame, PixelKind kind, KernelVariant variant) {
+    const RowOpsScope ops(variant);
     for (int32_t y = 0; y < frame.dstHeight; ++y) {
         ops.Of(kind).BlendRows(frame.DstRow(y), frame.SrcRow(frame.UpperRow(y)),
                                frame.SrcRow(frame.LowerRow(y)), frame.yMap->weights[y],
@@ -108,11 +108,11 @@ Interior FindInterior(const Frame& frame) {
             InnerEntries(*frame.yMap, frame.dstHeight, frame.srcHeight)};
 }
 
-void BlendInterior(const Frame& frame, Interior interior, PixelKind kind, Member member,
+void BlendInterior(const Frame& frame, Interior interior, PixelKind kind, KernelVariant variant,
                    EndRows endRows) {
     // Few enough that what they touched is still in the cache.
     constexpr int32_t kRowsAtOnce = 16;
-    const RowOpsScope ops(member);
+    const RowOpsScope ops(variant);
     WorkMemory memory;
     uint8_t* const tile = memory.Bytes();
     const int32_t tileBytes = memory.IsShared() ? kTileBytes : kSmallTileBytes;

@@ -82,7 +82,7 @@ union KernelEntry {
 extern KernelEntry KernelTable[kKernelRows][kKernelSlots];
 
 // Fills the automatic slots for the processor of this machine, and chooses the row operations that
-// the members for MMX and SSE run on. Any thread; every call writes the same values.
+// the variants for MMX and SSE run on. Any thread; every call writes the same values.
 void FillKernelTable();
 
 // The same for a given processor level and speed class.

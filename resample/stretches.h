@@ -89,7 +89,9 @@ struct PixelOperation {
     PixelOps::Plan Plan;
     PixelOps::Apply Apply;
 };
-inline PixelOperation TakeOf(const PixelOps& ops) { return {ops.PlanTake, ops.TakeColumns}; }
+inline PixelOperation NearestOf(const PixelOps& ops) {
+    return {ops.PlanNearest, ops.NearestColumns};
+}
 inline PixelOperation BlendOf(const PixelOps& ops) { return {ops.PlanBlend, ops.BlendColumns}; }
 inline PixelOperation BlendUpOf(const PixelOps& ops) { return {ops.PlanBlend, ops.BlendColumnsUp}; }
 

@@ -85,15 +85,15 @@ void BlendRow(const Frame& frame, const PackedLayout& layout, const PackedStretc
 }
 
 // Nearest neighbour of packed rows, as ForColumns wants it.
-struct PackedTake {
+struct PackedNearest {
     const Packed422Ops& ops;
     const PackedLayout& layout;
 
     void Plan(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) const {
-        ops.PlanTake(plan, columns, layout, rowBytes);
+        ops.PlanNearest(plan, columns, layout, rowBytes);
     }
     void Apply(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) const {
-        ops.TakeColumns(dst, row, plan, layout);
+        ops.NearestColumns(dst, row, plan, layout);
     }
 };
 
@@ -122,27 +122,29 @@ int32_t BlendFixed(const Frame& frame, const FixedRatio& ratio, RepeatedChroma r
 
 }  // namespace
 
-int32_t TakePacked(const Frame& frame, const PackedLayout& layout, Member member) {
-    const RowOpsScope ops(member);
-    const PackedTake take = {ops->packed422, layout};
-    const auto takeRows = [&](const Stretch& stretch) {
+int32_t NearestPacked(const Frame& frame, const PackedLayout& layout, KernelVariant variant) {
+    const RowOpsScope ops(variant);
+    const PackedNearest nearest = {ops->packed422, layout};
+    const auto nearestRows = [&](const Stretch& stretch) {
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
-            ApplyToRow(frame, stretch, y, frame.UpperRow(y), take);
+            ApplyToRow(frame, stretch, y, frame.UpperRow(y), nearest);
         }
     };
-    ForColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth, take, takeRows);
+    ForColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth, nearest, nearestRows);
     return frame.dstHeight;
 }
 
-int32_t TakePackedColumns(const Frame& frame, const PackedLayout& layout, Member member) {
-    const RowOpsScope ops(member);
+int32_t NearestPackedColumns(const Frame& frame, const PackedLayout& layout,
+                             KernelVariant variant) {
+    const RowOpsScope ops(variant);
     ApplyToColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth,
-                   PackedTake{ops->packed422, layout}, EndsAsItIs);
+                   PackedNearest{ops->packed422, layout}, EndsAsItIs);
     return frame.dstHeight;
 }
 
-int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves average, Member member) {
-    const RowOpsScope ops(member);
+int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves average,
+                    KernelVariant variant) {
+    const RowOpsScope ops(variant);
     WorkMemory workMemory;
     const PackedMemory memory(workMemory);
     int32_t count = 0;
@@ -158,8 +160,8 @@ int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves avera
 }
 
 int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Halves average,
-                           Member member) {
-    const RowOpsScope ops(member);
+                           KernelVariant variant) {
+    const RowOpsScope ops(variant);
     WorkMemory workMemory;
     const PackedMemory memory(workMemory);
     int32_t count = 0;
@@ -175,28 +177,29 @@ int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Halve
     return frame.dstHeight;
 }
 
-int32_t TakePackedFixed(const Frame& frame, const FixedRatio& ratio, const PackedLayout& layout,
-                        Member member) {
-    const RowOpsScope ops(member);
-    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth, PackedTake{ops->packed422, layout},
-                   EndsAsItIs);
+int32_t NearestPackedFixed(const Frame& frame, const FixedRatio& ratio, const PackedLayout& layout,
+                           KernelVariant variant) {
+    const RowOpsScope ops(variant);
+    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth,
+                   PackedNearest{ops->packed422, layout}, EndsAsItIs);
     return frame.dstHeight;
 }
 
-int32_t BlendPackedThreeToTwo(const Frame& frame, const PackedLayout& layout, Member member) {
-    const RowOpsScope ops(member);
+int32_t BlendPackedThreeToTwo(const Frame& frame, const PackedLayout& layout,
+                              KernelVariant variant) {
+    const RowOpsScope ops(variant);
     return BlendFixed(frame, kThreeToTwo, kNoneRepeated, layout, *ops,
                       [](const PackedSamples&, int32_t) {});
 }
 
-// Deliberate, in every member: the second group of three takes its odd pixel's chroma from the
+// Deliberate, in every variant: the second group of three takes its odd pixel's chroma from the
 // first group's odd pixel.
 //
 // Deliberate, where whole positions are dimmed: a weight of 256 does not fit a byte, so pixels at
 // whole positions come out as 255/256 of their luma.
 int32_t BlendPackedFourToThree(const Frame& frame, const PackedLayout& layout,
-                               WholePositions wholePositions, Member member) {
-    const RowOpsScope ops(member);
+                               WholePositions wholePositions, KernelVariant variant) {
+    const RowOpsScope ops(variant);
     const auto dim = [&](const PackedSamples& samples, int32_t columns) {
         if (wholePositions == WholePositions::Dimmed) {
             ops->packed422.DimThirds(samples.luma, columns);

@@ -11,20 +11,22 @@
 namespace tavo {
 
 // Nearest neighbour: both axes, width only.
-int32_t TakePacked(const Frame& frame, const PackedLayout& layout, Member member);
-int32_t TakePackedColumns(const Frame& frame, const PackedLayout& layout, Member member);
+int32_t NearestPacked(const Frame& frame, const PackedLayout& layout, KernelVariant variant);
+int32_t NearestPackedColumns(const Frame& frame, const PackedLayout& layout, KernelVariant variant);
 
 // Bilinear: both axes, width only. `average` says how the chroma of two pixels is rounded.
-int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves average, Member member);
+int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves average,
+                    KernelVariant variant);
 int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Halves average,
-                           Member member);
+                           KernelVariant variant);
 
 // The fixed ratios, width only.
-int32_t TakePackedFixed(const Frame& frame, const FixedRatio& ratio, const PackedLayout& layout,
-                        Member member);
-int32_t BlendPackedThreeToTwo(const Frame& frame, const PackedLayout& layout, Member member);
+int32_t NearestPackedFixed(const Frame& frame, const FixedRatio& ratio, const PackedLayout& layout,
+                           KernelVariant variant);
+int32_t BlendPackedThreeToTwo(const Frame& frame, const PackedLayout& layout,
+                              KernelVariant variant);
 enum class WholePositions { Copied, Dimmed };
 int32_t BlendPackedFourToThree(const Frame& frame, const PackedLayout& layout,
-                               WholePositions wholePositions, Member member);
+                               WholePositions wholePositions, KernelVariant variant);
 
 }  // namespace tavo

@@ -1,5 +1,5 @@
 // Kernels for packed 4:2:2: two pixels in four bytes, rows padded to a multiple of four bytes. The
-// YUY2 family has its luma in the even bytes, UYVY in the odd ones. The _MMX and _SSE members give
+// YUY2 family has its luma in the even bytes, UYVY in the odd ones. The _MMX and _SSE variants give
 // the bytes of the portable ones, but for:
 //   ScaleBilinear_..._SSE, ScaleBilinearH_..._SSE         round the average of two chroma bytes up
 //   ScaleBilinearH640To480_..._MMX and _SSE               dim the luma of pixels at whole positions
@@ -22,7 +22,7 @@ TAVO_SCALE_KERNEL(ScaleBilinear_UYVY_Portable);
 TAVO_SCALE_KERNEL(ScaleBilinear_UYVY_MMX);
 TAVO_SCALE_KERNEL(ScaleBilinear_UYVY_SSE);
 
-// Height only. All but the portable bilinear members serve both layouts.
+// Height only. All but the portable bilinear variants serve both layouts.
 TAVO_SCALE_KERNEL(ScaleNearestV_YUY2_Portable);
 TAVO_SCALE_KERNEL(ScaleNearestV_YUY2_MMX);
 TAVO_SCALE_KERNEL(ScaleBilinearV_YUY2_Portable);

@@ -1,4 +1,4 @@
-// Kernels for one plane of 8-bit samples without row padding. The _MMX and _SSE members give the
+// Kernels for one plane of 8-bit samples without row padding. The _MMX and _SSE variants give the
 // bytes of the portable ones, but for ScaleBilinearH720To480_Planar_SSE, which rounds halves up.
 
 #pragma once

@@ -1,4 +1,4 @@
-// The 16-bit RGB kernels: each names its driver and the member whose row operations it runs on.
+// The 16-bit RGB kernels: each names its driver and the variant whose row operations it runs on.
 
 #include "resample/rgb16/rgb16_kernels.h"
 
@@ -19,48 +19,48 @@ constexpr PixelKind kRgb565 = &RowOps::rgb565;
 // clang-format off
 #define TAVO_FRAME Frame(kTwoByteRows, TAVO_SCALE_ARGUMENTS)
 
-TAVO_SCALE_KERNEL(ScaleNearest_RGB16_Portable)   { return TakeFrame(TAVO_FRAME, kRgb16, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleNearest_RGB16_MMX)        { return TakeFrame(TAVO_FRAME, kRgb16, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinear_RGB555_Portable) { return BlendFrame<Rgb555Pixel>(TAVO_FRAME, kRgb555, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinear_RGB555_MMX)      { return BlendFrame<Rgb555Pixel>(TAVO_FRAME, kRgb555, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinear_RGB555_SSE)      { return BlendFrame<Rgb555Pixel>(TAVO_FRAME, kRgb555, Member::Sse); }
-TAVO_SCALE_KERNEL(ScaleBilinear_RGB565_Portable) { return BlendFrame<Rgb565Pixel>(TAVO_FRAME, kRgb565, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinear_RGB565_MMX)      { return BlendFrame<Rgb565Pixel>(TAVO_FRAME, kRgb565, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinear_RGB565_SSE)      { return BlendFrame<Rgb565Pixel>(TAVO_FRAME, kRgb565, Member::Sse); }
+TAVO_SCALE_KERNEL(ScaleNearest_RGB16_Portable)   { return NearestFrame(TAVO_FRAME, kRgb16, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleNearest_RGB16_MMX)        { return NearestFrame(TAVO_FRAME, kRgb16, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinear_RGB555_Portable) { return BlendFrame<Rgb555Pixel>(TAVO_FRAME, kRgb555, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinear_RGB555_MMX)      { return BlendFrame<Rgb555Pixel>(TAVO_FRAME, kRgb555, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinear_RGB555_SSE)      { return BlendFrame<Rgb555Pixel>(TAVO_FRAME, kRgb555, KernelVariant::Sse); }
+TAVO_SCALE_KERNEL(ScaleBilinear_RGB565_Portable) { return BlendFrame<Rgb565Pixel>(TAVO_FRAME, kRgb565, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinear_RGB565_MMX)      { return BlendFrame<Rgb565Pixel>(TAVO_FRAME, kRgb565, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinear_RGB565_SSE)      { return BlendFrame<Rgb565Pixel>(TAVO_FRAME, kRgb565, KernelVariant::Sse); }
 
-TAVO_SCALE_KERNEL(ScaleNearestV_RGB16_Portable)   { return TakeFrameRows(TAVO_FRAME, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleNearestV_RGB16_MMX)        { return TakeFrameRows(TAVO_FRAME, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearV_RGB555_Portable) { return BlendFrameRows(TAVO_FRAME, kRgb555, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearV_RGB555_MMX)      { return BlendFrameRows(TAVO_FRAME, kRgb555, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearV_RGB555_SSE)      { return BlendFrameRows(TAVO_FRAME, kRgb555, Member::Sse); }
-TAVO_SCALE_KERNEL(ScaleBilinearV_RGB565_Portable) { return BlendFrameRows(TAVO_FRAME, kRgb565, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearV_RGB565_MMX)      { return BlendFrameRows(TAVO_FRAME, kRgb565, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearV_RGB565_SSE)      { return BlendFrameRows(TAVO_FRAME, kRgb565, Member::Sse); }
+TAVO_SCALE_KERNEL(ScaleNearestV_RGB16_Portable)   { return NearestFrameRows(TAVO_FRAME, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleNearestV_RGB16_MMX)        { return NearestFrameRows(TAVO_FRAME, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearV_RGB555_Portable) { return BlendFrameRows(TAVO_FRAME, kRgb555, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearV_RGB555_MMX)      { return BlendFrameRows(TAVO_FRAME, kRgb555, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearV_RGB555_SSE)      { return BlendFrameRows(TAVO_FRAME, kRgb555, KernelVariant::Sse); }
+TAVO_SCALE_KERNEL(ScaleBilinearV_RGB565_Portable) { return BlendFrameRows(TAVO_FRAME, kRgb565, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearV_RGB565_MMX)      { return BlendFrameRows(TAVO_FRAME, kRgb565, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearV_RGB565_SSE)      { return BlendFrameRows(TAVO_FRAME, kRgb565, KernelVariant::Sse); }
 
-TAVO_SCALE_KERNEL(ScaleNearestH_RGB16_Portable)   { return TakeFrameColumns(TAVO_FRAME, kRgb16, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleNearestH_RGB16_MMX)        { return TakeFrameColumns(TAVO_FRAME, kRgb16, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_RGB555_Portable) { return BlendFrameColumns(TAVO_FRAME, kRgb555, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_RGB555_MMX)      { return BlendFrameColumns(TAVO_FRAME, kRgb555, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_RGB555_SSE)      { return BlendFrameColumns(TAVO_FRAME, kRgb555, Member::Sse); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_RGB565_Portable) { return BlendFrameColumns(TAVO_FRAME, kRgb565, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_RGB565_MMX)      { return BlendFrameColumns(TAVO_FRAME, kRgb565, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_RGB565_SSE)      { return BlendFrameColumns(TAVO_FRAME, kRgb565, Member::Sse); }
+TAVO_SCALE_KERNEL(ScaleNearestH_RGB16_Portable)   { return NearestFrameColumns(TAVO_FRAME, kRgb16, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleNearestH_RGB16_MMX)        { return NearestFrameColumns(TAVO_FRAME, kRgb16, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_RGB555_Portable) { return BlendFrameColumns(TAVO_FRAME, kRgb555, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_RGB555_MMX)      { return BlendFrameColumns(TAVO_FRAME, kRgb555, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_RGB555_SSE)      { return BlendFrameColumns(TAVO_FRAME, kRgb555, KernelVariant::Sse); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_RGB565_Portable) { return BlendFrameColumns(TAVO_FRAME, kRgb565, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_RGB565_MMX)      { return BlendFrameColumns(TAVO_FRAME, kRgb565, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_RGB565_SSE)      { return BlendFrameColumns(TAVO_FRAME, kRgb565, KernelVariant::Sse); }
 
-TAVO_SCALE_KERNEL(ScaleNearestH640To480_RGB16_Portable)   { return TakeFrameFixed(TAVO_FRAME, kFourToThree, kRgb16, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleNearestH640To480_RGB16_MMX)        { return TakeFrameFixed(TAVO_FRAME, kFourToThree, kRgb16, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB555_Portable) { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Halves::Down, kRgb555, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB555_MMX)      { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Halves::Down, kRgb555, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB565_Portable) { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Halves::Down, kRgb565, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB565_MMX)      { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Halves::Down, kRgb565, Member::Mmx); }
+TAVO_SCALE_KERNEL(ScaleNearestH640To480_RGB16_Portable)   { return NearestFrameFixed(TAVO_FRAME, kFourToThree, kRgb16, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleNearestH640To480_RGB16_MMX)        { return NearestFrameFixed(TAVO_FRAME, kFourToThree, kRgb16, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB555_Portable) { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Halves::Down, kRgb555, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB555_MMX)      { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Halves::Down, kRgb555, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB565_Portable) { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Halves::Down, kRgb565, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB565_MMX)      { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Halves::Down, kRgb565, KernelVariant::Mmx); }
 
-TAVO_SCALE_KERNEL(ScaleNearestH720To480_RGB16_Portable)   { return TakeFrameFixed(TAVO_FRAME, kThreeToTwo, kRgb16, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleNearestH720To480_RGB16_MMX)        { return TakeFrameFixed(TAVO_FRAME, kThreeToTwo, kRgb16, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB555_Portable) { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb555, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB555_MMX)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb555, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB555_SSE)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Up, kRgb555, Member::Sse); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB565_Portable) { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb565, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB565_MMX)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb565, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB565_SSE)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Up, kRgb565, Member::Sse); }
+TAVO_SCALE_KERNEL(ScaleNearestH720To480_RGB16_Portable)   { return NearestFrameFixed(TAVO_FRAME, kThreeToTwo, kRgb16, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleNearestH720To480_RGB16_MMX)        { return NearestFrameFixed(TAVO_FRAME, kThreeToTwo, kRgb16, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB555_Portable) { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb555, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB555_MMX)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb555, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB555_SSE)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Up, kRgb555, KernelVariant::Sse); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB565_Portable) { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb565, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB565_MMX)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb565, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB565_SSE)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Up, kRgb565, KernelVariant::Sse); }
 
 #undef TAVO_FRAME
 // clang-format on

@@ -1,7 +1,7 @@
 // Kernels for 16-bit RGB: one word a pixel, rows padded to a multiple of four bytes. Nearest
 // neighbour copies whole words, so one set (RGB16) serves both layouts. Bilinear blends the three
-// fields; bit 15 of an RGB555 result is 0. The _MMX and _SSE members give the bytes of the portable
-// ones, but the _SSE members of 720 to 480 round halves up.
+// fields; bit 15 of an RGB555 result is 0. The _MMX and _SSE variants give the bytes of the
+// portable ones, but the _SSE variants of 720 to 480 round halves up.
 
 #pragma once
 

@@ -10,19 +10,19 @@ constexpr PixelKind kRgb24 = &RowOps::rgb24;
 
 }  // namespace
 
-int32_t TakeRgb24FourToThreeMixed(const Frame& frame, Member member) {
+int32_t NearestRgb24FourToThreeMixed(const Frame& frame, KernelVariant variant) {
     Frame bytes = frame;
     bytes.dstWidth *= kPixelBytes;
     bytes.srcWidth *= kPixelBytes;
     bytes.bytesPerPixel = 1;
-    return TakeFrameFixed(bytes, kFourToThreeMixedRgb24, &RowOps::plane, member);
+    return NearestFrameFixed(bytes, kFourToThreeMixedRgb24, &RowOps::plane, variant);
 }
 
 // Deliberate: each row's end also writes the byte after it, with the blue of the row's last source
 // pixel. Where rows have no padding that is the first byte of the next row in memory, or the byte
 // after the picture. All rows are done before it.
-int32_t BlendRgb24FourToThreeSpilling(const Frame& frame, Member member) {
-    BlendFrameFixedCopyingLast(frame, kFourToThree, Halves::Down, kRgb24, member);
+int32_t BlendRgb24FourToThreeSpilling(const Frame& frame, KernelVariant variant) {
+    BlendFrameFixedCopyingLast(frame, kFourToThree, Halves::Down, kRgb24, variant);
     for (int32_t y = 0; y < frame.dstHeight; ++y) {
         frame.DstRow(y)[frame.dstRowBytes] = frame.SrcRow(y)[(frame.srcWidth - 1) * kPixelBytes];
     }
@@ -31,8 +31,8 @@ int32_t BlendRgb24FourToThreeSpilling(const Frame& frame, Member member) {
 
 // Deliberate: the last pixel but one of each row is blended with a sixteenth of its weight, so it
 // moves five steps at most.
-int32_t BlendRgb24FourToThreeWithFaintEnd(const Frame& frame, Member member) {
-    BlendFrameFixedCopyingLast(frame, kFourToThree, Halves::Down, kRgb24, member);
+int32_t BlendRgb24FourToThreeWithFaintEnd(const Frame& frame, KernelVariant variant) {
+    BlendFrameFixedCopyingLast(frame, kFourToThree, Halves::Down, kRgb24, variant);
     for (int32_t y = 0; y < frame.dstHeight; ++y) {
         uint8_t* dst = frame.DstRow(y) + (frame.dstWidth - 2) * kPixelBytes;
         const uint8_t* src = frame.SrcRow(y) + (frame.srcWidth - 3) * kPixelBytes;

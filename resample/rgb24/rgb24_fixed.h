@@ -8,8 +8,8 @@
 namespace tavo {
 
 // Each returns the number of rows written.
-int32_t TakeRgb24FourToThreeMixed(const Frame& frame, Member member);
-int32_t BlendRgb24FourToThreeSpilling(const Frame& frame, Member member);
-int32_t BlendRgb24FourToThreeWithFaintEnd(const Frame& frame, Member member);
+int32_t NearestRgb24FourToThreeMixed(const Frame& frame, KernelVariant variant);
+int32_t BlendRgb24FourToThreeSpilling(const Frame& frame, KernelVariant variant);
+int32_t BlendRgb24FourToThreeWithFaintEnd(const Frame& frame, KernelVariant variant);
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// The RGB24 kernels: each names its driver and the member whose row operations it runs on.
+// The RGB24 kernels: each names its driver and the variant whose row operations it runs on.
 
 #include "resample/rgb24/rgb24_kernels.h"
 
@@ -17,33 +17,33 @@ constexpr PixelKind kRgb24 = &RowOps::rgb24;
 // clang-format off
 #define TAVO_FRAME Frame(kRgb24Rows, TAVO_SCALE_ARGUMENTS)
 
-TAVO_SCALE_KERNEL(ScaleNearest_RGB24_Portable)   { return TakeFrame(TAVO_FRAME, kRgb24, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleNearest_RGB24_MMX)        { return TakeFrame(TAVO_FRAME, kRgb24, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinear_RGB24_Portable)  { return BlendFrame<Rgb24Pixel>(TAVO_FRAME, kRgb24, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinear_RGB24_MMX)       { return BlendFrame<Rgb24Pixel>(TAVO_FRAME, kRgb24, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinear_RGB24_SSE)       { return BlendFrame<Rgb24Pixel>(TAVO_FRAME, kRgb24, Member::Sse); }
+TAVO_SCALE_KERNEL(ScaleNearest_RGB24_Portable)   { return NearestFrame(TAVO_FRAME, kRgb24, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleNearest_RGB24_MMX)        { return NearestFrame(TAVO_FRAME, kRgb24, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinear_RGB24_Portable)  { return BlendFrame<Rgb24Pixel>(TAVO_FRAME, kRgb24, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinear_RGB24_MMX)       { return BlendFrame<Rgb24Pixel>(TAVO_FRAME, kRgb24, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinear_RGB24_SSE)       { return BlendFrame<Rgb24Pixel>(TAVO_FRAME, kRgb24, KernelVariant::Sse); }
 
-TAVO_SCALE_KERNEL(ScaleNearestV_RGB24_Portable)  { return TakeFrameRows(TAVO_FRAME, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleNearestV_RGB24_MMX)       { return TakeFrameRows(TAVO_FRAME, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearV_RGB24_Portable) { return BlendFrameRows(TAVO_FRAME, kRgb24, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearV_RGB24_MMX)      { return BlendFrameRows(TAVO_FRAME, kRgb24, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearV_RGB24_SSE)      { return BlendFrameRows(TAVO_FRAME, kRgb24, Member::Sse); }
+TAVO_SCALE_KERNEL(ScaleNearestV_RGB24_Portable)  { return NearestFrameRows(TAVO_FRAME, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleNearestV_RGB24_MMX)       { return NearestFrameRows(TAVO_FRAME, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearV_RGB24_Portable) { return BlendFrameRows(TAVO_FRAME, kRgb24, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearV_RGB24_MMX)      { return BlendFrameRows(TAVO_FRAME, kRgb24, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearV_RGB24_SSE)      { return BlendFrameRows(TAVO_FRAME, kRgb24, KernelVariant::Sse); }
 
-TAVO_SCALE_KERNEL(ScaleNearestH_RGB24_Portable)  { return TakeFrameColumns(TAVO_FRAME, kRgb24, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleNearestH_RGB24_MMX)       { return TakeFrameColumns(TAVO_FRAME, kRgb24, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_RGB24_Portable) { return BlendFrameColumns(TAVO_FRAME, kRgb24, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_RGB24_MMX)      { return BlendFrameColumns(TAVO_FRAME, kRgb24, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_RGB24_SSE)      { return BlendFrameColumns(TAVO_FRAME, kRgb24, Member::Sse); }
+TAVO_SCALE_KERNEL(ScaleNearestH_RGB24_Portable)  { return NearestFrameColumns(TAVO_FRAME, kRgb24, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleNearestH_RGB24_MMX)       { return NearestFrameColumns(TAVO_FRAME, kRgb24, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_RGB24_Portable) { return BlendFrameColumns(TAVO_FRAME, kRgb24, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_RGB24_MMX)      { return BlendFrameColumns(TAVO_FRAME, kRgb24, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_RGB24_SSE)      { return BlendFrameColumns(TAVO_FRAME, kRgb24, KernelVariant::Sse); }
 
-TAVO_SCALE_KERNEL(ScaleNearestH640To480_RGB24_Portable)  { return TakeFrameFixed(TAVO_FRAME, kFourToThree, kRgb24, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleNearestH640To480_RGB24_MMX)       { return TakeRgb24FourToThreeMixed(TAVO_FRAME, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB24_Portable) { return BlendRgb24FourToThreeSpilling(TAVO_FRAME, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB24_MMX)      { return BlendRgb24FourToThreeWithFaintEnd(TAVO_FRAME, Member::Mmx); }
+TAVO_SCALE_KERNEL(ScaleNearestH640To480_RGB24_Portable)  { return NearestFrameFixed(TAVO_FRAME, kFourToThree, kRgb24, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleNearestH640To480_RGB24_MMX)       { return NearestRgb24FourToThreeMixed(TAVO_FRAME, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB24_Portable) { return BlendRgb24FourToThreeSpilling(TAVO_FRAME, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB24_MMX)      { return BlendRgb24FourToThreeWithFaintEnd(TAVO_FRAME, KernelVariant::Mmx); }
 
-TAVO_SCALE_KERNEL(ScaleNearestH720To480_RGB24_Portable)  { return TakeFrameFixed(TAVO_FRAME, kThreeToTwo, kRgb24, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB24_Portable) { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb24, Member::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB24_MMX)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb24, Member::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB24_SSE)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Halves::Up, kRgb24, Member::Sse); }
+TAVO_SCALE_KERNEL(ScaleNearestH720To480_RGB24_Portable)  { return NearestFrameFixed(TAVO_FRAME, kThreeToTwo, kRgb24, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB24_Portable) { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb24, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB24_MMX)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb24, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB24_SSE)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Halves::Up, kRgb24, KernelVariant::Sse); }
 
 #undef TAVO_FRAME
 // clang-format on

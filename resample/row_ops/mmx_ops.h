@@ -36,7 +36,7 @@ struct MmxOps {
         BlendColumnsPlain<PlanePixel, Rounding>(dst, row, columns, i);
     }
 
-    static void TakePlaneColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+    static void NearestPlaneColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         const ColumnRun& columns = plan.columns;
         const auto word = [&](int32_t i) {
             return static_cast<uint32_t>(row[columns.Pixel(i)] | row[columns.Pixel(i + 1)] << 8);
@@ -45,7 +45,7 @@ struct MmxOps {
         for (; i + 8 <= columns.count; i += 8) {
             Store8(dst + i, V::Words(word(i), word(i + 2), word(i + 4), word(i + 6)));
         }
-        TakeColumnsPlain<PlanePixel>(dst, row, columns, i);
+        NearestColumnsPlain<PlanePixel>(dst, row, columns, i);
     }
 
     // RGB24: a pixel and its neighbour are six bytes, and no byte around them is read. Four bytes
@@ -67,7 +67,7 @@ struct MmxOps {
     }
 
     // Eight pixels make three registers, and some of them lie across two.
-    static void TakeRgb24Columns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+    static void NearestRgb24Columns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         const ColumnRun& columns = plan.columns;
         int32_t i = 0;
         for (; i + 8 <= columns.count; i += 8) {
@@ -85,7 +85,7 @@ struct MmxOps {
             Store8(to + 16, join(join(_mm_srli_si64(sixth, 8), _mm_slli_si64(pixel(6), 16)),
                                  _mm_slli_si64(pixel(7), 40)));
         }
-        TakeColumnsPlain<Rgb24Pixel>(dst, row, columns, i);
+        NearestColumnsPlain<Rgb24Pixel>(dst, row, columns, i);
     }
 
     // RGB555 and RGB565: four pixels a step.
@@ -102,7 +102,7 @@ struct MmxOps {
     }
 
     // Four columns, or the right neighbours of four.
-    static __m64 TakeFourWords(const uint8_t* row, const ColumnRun& columns, int32_t i) {
+    static __m64 GatherFourWords(const uint8_t* row, const ColumnRun& columns, int32_t i) {
         return V::Words(Load2(row + columns.Pixel(i) * 2), Load2(row + columns.Pixel(i + 1) * 2),
                         Load2(row + columns.Pixel(i + 2) * 2),
                         Load2(row + columns.Pixel(i + 3) * 2));
@@ -113,20 +113,20 @@ struct MmxOps {
         const ColumnRun& columns = plan.columns;
         int32_t i = 0;
         for (; i + 4 <= columns.count; i += 4) {
-            Store8(dst + i * 2, BlendFields<Pixel, Rounding>(TakeFourWords(row, columns, i),
-                                                             TakeFourWords(row + 2, columns, i),
+            Store8(dst + i * 2, BlendFields<Pixel, Rounding>(GatherFourWords(row, columns, i),
+                                                             GatherFourWords(row + 2, columns, i),
                                                              Weights16(columns.weights + i)));
         }
         BlendColumnsPlain<Pixel, Rounding>(dst, row, columns, i);
     }
 
-    static void TakeWordColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+    static void NearestWordColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         const ColumnRun& columns = plan.columns;
         int32_t i = 0;
         for (; i + 4 <= columns.count; i += 4) {
-            Store8(dst + i * 2, TakeFourWords(row, columns, i));
+            Store8(dst + i * 2, GatherFourWords(row, columns, i));
         }
-        TakeColumnsPlain<Rgb555Pixel>(dst, row, columns, i);
+        NearestColumnsPlain<Rgb555Pixel>(dst, row, columns, i);
     }
 
     static void CopyBlocks(uint8_t* dst, const uint8_t* src, int32_t blocks) {
@@ -157,13 +157,13 @@ struct MmxOps {
                                            PlanPlain,
                                            BlendFieldColumns<Pixel, RoundDown>,
                                            BlendFieldColumns<Pixel, RoundUp>,
-                                           TakeWordColumns};
+                                           NearestWordColumns};
 
     static constexpr RowOps kAll = {
         {BlendByteRowsMmx, PlanPlain, PlanPlain, BlendPlaneColumns<RoundDown>,
-         BlendPlaneColumns<RoundUp>, TakePlaneColumns},
+         BlendPlaneColumns<RoundUp>, NearestPlaneColumns},
         {BlendByteRowsMmx, PlanPlain, PlanPlain, BlendRgb24Columns<RoundDown>,
-         BlendRgb24Columns<RoundUp>, TakeRgb24Columns},
+         BlendRgb24Columns<RoundUp>, NearestRgb24Columns},
         kFieldOps<Rgb555Pixel>,
         kFieldOps<Rgb565Pixel>,
         MmxPacked422<V>::kAll,

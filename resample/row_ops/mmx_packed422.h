@@ -61,8 +61,8 @@ struct MmxPacked422 {
     }
 
     // Four pixels a step. The chroma of two pixels is averaged with their whole groups.
-    static void TakePackedColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan,
-                                  const PackedLayout& layout) {
+    static void NearestPackedColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan,
+                                     const PackedLayout& layout) {
         const ColumnRun& columns = plan.columns;
         const auto group = [&](int32_t i) { return Load4(row + columns.Pixel(i) / 2 * 4); };
         const auto luma = [&](int32_t i) -> uint32_t {
@@ -78,7 +78,7 @@ struct MmxPacked422 {
                                           : _mm_or_si64(_mm_slli_pi16(lumas, 8),
                                                         _mm_and_si64(LowBytes(), average)));
         }
-        TakePackedPlain(dst, row, columns, layout, i);
+        NearestPackedPlain(dst, row, columns, layout, i);
     }
 
     static void DimThirds(uint8_t* samples, int32_t count) {
@@ -101,7 +101,7 @@ struct MmxPacked422 {
                                           BlendThenPack<BlendByteRowsMmx, Pack<AverageUp>>,
                                           DimThirds,
                                           PlanPackedPlain,
-                                          TakePackedColumns};
+                                          NearestPackedColumns};
 };
 
 }  // namespace

@@ -34,7 +34,8 @@ void BlendColumnsPlain(uint8_t* dst, const uint8_t* row, const ColumnRun& column
 }
 
 template <typename Pixel>
-void TakeColumnsPlain(uint8_t* dst, const uint8_t* row, const ColumnRun& columns, int32_t first) {
+void NearestColumnsPlain(uint8_t* dst, const uint8_t* row, const ColumnRun& columns,
+                         int32_t first) {
     for (int32_t i = first; i < columns.count; ++i) {
         std::memcpy(dst + i * Pixel::kSize, row + columns.Pixel(i) * Pixel::kSize, Pixel::kSize);
     }

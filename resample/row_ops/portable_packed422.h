@@ -59,8 +59,8 @@ void BlendThenPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b,
 }
 
 // From column `first` on, an even one. An odd last column is repeated.
-[[maybe_unused]] void TakePackedPlain(uint8_t* dst, const uint8_t* row, const ColumnRun& columns,
-                                      const PackedLayout& layout, int32_t first) {
+[[maybe_unused]] void NearestPackedPlain(uint8_t* dst, const uint8_t* row, const ColumnRun& columns,
+                                         const PackedLayout& layout, int32_t first) {
     for (int32_t i = first; i < columns.count; i += 2) {
         const ptrdiff_t even = columns.Pixel(i);
         const ptrdiff_t odd = columns.Pixel(i + 1 < columns.count ? i + 1 : i);
@@ -82,9 +82,10 @@ void BlendThenPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b,
     plan.window = 0;
 }
 
-[[maybe_unused]] void TakePackedColumnsPlain(uint8_t* dst, const uint8_t* row,
-                                             const ColumnPlan& plan, const PackedLayout& layout) {
-    TakePackedPlain(dst, row, plan.columns, layout, 0);
+[[maybe_unused]] void NearestPackedColumnsPlain(uint8_t* dst, const uint8_t* row,
+                                                const ColumnPlan& plan,
+                                                const PackedLayout& layout) {
+    NearestPackedPlain(dst, row, plan.columns, layout, 0);
 }
 
 // From sample `first` on, which is one of those that change.

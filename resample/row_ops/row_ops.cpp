@@ -1,4 +1,4 @@
-// The choice of row operations for the members that are named after an instruction set.
+// The choice of row operations for the variants that are named after an instruction set.
 
 #include "resample/row_ops/row_ops.h"
 
@@ -12,8 +12,8 @@ std::atomic<const RowOps*> chosenForPortable{&kPortableRowOps};
 
 }  // namespace
 
-const RowOps& RowOpsOf(Member member) {
-    const auto& chosen = member == Member::Portable ? chosenForPortable : chosenRowOps;
+const RowOps& RowOpsOf(KernelVariant variant) {
+    const auto& chosen = variant == KernelVariant::Portable ? chosenForPortable : chosenRowOps;
     return *chosen.load(std::memory_order_relaxed);
 }
 

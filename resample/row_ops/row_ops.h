@@ -46,7 +46,7 @@ struct PixelOps {
     using Plan = void (*)(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes);
     using Apply = void (*)(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan);
     Plan PlanBlend;
-    Plan PlanTake;
+    Plan PlanNearest;
 
     // Blends each column's pixel with its right neighbour, which every one of them must have.
     Apply BlendColumns;
@@ -54,8 +54,8 @@ struct PixelOps {
     // The same, but rounded up: a - (((a - b) * weight) >> 8).
     Apply BlendColumnsUp;
 
-    // Copies each column's pixel. Needs the plan of PlanTake.
-    Apply TakeColumns;
+    // Copies each column's pixel. Needs the plan of PlanNearest.
+    Apply NearestColumns;
 };
 
 // Where the bytes of a packed 4:2:2 row lie. Two pixels share a group of four bytes, with a luma
@@ -97,14 +97,14 @@ struct Packed422Ops {
     // weight of 255/256 leaves of it.
     void (*DimThirds)(uint8_t* samples, int32_t count);
 
-    // Prepares a plan for TakeColumns, as the plans of PixelOps. Rows consist of whole groups.
-    void (*PlanTake)(ColumnPlan& plan, const ColumnRun& columns, const PackedLayout& layout,
-                     int32_t rowBytes);
+    // Prepares a plan for NearestColumns, as the plans of PixelOps. Rows consist of whole groups.
+    void (*PlanNearest)(ColumnPlan& plan, const ColumnRun& columns, const PackedLayout& layout,
+                        int32_t rowBytes);
 
     // Copies each column's pixel, straight from a packed row. The chroma of two pixels is averaged,
     // a half rounded down; an odd last column is repeated.
-    void (*TakeColumns)(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan,
-                        const PackedLayout& layout);
+    void (*NearestColumns)(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan,
+                           const PackedLayout& layout);
 };
 
 struct RowOps {
@@ -130,12 +130,12 @@ using PixelKind = PixelOps RowOps::*;
 // The instruction sets that row operations are written for.
 enum class InstructionSet { Portable, Mmx, Sse, Ssse3, Avx2, Avx512 };
 
-// The members of a kernel family: what their name promises to need at least, and whose bytes they
-// give. A member may run wider operations than its name says, if its processor has them.
-enum class Member { Portable, Mmx, Sse };
+// The variants of a kernel family: what their name promises to need at least, and whose bytes they
+// give. A variant may run wider operations than its name says, if its processor has them.
+enum class KernelVariant { Portable, Mmx, Sse };
 
-// The operations that a member runs on. Portable ones for every member until they are chosen.
-const RowOps& RowOpsOf(Member member);
+// The operations that a variant runs on. Portable ones for every variant until they are chosen.
+const RowOps& RowOpsOf(KernelVariant variant);
 
 // As printed: "MMX", "AVX2".
 const char* InstructionSetName(InstructionSet set);
@@ -143,9 +143,9 @@ const char* InstructionSetName(InstructionSet set);
 // Whether a set is part of the build and this processor can run it.
 bool CanRun(InstructionSet set);
 
-// Chooses the operations of all members; this processor must be able to run them. MMX and SSE leave
-// the portable members as they are, since only members named for MMX may touch its registers. Any
-// thread; kernels in progress go on with the old choice.
+// Chooses the operations of all variants; this processor must be able to run them. MMX and SSE
+// leave the portable variants as they are, since only variants named for MMX may touch its
+// registers. Any thread; kernels in progress go on with the old choice.
 void ChooseRowOps(InstructionSet set);
 
 extern const RowOps kPortableRowOps;
@@ -158,7 +158,7 @@ extern const RowOps kAvx512RowOps;
 // Ends the use of an instruction set's registers on every way out of a kernel.
 class RowOpsScope {
   public:
-    explicit RowOpsScope(Member member) : ops_(RowOpsOf(member)) {}
+    explicit RowOpsScope(KernelVariant variant) : ops_(RowOpsOf(variant)) {}
     ~RowOpsScope() { ops_.Finish(); }
     RowOpsScope(const RowOpsScope&) = delete;
     RowOpsScope& operator=(const RowOpsScope&) = delete;

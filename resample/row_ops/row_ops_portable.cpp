@@ -12,14 +12,17 @@ void BlendColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
 }
 
 template <typename Pixel>
-void TakeColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-    TakeColumnsPlain<Pixel>(dst, row, plan.columns, 0);
+void NearestColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+    NearestColumnsPlain<Pixel>(dst, row, plan.columns, 0);
 }
 
 template <typename Pixel>
-constexpr PixelOps kOpsOf = {
-    BlendRowsPlain<Pixel>,        PlanPlain,         PlanPlain, BlendColumns<Pixel, RoundDown>,
-    BlendColumns<Pixel, RoundUp>, TakeColumns<Pixel>};
+constexpr PixelOps kOpsOf = {BlendRowsPlain<Pixel>,
+                             PlanPlain,
+                             PlanPlain,
+                             BlendColumns<Pixel, RoundDown>,
+                             BlendColumns<Pixel, RoundUp>,
+                             NearestColumns<Pixel>};
 
 void Unpack(const PackedSamples& dst, const uint8_t* src, int32_t groups,
             const PackedLayout& layout) {
@@ -53,7 +56,7 @@ const RowOps kPortableRowOps = {
     {Unpack, Pack<AverageDown>, Pack<AverageUp>,
      BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<AverageDown>>,
      BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<AverageUp>>, DimThirds, PlanPackedPlain,
-     TakePackedColumnsPlain},
+     NearestPackedColumnsPlain},
     CopyRow,
     CopyBlocks,
     Finish,

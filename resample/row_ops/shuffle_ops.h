@@ -112,7 +112,7 @@ struct ShuffleOps {
     }
 
     template <typename Pixel, int32_t kWindow>
-    static void TakeTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+    static void NearestTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         Base::StoreSteps(
             dst, plan, plan.columns.count * Pixel::kSize, [&](const ShuffleStep<V>& step) {
                 return V::LowHalves(Base::template LoadTiles<kWindow>(row, step, 0),
@@ -121,11 +121,11 @@ struct ShuffleOps {
     }
 
     template <typename Pixel>
-    static void TakeColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+    static void NearestColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         switch (plan.window) {
-            case OneWindow: return TakeTiles<Pixel, OneWindow>(dst, row, plan);
-            case TwoWindows: return TakeTiles<Pixel, TwoWindows>(dst, row, plan);
-            default: return TakeColumnsPlain<Pixel>(dst, row, plan.columns, 0);
+            case OneWindow: return NearestTiles<Pixel, OneWindow>(dst, row, plan);
+            case TwoWindows: return NearestTiles<Pixel, TwoWindows>(dst, row, plan);
+            default: return NearestColumnsPlain<Pixel>(dst, row, plan.columns, 0);
         }
     }
 
@@ -138,17 +138,17 @@ struct ShuffleOps {
     template <typename Pixel>
     static constexpr PixelOps kByteOps = {Base::BlendByteRows,
                                           PlanByteBlend<V, Pixel>,
-                                          PlanTake<V, Pixel>,
+                                          PlanNearest<V, Pixel>,
                                           BlendByteColumns<Pixel, RoundDown>,
                                           BlendByteColumns<Pixel, RoundUp>,
-                                          TakeColumns<Pixel>};
+                                          NearestColumns<Pixel>};
     template <typename Pixel>
     static constexpr PixelOps kFieldOps = {BlendFieldRows<Pixel>,
                                            PlanFieldBlend<V, Pixel>,
-                                           PlanTake<V, Pixel>,
+                                           PlanNearest<V, Pixel>,
                                            BlendFieldColumns<Pixel, RoundDown>,
                                            BlendFieldColumns<Pixel, RoundUp>,
-                                           TakeColumns<Pixel>};
+                                           NearestColumns<Pixel>};
 
     static constexpr RowOps kAll = {
         kByteOps<PlanePixel>,

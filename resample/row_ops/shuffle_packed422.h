@@ -15,7 +15,7 @@ struct ShufflePacked422 {
     static constexpr int32_t kBytes = Base::kBytes;
 
     template <int32_t kWindow>
-    static void TakePackedTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+    static void NearestPackedTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         const int32_t groups = (plan.columns.count + 1) / 2;
         Base::StoreSteps(dst, plan, groups * 4, [&](const ShuffleStep<V>& step) {
             const Reg first = Base::template LoadTiles<kWindow>(row, step, 0);
@@ -27,12 +27,12 @@ struct ShufflePacked422 {
         });
     }
 
-    static void TakePackedColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan,
-                                  const PackedLayout& layout) {
+    static void NearestPackedColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan,
+                                     const PackedLayout& layout) {
         switch (plan.window) {
-            case OneWindow: return TakePackedTiles<OneWindow>(dst, row, plan);
-            case TwoWindows: return TakePackedTiles<TwoWindows>(dst, row, plan);
-            default: return TakePackedPlain(dst, row, plan.columns, layout, 0);
+            case OneWindow: return NearestPackedTiles<OneWindow>(dst, row, plan);
+            case TwoWindows: return NearestPackedTiles<TwoWindows>(dst, row, plan);
+            default: return NearestPackedPlain(dst, row, plan.columns, layout, 0);
         }
     }
 
@@ -125,8 +125,8 @@ struct ShufflePacked422 {
                                           BlendPack<AverageDown>,
                                           BlendPack<AverageUp>,
                                           DimThirds,
-                                          PlanPackedTake<V>,
-                                          TakePackedColumns};
+                                          PlanPackedNearest<V>,
+                                          NearestPackedColumns};
 };
 
 }  // namespace

@@ -253,15 +253,15 @@ void PlanFieldBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes
 
 // For copies: the first half is all that counts.
 template <typename V, typename Pixel>
-void PlanTake(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
+void PlanNearest(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
     const ColumnRun unweighted = {columns.indices, nullptr, columns.firstIndex, columns.count};
     PlanTiles<V>(plan, unweighted, PixelBytes<Pixel>{}, rowBytes, FillHalves);
 }
 
 // For packed 4:2:2: halves that are averaged.
 template <typename V>
-void PlanPackedTake(ColumnPlan& plan, const ColumnRun& columns, const PackedLayout& layout,
-                    int32_t rowBytes) {
+void PlanPackedNearest(ColumnPlan& plan, const ColumnRun& columns, const PackedLayout& layout,
+                       int32_t rowBytes) {
     PlanTiles<V>(plan, columns, PackedBytes{layout}, rowBytes, FillHalves);
 }
 
