@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "resample/stretches.h"
+#include "resample/column_blocks.h"
 
 namespace tavo {
 namespace {
@@ -57,7 +57,7 @@ constexpr FixedRatio kFourToThreeMixedRgb24 = kMixedIndices.Ratio(nullptr);
 int32_t NearestFrameFixed(const Frame& frame, const FixedRatio& ratio, PixelKind kind,
                           KernelVariant variant) {
     const RowOpsScope ops(variant);
-    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth, NearestOf(ops.Of(kind)), EndsAsItIs);
+    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth, NearestOf(ops.Of(kind)), NoRowTail);
     return frame.dstHeight;
 }
 
@@ -65,7 +65,7 @@ int32_t BlendFrameFixed(const Frame& frame, const FixedRatio& ratio, Halves halv
                         KernelVariant variant) {
     const RowOpsScope ops(variant);
     ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth, BlendOf(ops.Of(kind), halves),
-                   EndsAsItIs);
+                   NoRowTail);
     return frame.dstHeight;
 }
 

@@ -8,14 +8,14 @@
 
 namespace tavo {
 
-// A ratio as constant columns for a stretch of row; longer rows repeat it.
+// A ratio as constant columns for a block of row; longer rows repeat it.
 struct FixedRatio {
     const int32_t* indices;
     const uint8_t* weights;  // null where nothing is blended
-    int32_t columns;         // of one stretch, a whole number of groups
+    int32_t columns;         // of one block, a whole number of groups
     int32_t srcColumns;      // that they are made from
 
-    // The source column that the stretch of a destination column begins with.
+    // The source column that the block of a destination column begins with.
     int32_t SourceOf(int32_t column) const { return column / columns * srcColumns; }
 };
 

@@ -2,14 +2,14 @@
 
 #include <algorithm>
 
-#include "resample/stretches.h"
+#include "resample/column_blocks.h"
 
 namespace tavo {
 namespace {
 
 // Bytes of the source held at once between the two blends: they stay in the first-level cache.
-constexpr int32_t kTileBytes = 8192;
-constexpr int32_t kSmallTileBytes = 4096;
+constexpr int32_t kBlendedRowBytes = 8192;
+constexpr int32_t kSmallBlendedRowBytes = 4096;
 
 // The entries of a map before the ones that name the last source sample. Indices never decrease.
 int32_t InnerEntries(const AxisMap& map, int32_t count, int32_t srcLength) {
@@ -17,26 +17,26 @@ int32_t InnerEntries(const AxisMap& map, int32_t count, int32_t srcLength) {
                                 map.indices);
 }
 
-// The columns from `first` on whose pixels, with the ones after them, lie within one tile. At least
-// one, since a column needs two pixels.
-ColumnRun ColumnsInTile(const Frame& frame, int32_t first, int32_t end, int32_t tileBytes) {
+// The columns from `first` on whose pixels, with the ones after them, lie within one blended row.
+// At least one, since a column needs two pixels.
+ColumnRun ColumnsThatFit(const Frame& frame, int32_t first, int32_t end, int32_t rowBytes) {
     const int32_t* indices = frame.xMap->indices;
-    const int32_t limit = indices[first] + tileBytes / frame.bytesPerPixel - 2;
+    const int32_t limit = indices[first] + rowBytes / frame.bytesPerPixel - 2;
     const int32_t* last = std::upper_bound(indices + first, indices + end, limit);
     return {indices + first, frame.xMap->weights + first, indices[first],
             static_cast<int32_t>(last - (indices + first))};
 }
 
-// Blends the source rows of a destination row into the tile, then the tile's columns.
-void BlendTile(const Frame& frame, const Stretch& stretch, int32_t y, const PixelOps& ops,
-               uint8_t* tile) {
-    const ColumnRun& columns = stretch.plan.columns;
+// Blends the source rows of a destination row, then the columns of what came out.
+void BlendBlockRow(const Frame& frame, const ColumnBlock& block, int32_t y, const PixelOps& ops,
+                   uint8_t* blendedRow) {
+    const ColumnRun& columns = block.plan.columns;
     const ptrdiff_t from = frame.Bytes(columns.firstIndex);
     const int32_t pixels = columns.indices[columns.count - 1] + 2 - columns.firstIndex;
-    ops.BlendRows(tile, frame.SrcRow(frame.UpperRow(y)) + from,
+    ops.BlendRows(blendedRow, frame.SrcRow(frame.UpperRow(y)) + from,
                   frame.SrcRow(frame.LowerRow(y)) + from, frame.yMap->weights[y],
                   pixels * frame.bytesPerPixel);
-    ops.BlendColumns(frame.DstRow(y) + frame.Bytes(stretch.first), tile, stretch.plan);
+    ops.BlendColumns(frame.DstRow(y) + frame.Bytes(block.first), blendedRow, block.plan);
 }
 
 }  // namespace
@@ -44,14 +44,14 @@ void BlendTile(const Frame& frame, const Stretch& stretch, int32_t y, const Pixe
 int32_t NearestFrame(const Frame& frame, PixelKind kind, KernelVariant variant) {
     const RowOpsScope ops(variant);
     const PixelOperation nearest = NearestOf(ops.Of(kind));
-    const auto nearestRows = [&](const Stretch& stretch) {
-        const ptrdiff_t from = frame.Bytes(stretch.first);
-        const auto bytes = static_cast<int32_t>(frame.Bytes(stretch.plan.columns.count));
+    const auto nearestRows = [&](const ColumnBlock& block) {
+        const ptrdiff_t from = frame.Bytes(block.first);
+        const auto bytes = static_cast<int32_t>(frame.Bytes(block.plan.columns.count));
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
             if (y > 0 && frame.UpperRow(y) == frame.UpperRow(y - 1)) {
                 ops->CopyRow(frame.DstRow(y) + from, frame.DstRow(y - 1) + from, bytes);
             } else {
-                ApplyToRow(frame, stretch, y, frame.UpperRow(y), nearest);
+                ApplyToRow(frame, block, y, frame.UpperRow(y), nearest);
             }
         }
     };
@@ -62,7 +62,7 @@ int32_t NearestFrame(const Frame& frame, PixelKind kind, KernelVariant variant) 
 int32_t NearestFrameColumns(const Frame& frame, PixelKind kind, KernelVariant variant) {
     const RowOpsScope ops(variant);
     ApplyToColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth, NearestOf(ops.Of(kind)),
-                   EndsAsItIs);
+                   NoRowTail);
     return frame.dstHeight;
 }
 
@@ -114,22 +114,22 @@ void BlendInterior(const Frame& frame, Interior interior, PixelKind kind, Kernel
     constexpr int32_t kRowsAtOnce = 16;
     const RowOpsScope ops(variant);
     WorkMemory memory;
-    uint8_t* const tile = memory.Bytes();
-    const int32_t tileBytes = memory.IsShared() ? kTileBytes : kSmallTileBytes;
-    const int32_t most = PlannedBytes(memory.Size() - tileBytes) / frame.bytesPerPixel;
-    Stretch stretch;
-    stretch.plan.tables = memory.Bytes() + tileBytes;
+    uint8_t* const blendedRow = memory.Bytes();
+    const int32_t rowBytes = memory.IsShared() ? kBlendedRowBytes : kSmallBlendedRowBytes;
+    const int32_t most = PlannedBytes(memory.Size() - rowBytes) / frame.bytesPerPixel;
+    ColumnBlock block;
+    block.plan.tables = memory.Bytes() + rowBytes;
     const int32_t end = interior.rows > 0 ? interior.columns : 0;
-    for (int32_t first = 0; first < end; first = stretch.End()) {
+    for (int32_t first = 0; first < end; first = block.End()) {
         const ColumnRun columns =
-            ColumnsInTile(frame, first, std::min(end, first + most), tileBytes);
-        stretch.first = first;
-        stretch.source = columns.firstIndex;
-        ops.Of(kind).PlanBlend(stretch.plan, columns, tileBytes);
+            ColumnsThatFit(frame, first, std::min(end, first + most), rowBytes);
+        block.first = first;
+        block.source = columns.firstIndex;
+        ops.Of(kind).PlanBlend(block.plan, columns, rowBytes);
         for (int32_t y = 0; y < interior.rows; ++y) {
-            BlendTile(frame, stretch, y, ops.Of(kind), tile);
+            BlendBlockRow(frame, block, y, ops.Of(kind), blendedRow);
             const bool isEnd = y % kRowsAtOnce == kRowsAtOnce - 1 || y == interior.rows - 1;
-            if (stretch.End() == end && isEnd) {
+            if (block.End() == end && isEnd) {
                 endRows(frame, interior, {y - y % kRowsAtOnce, y + 1});
             }
         }

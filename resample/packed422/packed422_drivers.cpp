@@ -4,8 +4,8 @@
 #include <cstring>
 #include <utility>
 
-#include "resample/packed422/packed422_stretch.h"
-#include "resample/stretches.h"
+#include "resample/column_blocks.h"
+#include "resample/packed422/packed422_column_block.h"
 
 namespace tavo {
 namespace {
@@ -25,11 +25,11 @@ PackedColumns ColumnsOf(const Frame& frame) {
 // The two source rows that a destination row is blended from, kept while rows share them.
 class RowPairCache {
   public:
-    RowPairCache(const Frame& frame, const PackedLayout& layout, const PackedStretch& stretch,
+    RowPairCache(const Frame& frame, const PackedLayout& layout, const PackedColumnBlock& block,
                  const PackedMemory& memory)
         : frame_(frame),
           layout_(layout),
-          stretch_(stretch),
+          block_(block),
           upper_(memory.rows[0]),
           lower_(memory.rows[1]) {}
     RowPairCache(const RowPairCache&) = delete;
@@ -48,39 +48,39 @@ class RowPairCache {
     // A copy of the upper row in place of the lower one.
     uint8_t* CopyOfUpper(int32_t y) {
         const uint8_t* upper = Upper(y);
-        std::memcpy(lower_, upper, static_cast<size_t>(stretch_.RowBytes()));
+        std::memcpy(lower_, upper, static_cast<size_t>(block_.RowBytes()));
         lowerRow_ = -1;
         return lower_;
     }
 
   private:
     uint8_t* Load(int32_t y, uint8_t* row, int32_t& held) {
-        if (held != y) stretch_.BlendRow(layout_, frame_.SrcRow(y), row);
+        if (held != y) block_.BlendRow(layout_, frame_.SrcRow(y), row);
         held = y;
         return row;
     }
 
     const Frame& frame_;
     const PackedLayout& layout_;
-    const PackedStretch& stretch_;
+    const PackedColumnBlock& block_;
     uint8_t* upper_;
     uint8_t* lower_;
     int32_t upperRow_ = -1;
     int32_t lowerRow_ = -1;
 };
 
-void BlendRow(const Frame& frame, const PackedLayout& layout, const PackedStretch& stretch,
+void BlendRow(const Frame& frame, const PackedLayout& layout, const PackedColumnBlock& block,
               RowPairCache& rows, int32_t y, Halves average, const RowOps& ops) {
     const int32_t weight = frame.yMap->weights[y];
     const int32_t upperRow = frame.UpperRow(y);
     if (upperRow == frame.srcHeight - 1) {
         uint8_t* const row = rows.CopyOfUpper(upperRow);
-        stretch.BlendBackLastRow(layout, frame.SrcRow(upperRow), weight, row);
-        stretch.Pack(layout, PackOf(ops, average), row, frame.DstRow(y));
+        block.BlendBackLastRow(layout, frame.SrcRow(upperRow), weight, row);
+        block.Pack(layout, PackOf(ops, average), row, frame.DstRow(y));
     } else {
         uint8_t* const upper = rows.Upper(upperRow);
-        stretch.BlendPack(layout, BlendPackOf(ops, average), upper, rows.Lower(upperRow + 1),
-                          weight, frame.DstRow(y));
+        block.BlendPack(layout, BlendPackOf(ops, average), upper, rows.Lower(upperRow + 1), weight,
+                        frame.DstRow(y));
     }
 }
 
@@ -106,15 +106,15 @@ int32_t BlendFixed(const Frame& frame, const FixedRatio& ratio, RepeatedChroma r
     int32_t count = 0;
     for (int32_t first = 0; first < frame.dstWidth; first += count) {
         const int32_t columns = std::min(frame.dstWidth - first, ratio.columns);
-        PackedStretch stretch({ratio.indices, ratio.weights, columns, ratio.srcColumns}, 0,
-                              repeated, memory, ops);
-        count = stretch.Count();
+        PackedColumnBlock block({ratio.indices, ratio.weights, columns, ratio.srcColumns}, 0,
+                                repeated, memory, ops);
+        count = block.Count();
         const ptrdiff_t source = frame.Bytes(ratio.SourceOf(first));
         uint8_t* const row = memory.rows[0];
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
-            stretch.BlendRow(layout, frame.SrcRow(y) + source, row);
-            change(stretch.Samples(row), count);
-            stretch.Pack(layout, ops.packed422.PackDown, row, frame.DstRow(y) + frame.Bytes(first));
+            block.BlendRow(layout, frame.SrcRow(y) + source, row);
+            change(block.Samples(row), count);
+            block.Pack(layout, ops.packed422.PackDown, row, frame.DstRow(y) + frame.Bytes(first));
         }
     }
     return frame.dstHeight;
@@ -125,9 +125,9 @@ int32_t BlendFixed(const Frame& frame, const FixedRatio& ratio, RepeatedChroma r
 int32_t NearestPacked(const Frame& frame, const PackedLayout& layout, KernelVariant variant) {
     const RowOpsScope ops(variant);
     const PackedNearest nearest = {ops->packed422, layout};
-    const auto nearestRows = [&](const Stretch& stretch) {
+    const auto nearestRows = [&](const ColumnBlock& block) {
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
-            ApplyToRow(frame, stretch, y, frame.UpperRow(y), nearest);
+            ApplyToRow(frame, block, y, frame.UpperRow(y), nearest);
         }
     };
     ForColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth, nearest, nearestRows);
@@ -138,7 +138,7 @@ int32_t NearestPackedColumns(const Frame& frame, const PackedLayout& layout,
                              KernelVariant variant) {
     const RowOpsScope ops(variant);
     ApplyToColumns(frame, MappedColumns{*frame.xMap}, frame.dstWidth,
-                   PackedNearest{ops->packed422, layout}, EndsAsItIs);
+                   PackedNearest{ops->packed422, layout}, NoRowTail);
     return frame.dstHeight;
 }
 
@@ -149,11 +149,11 @@ int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves avera
     const PackedMemory memory(workMemory);
     int32_t count = 0;
     for (int32_t first = 0; first < frame.dstWidth; first += count) {
-        PackedStretch stretch(ColumnsOf(frame), first, kNoneRepeated, memory, *ops);
-        count = stretch.Count();
-        RowPairCache rows(frame, layout, stretch, memory);
+        PackedColumnBlock block(ColumnsOf(frame), first, kNoneRepeated, memory, *ops);
+        count = block.Count();
+        RowPairCache rows(frame, layout, block, memory);
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
-            BlendRow(frame, layout, stretch, rows, y, average, *ops);
+            BlendRow(frame, layout, block, rows, y, average, *ops);
         }
     }
     return frame.dstHeight;
@@ -166,12 +166,12 @@ int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Halve
     const PackedMemory memory(workMemory);
     int32_t count = 0;
     for (int32_t first = 0; first < frame.dstWidth; first += count) {
-        PackedStretch stretch(ColumnsOf(frame), first, kNoneRepeated, memory, *ops);
-        count = stretch.Count();
+        PackedColumnBlock block(ColumnsOf(frame), first, kNoneRepeated, memory, *ops);
+        count = block.Count();
         uint8_t* const row = memory.rows[0];
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
-            stretch.BlendRow(layout, frame.SrcRow(y), row);
-            stretch.Pack(layout, PackOf(*ops, average), row, frame.DstRow(y));
+            block.BlendRow(layout, frame.SrcRow(y), row);
+            block.Pack(layout, PackOf(*ops, average), row, frame.DstRow(y));
         }
     }
     return frame.dstHeight;
@@ -181,7 +181,7 @@ int32_t NearestPackedFixed(const Frame& frame, const FixedRatio& ratio, const Pa
                            KernelVariant variant) {
     const RowOpsScope ops(variant);
     ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth,
-                   PackedNearest{ops->packed422, layout}, EndsAsItIs);
+                   PackedNearest{ops->packed422, layout}, NoRowTail);
     return frame.dstHeight;
 }
 

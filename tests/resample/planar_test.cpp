@@ -143,7 +143,7 @@ TEST(Planar, RandomLongRows) {
     }
 }
 
-// Rows longer than any stretch that a kernel may hold at once.
+// Rows longer than any block that a kernel may hold at once.
 TEST(Planar, VeryLongRows) {
     constexpr int32_t kWidths[] = {1, 9, 4095, 4097, 8193, 12289, 20000};
     Random random(8);

@@ -1,4 +1,4 @@
-// A stretch of destination columns of packed 4:2:2. Source rows are taken apart into planes;
+// A block of destination columns of packed 4:2:2. Source rows are taken apart into planes;
 // then luma and chroma are scaled like planes, each with columns of its own.
 
 #pragma once
@@ -14,13 +14,13 @@ class PackedMemory {
   public:
     explicit PackedMemory(WorkMemory& memory);
 
-    // The most columns of a stretch, and the most source pixels that it spans.
+    // The most columns of a block, and the most source pixels that it spans.
     int32_t maxColumns;
     int32_t maxSourcePixels;
 
     uint8_t* lumaTables;
     uint8_t* chromaTables;
-    // The samples of a source row at the stretch's columns: one byte of each kind a pixel.
+    // The samples of a source row at the block's columns: one byte of each kind a pixel.
     uint8_t* rows[2];
     // Source rows taken apart.
     PackedSamples planes;
@@ -29,7 +29,7 @@ class PackedMemory {
     static constexpr int32_t kSlack = 64;
 };
 
-// Columns of a whole row, of which a stretch is made.
+// Columns of a whole row, of which a block is made.
 struct PackedColumns {
     const int32_t* indices;
     const uint8_t* weights;
@@ -45,24 +45,24 @@ struct RepeatedChroma {
 };
 inline constexpr RepeatedChroma kNoneRepeated = {0, 0, 0};
 
-class PackedStretch {
+class PackedColumnBlock {
   public:
-    // As many columns from `first` on as a stretch holds. An odd last column is repeated.
-    PackedStretch(const PackedColumns& columns, int32_t first, RepeatedChroma repeated,
-                  const PackedMemory& memory, const RowOps& ops);
-    PackedStretch(const PackedStretch&) = delete;
-    PackedStretch& operator=(const PackedStretch&) = delete;
+    // As many columns from `first` on as a block holds. An odd last column is repeated.
+    PackedColumnBlock(const PackedColumns& columns, int32_t first, RepeatedChroma repeated,
+                      const PackedMemory& memory, const RowOps& ops);
+    PackedColumnBlock(const PackedColumnBlock&) = delete;
+    PackedColumnBlock& operator=(const PackedColumnBlock&) = delete;
 
     // The number of columns before the repeated one.
     int32_t Count() const { return count_; }
 
-    // The samples of one of the rows of the memory, at the stretch's columns.
+    // The samples of one of the rows of the memory, at the block's columns.
     PackedSamples Samples(uint8_t* row) const {
         return {row, row + evenCount_, row + 2 * evenCount_};
     }
     int32_t RowBytes() const { return 3 * evenCount_; }
 
-    // The stretch's columns of a source row.
+    // The block's columns of a source row.
     void BlendRow(const PackedLayout& layout, const uint8_t* srcRow, uint8_t* row) const;
 
     // Turns what BlendRow made of the last source row into what it gives where it has no next row.
@@ -78,9 +78,9 @@ class PackedStretch {
                    uint8_t* lower, int32_t weight, uint8_t* dstRow) const;
 
   private:
-    // Groups that a column needs in a sparse stretch: its own and the next one.
+    // Groups that a column needs in a sparse block: its own and the next one.
     static constexpr int32_t kSparseGroups = 2;
-    // A stretch of fewer columns, for its source pixels, is a sparse one.
+    // A block of fewer columns, for its source pixels, is a sparse one.
     static constexpr int32_t kFewColumns = 16;
 
     void Unpack(const PackedLayout& layout, const uint8_t* srcRow) const;

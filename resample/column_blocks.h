@@ -1,5 +1,5 @@
-// Destination columns are planned in stretches, one at a time, and the rows are gone through for
-// each. Stretches are as long as there is memory for plans: pictures are read and written the
+// Destination columns are planned in blocks, one at a time, and the rows are gone through for
+// each. Blocks are as long as there is memory for plans: pictures are read and written the
 // faster, the longer the runs are.
 
 #pragma once
@@ -15,7 +15,7 @@
 namespace tavo {
 
 // Neighbouring destination columns and what was prepared for them.
-struct Stretch {
+struct ColumnBlock {
     int32_t first;
     int32_t source;  // the source column that the plan's rows begin with
     ColumnPlan plan;
@@ -43,30 +43,30 @@ struct RatioColumns {
     int32_t Source(int32_t first) const { return ratio.SourceOf(first); }
 };
 
-// Plans the first `end` columns by operation.Plan(plan, run, rowBytes), and calls work(stretch) for
+// Plans the first `end` columns by operation.Plan(plan, run, rowBytes), and calls work(block) for
 // some of them at a time.
 template <typename Columns, typename Operation, typename Work>
 void ForColumns(const Frame& frame, const Columns& columns, int32_t end, const Operation& operation,
                 Work work) {
     WorkMemory memory;
     const int32_t most = PlannedBytes(memory.Size()) / (frame.bytesPerPixel * 6) * 6;
-    Stretch stretch;
-    stretch.plan.tables = memory.Bytes();
-    for (int32_t first = 0; first < end; first = stretch.End()) {
-        stretch.first = first;
-        stretch.source = columns.Source(first);
-        operation.Plan(stretch.plan, columns.Run(first, std::min(end - first, most)),
-                       frame.srcStride - static_cast<int32_t>(frame.Bytes(stretch.source)));
-        work(stretch);
+    ColumnBlock block;
+    block.plan.tables = memory.Bytes();
+    for (int32_t first = 0; first < end; first = block.End()) {
+        block.first = first;
+        block.source = columns.Source(first);
+        operation.Plan(block.plan, columns.Run(first, std::min(end - first, most)),
+                       frame.srcStride - static_cast<int32_t>(frame.Bytes(block.source)));
+        work(block);
     }
 }
 
 // Applies operation.Apply(dst, row, plan) to the planned columns of a row.
 template <typename Operation>
-void ApplyToRow(const Frame& frame, const Stretch& stretch, int32_t dstY, int32_t srcY,
+void ApplyToRow(const Frame& frame, const ColumnBlock& block, int32_t dstY, int32_t srcY,
                 const Operation& operation) {
-    operation.Apply(frame.DstRow(dstY) + frame.Bytes(stretch.first),
-                    frame.SrcRow(srcY) + frame.Bytes(stretch.source), stretch.plan);
+    operation.Apply(frame.DstRow(dstY) + frame.Bytes(block.first),
+                    frame.SrcRow(srcY) + frame.Bytes(block.source), block.plan);
 }
 
 // Does both to the first `end` columns of all rows, where only the width changes; endRow(y) follows
@@ -74,15 +74,15 @@ void ApplyToRow(const Frame& frame, const Stretch& stretch, int32_t dstY, int32_
 template <typename Columns, typename Operation, typename EndRow>
 void ApplyToColumns(const Frame& frame, const Columns& columns, int32_t end,
                     const Operation& operation, EndRow endRow) {
-    ForColumns(frame, columns, end, operation, [&](const Stretch& stretch) {
-        const bool isLast = stretch.End() == end;
+    ForColumns(frame, columns, end, operation, [&](const ColumnBlock& block) {
+        const bool isLast = block.End() == end;
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
-            ApplyToRow(frame, stretch, y, y, operation);
+            ApplyToRow(frame, block, y, y, operation);
             if (isLast) endRow(y);
         }
     });
 }
-inline void EndsAsItIs(int32_t /*y*/) {}
+inline void NoRowTail(int32_t /*y*/) {}
 
 // A plan and what it is applied by, as ForColumns wants them.
 struct PixelOperation {

@@ -1,4 +1,4 @@
-#include "resample/packed422/packed422_stretch.h"
+#include "resample/packed422/packed422_column_block.h"
 
 #include <algorithm>
 #include <cstring>
@@ -12,11 +12,7 @@ void BlendBack(uint8_t* sample, uint8_t own, int32_t weight) {
     *sample = static_cast<uint8_t>(RoundDown::Blend(*sample, own, weight));
 }
 
-}  // namespace
-
-namespace {
-
-// What a stretch of so many columns and source pixels needs.
+// What a block of so many columns and source pixels needs.
 struct PackedSizes {
     int32_t columns;
     int32_t sourcePixels;
@@ -56,15 +52,16 @@ PackedMemory::PackedMemory(WorkMemory& memory) {
     planes.secondChroma = take(sizes.ChromaBytes());
 }
 
-PackedStretch::PackedStretch(const PackedColumns& columns, int32_t first, RepeatedChroma repeated,
-                             const PackedMemory& memory, const RowOps& ops)
+PackedColumnBlock::PackedColumnBlock(const PackedColumns& columns, int32_t first,
+                                     RepeatedChroma repeated, const PackedMemory& memory,
+                                     const RowOps& ops)
     : memory_(memory),
       ops_(ops),
       first_(first),
       indices_(columns.indices + first),
       lastPixel_(columns.srcWidth - 1),
       firstGroup_(indices_[0] / 2) {
-    // Even, so that a stretch ends with a whole group.
+    // Even, so that a block ends with a whole group.
     const int32_t rest = std::min(columns.count - first, memory.maxColumns);
     const int32_t limit = firstGroup_ * 2 + memory.maxSourcePixels - 4;
     count_ = static_cast<int32_t>(std::upper_bound(indices_, indices_ + rest, limit) - indices_);
@@ -78,9 +75,9 @@ PackedStretch::PackedStretch(const PackedColumns& columns, int32_t first, Repeat
     PlanChroma(columns.weights + first, repeated);
 }
 
-int32_t PackedStretch::Pixel(int32_t i) const { return indices_[std::min(i, count_ - 1)]; }
+int32_t PackedColumnBlock::Pixel(int32_t i) const { return indices_[std::min(i, count_ - 1)]; }
 
-void PackedStretch::RepeatLast(const Columns& planned) const {
+void PackedColumnBlock::RepeatLast(const Columns& planned) const {
     if (count_ == evenCount_) return;
     planned.indices[count_] = planned.indices[count_ - 1];
     planned.weights[count_] = planned.weights[count_ - 1];
@@ -88,7 +85,7 @@ void PackedStretch::RepeatLast(const Columns& planned) const {
 
 // The last pixel of the source is its own neighbour. What does not change is copied first: the
 // compiler has to expect that stores of bytes change members.
-void PackedStretch::PlanLuma(const uint8_t* weights) {
+void PackedColumnBlock::PlanLuma(const uint8_t* weights) {
     const Columns planned = ColumnsAt(memory_.rows[0]);
     const int32_t lastPixel = lastPixel_;
     const int32_t count = count_;
@@ -107,7 +104,7 @@ void PackedStretch::PlanLuma(const uint8_t* weights) {
 }
 
 // The chroma of a group is that of its even pixel; an odd one lies on the way to the next group.
-void PackedStretch::PlanChroma(const uint8_t* weights, RepeatedChroma repeated) {
+void PackedColumnBlock::PlanChroma(const uint8_t* weights, RepeatedChroma repeated) {
     const Columns planned = ColumnsAt(memory_.rows[0]);
     const int32_t lastPixel = lastPixel_;
     const int32_t count = count_;
@@ -132,13 +129,13 @@ void PackedStretch::PlanChroma(const uint8_t* weights, RepeatedChroma repeated) 
 
 // Both rows lie one behind the other and are free while plans are made. They hold six bytes a
 // column, tables hold five.
-PackedStretch::Columns PackedStretch::ColumnsAt(uint8_t* memory) const {
+PackedColumnBlock::Columns PackedColumnBlock::ColumnsAt(uint8_t* memory) const {
     auto* indices = reinterpret_cast<int32_t*>(memory);
     return {indices, reinterpret_cast<uint8_t*>(indices + evenCount_)};
 }
 
 // A plan without tables reads its columns on each row, so they move to where the tables would be.
-void PackedStretch::PlanColumns(ColumnPlan& plan, int32_t rowBytes) {
+void PackedColumnBlock::PlanColumns(ColumnPlan& plan, int32_t rowBytes) {
     const Columns planned = ColumnsAt(memory_.rows[0]);
     ops_.plane.PlanBlend(plan, {planned.indices, planned.weights, 0, evenCount_}, rowBytes);
     if (plan.window != 0) return;
@@ -149,7 +146,7 @@ void PackedStretch::PlanColumns(ColumnPlan& plan, int32_t rowBytes) {
     plan.columns.weights = kept.weights;
 }
 
-void PackedStretch::Unpack(const PackedLayout& layout, const uint8_t* srcRow) const {
+void PackedColumnBlock::Unpack(const PackedLayout& layout, const uint8_t* srcRow) const {
     const PackedSamples& planes = memory_.planes;
     const auto unpack = [&](int32_t to, int32_t firstPixel, int32_t lastPixel) {
         const int32_t firstGroup = firstPixel / 2;
@@ -162,8 +159,8 @@ void PackedStretch::Unpack(const PackedLayout& layout, const uint8_t* srcRow) co
     for (int32_t i = 0; i < evenCount_; ++i) unpack(i * kSparseGroups, Pixel(i), Pixel(i));
 }
 
-void PackedStretch::BlendRow(const PackedLayout& layout, const uint8_t* srcRow,
-                             uint8_t* row) const {
+void PackedColumnBlock::BlendRow(const PackedLayout& layout, const uint8_t* srcRow,
+                                 uint8_t* row) const {
     const PackedSamples& planes = memory_.planes;
     Unpack(layout, srcRow);
     const PackedSamples samples = Samples(row);
@@ -175,8 +172,8 @@ void PackedStretch::BlendRow(const PackedLayout& layout, const uint8_t* srcRow,
 // Deliberate: below an odd pixel of the last row lies that pixel itself, and to the right of it
 // again. So the blend toward the next pixel is taken back by the row's weight. An even pixel's
 // lower row is the row itself.
-void PackedStretch::BlendBackLastRow(const PackedLayout& layout, const uint8_t* srcRow,
-                                     int32_t rowWeight, uint8_t* row) const {
+void PackedColumnBlock::BlendBackLastRow(const PackedLayout& layout, const uint8_t* srcRow,
+                                         int32_t rowWeight, uint8_t* row) const {
     const PackedSamples samples = Samples(row);
     for (int32_t i = 0; i < evenCount_; ++i) {
         const int32_t pixel = Pixel(i);
@@ -188,14 +185,14 @@ void PackedStretch::BlendBackLastRow(const PackedLayout& layout, const uint8_t* 
     }
 }
 
-void PackedStretch::Pack(const PackedLayout& layout, Packed422Ops::Pack pack, uint8_t* row,
-                         uint8_t* dstRow) const {
+void PackedColumnBlock::Pack(const PackedLayout& layout, Packed422Ops::Pack pack, uint8_t* row,
+                             uint8_t* dstRow) const {
     pack(dstRow + static_cast<ptrdiff_t>(first_) * 2, Samples(row), evenCount_, layout);
 }
 
-void PackedStretch::BlendPack(const PackedLayout& layout, Packed422Ops::BlendPack blendPack,
-                              uint8_t* upper, uint8_t* lower, int32_t weight,
-                              uint8_t* dstRow) const {
+void PackedColumnBlock::BlendPack(const PackedLayout& layout, Packed422Ops::BlendPack blendPack,
+                                  uint8_t* upper, uint8_t* lower, int32_t weight,
+                                  uint8_t* dstRow) const {
     blendPack(dstRow + static_cast<ptrdiff_t>(first_) * 2, Samples(upper), Samples(lower), weight,
               evenCount_, layout);
 }
