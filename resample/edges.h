@@ -18,8 +18,8 @@ void BlendLastColumns(const Frame& frame, Interior interior, Rows rows) {
         const uint8_t* lower = frame.SrcRow(frame.LowerRow(y)) + offset;
         uint8_t* row = frame.DstRow(y);
         for (int32_t x = interior.columns; x < frame.dstWidth; ++x) {
-            Pixel::template Blend<RoundDown>(row + x * Pixel::kSize, upper, lower,
-                                             frame.yMap->weights[y]);
+            Pixel::template Blend<Rounding::Down>(row + x * Pixel::kSize, upper, lower,
+                                                  frame.yMap->weights[y]);
         }
     }
 }
@@ -37,10 +37,10 @@ void BlendLastRows(const Frame& frame, int32_t firstRow, int32_t columns) {
             const uint8_t* left =
                 source + static_cast<ptrdiff_t>(frame.xMap->indices[x]) * Pixel::kSize;
             uint8_t right[Pixel::kSize];
-            Pixel::template Blend<RoundDown>(right, left + Pixel::kSize, left,
-                                             frame.yMap->weights[y]);
-            Pixel::template Blend<RoundDown>(row + x * Pixel::kSize, left, right,
-                                             frame.xMap->weights[x]);
+            Pixel::template Blend<Rounding::Down>(right, left + Pixel::kSize, left,
+                                                  frame.yMap->weights[y]);
+            Pixel::template Blend<Rounding::Down>(row + x * Pixel::kSize, left, right,
+                                                  frame.xMap->weights[x]);
         }
     }
 }

@@ -44,8 +44,8 @@ constexpr Weights<2, kColumns> kThreeToTwoWeights({0, 128});
 // and red from the fourth.
 constexpr Indices<12, 9, 3 * kColumns> kMixedIndices({0, 1, 2, 3, 4, 5, 6, 7, 11});
 
-PixelOperation BlendOf(const PixelOps& ops, Halves halves) {
-    return halves == Halves::Up ? BlendUpOf(ops) : BlendOf(ops);
+PixelOperation BlendOf(const PixelOps& ops, Rounding rounding) {
+    return rounding == Rounding::Up ? BlendUpOf(ops) : BlendOf(ops);
 }
 
 }  // namespace
@@ -61,17 +61,17 @@ int32_t NearestFrameFixed(const Frame& frame, const FixedRatio& ratio, PixelKind
     return frame.dstHeight;
 }
 
-int32_t BlendFrameFixed(const Frame& frame, const FixedRatio& ratio, Halves halves, PixelKind kind,
-                        KernelVariant variant) {
+int32_t BlendFrameFixed(const Frame& frame, const FixedRatio& ratio, Rounding rounding,
+                        PixelKind kind, KernelVariant variant) {
     const RowOpsScope ops(variant);
-    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth, BlendOf(ops.Of(kind), halves),
+    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth, BlendOf(ops.Of(kind), rounding),
                    NoRowTail);
     return frame.dstHeight;
 }
 
 // Deliberate: the last destination pixel is the last source pixel but one, not blended with the
 // last.
-int32_t BlendFrameFixedCopyingLast(const Frame& frame, const FixedRatio& ratio, Halves halves,
+int32_t BlendFrameFixedCopyingLast(const Frame& frame, const FixedRatio& ratio, Rounding rounding,
                                    PixelKind kind, KernelVariant variant) {
     const RowOpsScope ops(variant);
     const auto size = static_cast<size_t>(frame.bytesPerPixel);
@@ -79,7 +79,7 @@ int32_t BlendFrameFixedCopyingLast(const Frame& frame, const FixedRatio& ratio, 
         std::memcpy(frame.DstRow(y) + frame.Bytes(frame.dstWidth - 1),
                     frame.SrcRow(y) + frame.Bytes(frame.srcWidth - 2), size);
     };
-    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth - 1, BlendOf(ops.Of(kind), halves),
+    ApplyToColumns(frame, RatioColumns{ratio}, frame.dstWidth - 1, BlendOf(ops.Of(kind), rounding),
                    copyLast);
     return frame.dstHeight;
 }

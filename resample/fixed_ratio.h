@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "resample/formulas.h"
 #include "resample/frame.h"
 #include "resample/row_ops/row_ops.h"
 
@@ -27,18 +28,16 @@ extern const FixedRatio kThreeToTwo;
 // group takes blue and green from the third source pixel and red from the fourth.
 extern const FixedRatio kFourToThreeMixedRgb24;
 
-enum class Halves { Down, Up };
-
 // Nearest neighbour: the pixel at or before each position.
 int32_t NearestFrameFixed(const Frame& frame, const FixedRatio& ratio, PixelKind kind,
                           KernelVariant variant);
 
 // Bilinear.
-int32_t BlendFrameFixed(const Frame& frame, const FixedRatio& ratio, Halves halves, PixelKind kind,
-                        KernelVariant variant);
+int32_t BlendFrameFixed(const Frame& frame, const FixedRatio& ratio, Rounding rounding,
+                        PixelKind kind, KernelVariant variant);
 
 // The same for families that end every row on a copy of the last source pixel but one.
-int32_t BlendFrameFixedCopyingLast(const Frame& frame, const FixedRatio& ratio, Halves halves,
+int32_t BlendFrameFixedCopyingLast(const Frame& frame, const FixedRatio& ratio, Rounding rounding,
                                    PixelKind kind, KernelVariant variant);
 
 }  // namespace tavo

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <cstring>
 
-#include "resample/row_ops/pixel_blend.h"
+#include "resample/formulas.h"
 
 namespace tavo {
 namespace {
 
 void BlendBack(uint8_t* sample, uint8_t own, int32_t weight) {
-    *sample = static_cast<uint8_t>(RoundDown::Blend(*sample, own, weight));
+    *sample = static_cast<uint8_t>(BlendSamples<Rounding::Down>(*sample, own, weight));
 }
 
 // What a block of so many columns and source pixels needs.

@@ -10,12 +10,12 @@
 namespace tavo {
 namespace {
 
-Packed422Ops::Pack PackOf(const RowOps& ops, Halves average) {
-    return average == Halves::Up ? ops.packed422.PackUp : ops.packed422.PackDown;
+Packed422Ops::Pack PackOf(const RowOps& ops, Rounding rounding) {
+    return rounding == Rounding::Up ? ops.packed422.PackUp : ops.packed422.PackDown;
 }
 
-Packed422Ops::BlendPack BlendPackOf(const RowOps& ops, Halves average) {
-    return average == Halves::Up ? ops.packed422.BlendPackUp : ops.packed422.BlendPackDown;
+Packed422Ops::BlendPack BlendPackOf(const RowOps& ops, Rounding rounding) {
+    return rounding == Rounding::Up ? ops.packed422.BlendPackUp : ops.packed422.BlendPackDown;
 }
 
 PackedColumns ColumnsOf(const Frame& frame) {
@@ -70,16 +70,16 @@ class RowPairCache {
 };
 
 void BlendRow(const Frame& frame, const PackedLayout& layout, const PackedColumnBlock& block,
-              RowPairCache& rows, int32_t y, Halves average, const RowOps& ops) {
+              RowPairCache& rows, int32_t y, Rounding rounding, const RowOps& ops) {
     const int32_t weight = frame.yMap->weights[y];
     const int32_t upperRow = frame.UpperRow(y);
     if (upperRow == frame.srcHeight - 1) {
         uint8_t* const row = rows.CopyOfUpper(upperRow);
         block.BlendBackLastRow(layout, frame.SrcRow(upperRow), weight, row);
-        block.Pack(layout, PackOf(ops, average), row, frame.DstRow(y));
+        block.Pack(layout, PackOf(ops, rounding), row, frame.DstRow(y));
     } else {
         uint8_t* const upper = rows.Upper(upperRow);
-        block.BlendPack(layout, BlendPackOf(ops, average), upper, rows.Lower(upperRow + 1), weight,
+        block.BlendPack(layout, BlendPackOf(ops, rounding), upper, rows.Lower(upperRow + 1), weight,
                         frame.DstRow(y));
     }
 }
@@ -142,7 +142,7 @@ int32_t NearestPackedColumns(const Frame& frame, const PackedLayout& layout,
     return frame.dstHeight;
 }
 
-int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves average,
+int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Rounding rounding,
                     KernelVariant variant) {
     const RowOpsScope ops(variant);
     WorkMemory workMemory;
@@ -153,13 +153,13 @@ int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves avera
         count = block.Count();
         RowPairCache rows(frame, layout, block, memory);
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
-            BlendRow(frame, layout, block, rows, y, average, *ops);
+            BlendRow(frame, layout, block, rows, y, rounding, *ops);
         }
     }
     return frame.dstHeight;
 }
 
-int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Halves average,
+int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Rounding rounding,
                            KernelVariant variant) {
     const RowOpsScope ops(variant);
     WorkMemory workMemory;
@@ -171,7 +171,7 @@ int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Halve
         uint8_t* const row = memory.rows[0];
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
             block.BlendRow(layout, frame.SrcRow(y), row);
-            block.Pack(layout, PackOf(*ops, average), row, frame.DstRow(y));
+            block.Pack(layout, PackOf(*ops, rounding), row, frame.DstRow(y));
         }
     }
     return frame.dstHeight;

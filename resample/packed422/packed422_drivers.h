@@ -14,10 +14,10 @@ namespace tavo {
 int32_t NearestPacked(const Frame& frame, const PackedLayout& layout, KernelVariant variant);
 int32_t NearestPackedColumns(const Frame& frame, const PackedLayout& layout, KernelVariant variant);
 
-// Bilinear: both axes, width only. `average` says how the chroma of two pixels is rounded.
-int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Halves average,
+// Bilinear: both axes, width only. `rounding` is that of the average of two chroma samples.
+int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Rounding rounding,
                     KernelVariant variant);
-int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Halves average,
+int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Rounding rounding,
                            KernelVariant variant);
 
 // The fixed ratios, width only.

@@ -19,15 +19,15 @@ constexpr PixelKind kBytes = &RowOps::plane;
 
 TAVO_SCALE_KERNEL(ScaleNearest_YUY2_Portable)  { return NearestPacked(TAVO_FRAME, kYuy2Layout, KernelVariant::Portable); }
 TAVO_SCALE_KERNEL(ScaleNearest_YUY2_MMX)       { return NearestPacked(TAVO_FRAME, kYuy2Layout, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinear_YUY2_Portable) { return BlendPacked(TAVO_FRAME, kYuy2Layout, Halves::Down, KernelVariant::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinear_YUY2_MMX)      { return BlendPacked(TAVO_FRAME, kYuy2Layout, Halves::Down, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinear_YUY2_SSE)      { return BlendPacked(TAVO_FRAME, kYuy2Layout, Halves::Up, KernelVariant::Sse); }
+TAVO_SCALE_KERNEL(ScaleBilinear_YUY2_Portable) { return BlendPacked(TAVO_FRAME, kYuy2Layout, Rounding::Down, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinear_YUY2_MMX)      { return BlendPacked(TAVO_FRAME, kYuy2Layout, Rounding::Down, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinear_YUY2_SSE)      { return BlendPacked(TAVO_FRAME, kYuy2Layout, Rounding::Up, KernelVariant::Sse); }
 
 TAVO_SCALE_KERNEL(ScaleNearest_UYVY_Portable)  { return NearestPacked(TAVO_FRAME, kUyvyLayout, KernelVariant::Portable); }
 TAVO_SCALE_KERNEL(ScaleNearest_UYVY_MMX)       { return NearestPacked(TAVO_FRAME, kUyvyLayout, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinear_UYVY_Portable) { return BlendPacked(TAVO_FRAME, kUyvyLayout, Halves::Down, KernelVariant::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinear_UYVY_MMX)      { return BlendPacked(TAVO_FRAME, kUyvyLayout, Halves::Down, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinear_UYVY_SSE)      { return BlendPacked(TAVO_FRAME, kUyvyLayout, Halves::Up, KernelVariant::Sse); }
+TAVO_SCALE_KERNEL(ScaleBilinear_UYVY_Portable) { return BlendPacked(TAVO_FRAME, kUyvyLayout, Rounding::Down, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinear_UYVY_MMX)      { return BlendPacked(TAVO_FRAME, kUyvyLayout, Rounding::Down, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinear_UYVY_SSE)      { return BlendPacked(TAVO_FRAME, kUyvyLayout, Rounding::Up, KernelVariant::Sse); }
 
 TAVO_SCALE_KERNEL(ScaleNearestV_YUY2_Portable)  { return NearestFrameRows(TAVO_FRAME, KernelVariant::Portable); }
 TAVO_SCALE_KERNEL(ScaleNearestV_YUY2_MMX)       { return NearestFrameRows(TAVO_FRAME, KernelVariant::Mmx); }
@@ -38,15 +38,15 @@ TAVO_SCALE_KERNEL(ScaleBilinearV_UYVY_Portable) { return BlendFrameRows(TAVO_FRA
 
 TAVO_SCALE_KERNEL(ScaleNearestH_YUY2_Portable)  { return NearestPackedColumns(TAVO_FRAME, kYuy2Layout, KernelVariant::Portable); }
 TAVO_SCALE_KERNEL(ScaleNearestH_YUY2_MMX)       { return NearestPackedColumns(TAVO_FRAME, kYuy2Layout, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_YUY2_Portable) { return BlendPackedColumns(TAVO_FRAME, kYuy2Layout, Halves::Down, KernelVariant::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_YUY2_MMX)      { return BlendPackedColumns(TAVO_FRAME, kYuy2Layout, Halves::Down, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_YUY2_SSE)      { return BlendPackedColumns(TAVO_FRAME, kYuy2Layout, Halves::Up, KernelVariant::Sse); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_YUY2_Portable) { return BlendPackedColumns(TAVO_FRAME, kYuy2Layout, Rounding::Down, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_YUY2_MMX)      { return BlendPackedColumns(TAVO_FRAME, kYuy2Layout, Rounding::Down, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_YUY2_SSE)      { return BlendPackedColumns(TAVO_FRAME, kYuy2Layout, Rounding::Up, KernelVariant::Sse); }
 
 TAVO_SCALE_KERNEL(ScaleNearestH_UYVY_Portable)  { return NearestPackedColumns(TAVO_FRAME, kUyvyLayout, KernelVariant::Portable); }
 TAVO_SCALE_KERNEL(ScaleNearestH_UYVY_MMX)       { return NearestPackedColumns(TAVO_FRAME, kUyvyLayout, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_UYVY_Portable) { return BlendPackedColumns(TAVO_FRAME, kUyvyLayout, Halves::Down, KernelVariant::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_UYVY_MMX)      { return BlendPackedColumns(TAVO_FRAME, kUyvyLayout, Halves::Down, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH_UYVY_SSE)      { return BlendPackedColumns(TAVO_FRAME, kUyvyLayout, Halves::Up, KernelVariant::Sse); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_UYVY_Portable) { return BlendPackedColumns(TAVO_FRAME, kUyvyLayout, Rounding::Down, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_UYVY_MMX)      { return BlendPackedColumns(TAVO_FRAME, kUyvyLayout, Rounding::Down, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH_UYVY_SSE)      { return BlendPackedColumns(TAVO_FRAME, kUyvyLayout, Rounding::Up, KernelVariant::Sse); }
 
 TAVO_SCALE_KERNEL(ScaleNearestH640To480_YUY2_Portable)  { return NearestPackedFixed(TAVO_FRAME, kFourToThree, kYuy2Layout, KernelVariant::Portable); }
 TAVO_SCALE_KERNEL(ScaleNearestH640To480_YUY2_MMX)       { return NearestPackedFixed(TAVO_FRAME, kFourToThree, kYuy2Layout, KernelVariant::Mmx); }

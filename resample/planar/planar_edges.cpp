@@ -14,7 +14,7 @@ namespace {
 constexpr int32_t kStripStep = 8;
 
 uint8_t Blend(uint8_t a, uint8_t b, int32_t weight) {
-    return static_cast<uint8_t>(RoundDown::Blend(a, b, weight));
+    return static_cast<uint8_t>(BlendSamples<Rounding::Down>(a, b, weight));
 }
 
 // Walks the source columns of the strip. A column whose index follows its predecessor's takes over

@@ -41,14 +41,14 @@ TAVO_SCALE_KERNEL(ScaleBilinearH_Planar_MMX)      { return BlendFrameColumns(TAV
 
 TAVO_SCALE_KERNEL(ScaleNearestH640To480_Planar_Portable)  { return NearestFrameFixed(TAVO_FRAME, kFourToThree, kPlane, KernelVariant::Portable); }
 TAVO_SCALE_KERNEL(ScaleNearestH640To480_Planar_MMX)       { return NearestFrameFixed(TAVO_FRAME, kFourToThree, kPlane, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH640To480_Planar_Portable) { return BlendFrameFixedCopyingLast(TAVO_FRAME, kFourToThree, Halves::Down, kPlane, KernelVariant::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH640To480_Planar_MMX)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kFourToThree, Halves::Down, kPlane, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH640To480_Planar_Portable) { return BlendFrameFixedCopyingLast(TAVO_FRAME, kFourToThree, Rounding::Down, kPlane, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH640To480_Planar_MMX)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kFourToThree, Rounding::Down, kPlane, KernelVariant::Mmx); }
 
 TAVO_SCALE_KERNEL(ScaleNearestH720To480_Planar_Portable)  { return NearestFrameFixed(TAVO_FRAME, kThreeToTwo, kPlane, KernelVariant::Portable); }
 TAVO_SCALE_KERNEL(ScaleNearestH720To480_Planar_MMX)       { return NearestFrameFixed(TAVO_FRAME, kThreeToTwo, kPlane, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_Planar_Portable) { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Halves::Down, kPlane, KernelVariant::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_Planar_MMX)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Halves::Down, kPlane, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_Planar_SSE)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Halves::Up, kPlane, KernelVariant::Sse); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_Planar_Portable) { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Rounding::Down, kPlane, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_Planar_MMX)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Rounding::Down, kPlane, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_Planar_SSE)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Rounding::Up, kPlane, KernelVariant::Sse); }
 
 #undef TAVO_FRAME
 // clang-format on

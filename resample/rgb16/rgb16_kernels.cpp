@@ -48,19 +48,19 @@ TAVO_SCALE_KERNEL(ScaleBilinearH_RGB565_SSE)      { return BlendFrameColumns(TAV
 
 TAVO_SCALE_KERNEL(ScaleNearestH640To480_RGB16_Portable)   { return NearestFrameFixed(TAVO_FRAME, kFourToThree, kRgb16, KernelVariant::Portable); }
 TAVO_SCALE_KERNEL(ScaleNearestH640To480_RGB16_MMX)        { return NearestFrameFixed(TAVO_FRAME, kFourToThree, kRgb16, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB555_Portable) { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Halves::Down, kRgb555, KernelVariant::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB555_MMX)      { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Halves::Down, kRgb555, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB565_Portable) { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Halves::Down, kRgb565, KernelVariant::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB565_MMX)      { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Halves::Down, kRgb565, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB555_Portable) { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Rounding::Down, kRgb555, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB555_MMX)      { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Rounding::Down, kRgb555, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB565_Portable) { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Rounding::Down, kRgb565, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB565_MMX)      { return BlendFrameFixed(TAVO_FRAME, kFourToThree, Rounding::Down, kRgb565, KernelVariant::Mmx); }
 
 TAVO_SCALE_KERNEL(ScaleNearestH720To480_RGB16_Portable)   { return NearestFrameFixed(TAVO_FRAME, kThreeToTwo, kRgb16, KernelVariant::Portable); }
 TAVO_SCALE_KERNEL(ScaleNearestH720To480_RGB16_MMX)        { return NearestFrameFixed(TAVO_FRAME, kThreeToTwo, kRgb16, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB555_Portable) { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb555, KernelVariant::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB555_MMX)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb555, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB555_SSE)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Up, kRgb555, KernelVariant::Sse); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB565_Portable) { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb565, KernelVariant::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB565_MMX)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb565, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB565_SSE)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Halves::Up, kRgb565, KernelVariant::Sse); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB555_Portable) { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Rounding::Down, kRgb555, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB555_MMX)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Rounding::Down, kRgb555, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB555_SSE)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Rounding::Up, kRgb555, KernelVariant::Sse); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB565_Portable) { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Rounding::Down, kRgb565, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB565_MMX)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Rounding::Down, kRgb565, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB565_SSE)      { return BlendFrameFixed(TAVO_FRAME, kThreeToTwo, Rounding::Up, kRgb565, KernelVariant::Sse); }
 
 #undef TAVO_FRAME
 // clang-format on

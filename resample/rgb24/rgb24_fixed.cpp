@@ -22,7 +22,7 @@ int32_t NearestRgb24FourToThreeMixed(const Frame& frame, KernelVariant variant) 
 // pixel. Where rows have no padding that is the first byte of the next row in memory, or the byte
 // after the picture. All rows are done before it.
 int32_t BlendRgb24FourToThreeSpilling(const Frame& frame, KernelVariant variant) {
-    BlendFrameFixedCopyingLast(frame, kFourToThree, Halves::Down, kRgb24, variant);
+    BlendFrameFixedCopyingLast(frame, kFourToThree, Rounding::Down, kRgb24, variant);
     for (int32_t y = 0; y < frame.dstHeight; ++y) {
         frame.DstRow(y)[frame.dstRowBytes] = frame.SrcRow(y)[(frame.srcWidth - 1) * kPixelBytes];
     }
@@ -32,7 +32,7 @@ int32_t BlendRgb24FourToThreeSpilling(const Frame& frame, KernelVariant variant)
 // Deliberate: the last pixel but one of each row is blended with a sixteenth of its weight, so it
 // moves five steps at most.
 int32_t BlendRgb24FourToThreeWithFaintEnd(const Frame& frame, KernelVariant variant) {
-    BlendFrameFixedCopyingLast(frame, kFourToThree, Halves::Down, kRgb24, variant);
+    BlendFrameFixedCopyingLast(frame, kFourToThree, Rounding::Down, kRgb24, variant);
     for (int32_t y = 0; y < frame.dstHeight; ++y) {
         uint8_t* dst = frame.DstRow(y) + (frame.dstWidth - 2) * kPixelBytes;
         const uint8_t* src = frame.SrcRow(y) + (frame.srcWidth - 3) * kPixelBytes;

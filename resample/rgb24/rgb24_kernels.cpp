@@ -41,9 +41,9 @@ TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB24_Portable) { return BlendRgb24Four
 TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB24_MMX)      { return BlendRgb24FourToThreeWithFaintEnd(TAVO_FRAME, KernelVariant::Mmx); }
 
 TAVO_SCALE_KERNEL(ScaleNearestH720To480_RGB24_Portable)  { return NearestFrameFixed(TAVO_FRAME, kThreeToTwo, kRgb24, KernelVariant::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB24_Portable) { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb24, KernelVariant::Portable); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB24_MMX)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Halves::Down, kRgb24, KernelVariant::Mmx); }
-TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB24_SSE)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Halves::Up, kRgb24, KernelVariant::Sse); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB24_Portable) { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Rounding::Down, kRgb24, KernelVariant::Portable); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB24_MMX)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Rounding::Down, kRgb24, KernelVariant::Mmx); }
+TAVO_SCALE_KERNEL(ScaleBilinearH720To480_RGB24_SSE)      { return BlendFrameFixedCopyingLast(TAVO_FRAME, kThreeToTwo, Rounding::Up, kRgb24, KernelVariant::Sse); }
 
 #undef TAVO_FRAME
 // clang-format on

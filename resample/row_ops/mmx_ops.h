@@ -10,30 +10,30 @@ namespace tavo {
 namespace {
 
 // V::Words(a, b, c, d): four words as lanes, the first one lowest.
-// V::AverageDown(a, b), V::AverageUp(a, b): of bytes.
+// V::AverageDown8(a, b), V::AverageUp8(a, b): of bytes.
 template <typename V>
 struct MmxOps {
     // Planes: eight columns a step.
 
-    template <typename Rounding>
+    template <Rounding kRounding>
     static __m64 BlendFour(const uint8_t* row, const ColumnRun& columns, int32_t i) {
         // Each lane holds a sample (low byte) and its right neighbour.
         const __m64 pairs =
             V::Words(Load2(row + columns.Pixel(i)), Load2(row + columns.Pixel(i + 1)),
                      Load2(row + columns.Pixel(i + 2)), Load2(row + columns.Pixel(i + 3)));
-        return BlendLanes<Rounding>(_mm_and_si64(pairs, LowBytes()), _mm_srli_pi16(pairs, 8),
-                                    Weights16(columns.weights + i));
+        return BlendLanes<kRounding>(_mm_and_si64(pairs, LowBytes()), _mm_srli_pi16(pairs, 8),
+                                     Weights16(columns.weights + i));
     }
 
-    template <typename Rounding>
+    template <Rounding kRounding>
     static void BlendPlaneColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         const ColumnRun& columns = plan.columns;
         int32_t i = 0;
         for (; i + 8 <= columns.count; i += 8) {
-            Store8(dst + i, _mm_packs_pu16(BlendFour<Rounding>(row, columns, i),
-                                           BlendFour<Rounding>(row, columns, i + 4)));
+            Store8(dst + i, _mm_packs_pu16(BlendFour<kRounding>(row, columns, i),
+                                           BlendFour<kRounding>(row, columns, i + 4)));
         }
-        BlendColumnsPlain<PlanePixel, Rounding>(dst, row, columns, i);
+        BlendColumnsPlain<PlanePixel, kRounding>(dst, row, columns, i);
     }
 
     static void NearestPlaneColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
@@ -52,7 +52,7 @@ struct MmxOps {
     // are stored for three: the next pixel overwrites the fourth, and the last pixel is written
     // plainly.
 
-    template <typename Rounding>
+    template <Rounding kRounding>
     static void BlendRgb24Columns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         const ColumnRun& columns = plan.columns;
         int32_t i = 0;
@@ -60,10 +60,10 @@ struct MmxOps {
             const uint8_t* pixel = row + columns.Pixel(i) * 3;
             const __m64 left = Widen(FromLow(Load4(pixel)));
             const __m64 right = Widen(FromLow(Load4(pixel + 2) >> 8));
-            const __m64 blended = BlendLanes<Rounding>(left, right, Weight16(columns.weights[i]));
+            const __m64 blended = BlendLanes<kRounding>(left, right, Weight16(columns.weights[i]));
             Store4(dst + i * 3, _mm_packs_pu16(blended, blended));
         }
-        BlendColumnsPlain<Rgb24Pixel, Rounding>(dst, row, columns, i);
+        BlendColumnsPlain<Rgb24Pixel, kRounding>(dst, row, columns, i);
     }
 
     // Eight pixels make three registers, and some of them lie across two.
@@ -96,7 +96,8 @@ struct MmxOps {
         const __m64 weight16 = Weight16(weight);
         int32_t i = 0;
         for (; i + 8 <= bytes; i += 8) {
-            Store8(dst + i, BlendFields<Pixel, RoundDown>(Load8(a + i), Load8(b + i), weight16));
+            Store8(dst + i,
+                   BlendFields<Pixel, Rounding::Down>(Load8(a + i), Load8(b + i), weight16));
         }
         BlendRowsPlain<Pixel>(dst + i, a + i, b + i, weight, bytes - i);
     }
@@ -108,16 +109,16 @@ struct MmxOps {
                         Load2(row + columns.Pixel(i + 3) * 2));
     }
 
-    template <typename Pixel, typename Rounding>
+    template <typename Pixel, Rounding kRounding>
     static void BlendFieldColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         const ColumnRun& columns = plan.columns;
         int32_t i = 0;
         for (; i + 4 <= columns.count; i += 4) {
-            Store8(dst + i * 2, BlendFields<Pixel, Rounding>(GatherFourWords(row, columns, i),
-                                                             GatherFourWords(row + 2, columns, i),
-                                                             Weights16(columns.weights + i)));
+            Store8(dst + i * 2, BlendFields<Pixel, kRounding>(GatherFourWords(row, columns, i),
+                                                              GatherFourWords(row + 2, columns, i),
+                                                              Weights16(columns.weights + i)));
         }
-        BlendColumnsPlain<Pixel, Rounding>(dst, row, columns, i);
+        BlendColumnsPlain<Pixel, kRounding>(dst, row, columns, i);
     }
 
     static void NearestWordColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
@@ -155,15 +156,15 @@ struct MmxOps {
     static constexpr PixelOps kFieldOps = {BlendFieldRows<Pixel>,
                                            PlanPlain,
                                            PlanPlain,
-                                           BlendFieldColumns<Pixel, RoundDown>,
-                                           BlendFieldColumns<Pixel, RoundUp>,
+                                           BlendFieldColumns<Pixel, Rounding::Down>,
+                                           BlendFieldColumns<Pixel, Rounding::Up>,
                                            NearestWordColumns};
 
     static constexpr RowOps kAll = {
-        {BlendByteRowsMmx, PlanPlain, PlanPlain, BlendPlaneColumns<RoundDown>,
-         BlendPlaneColumns<RoundUp>, NearestPlaneColumns},
-        {BlendByteRowsMmx, PlanPlain, PlanPlain, BlendRgb24Columns<RoundDown>,
-         BlendRgb24Columns<RoundUp>, NearestRgb24Columns},
+        {BlendByteRowsMmx, PlanPlain, PlanPlain, BlendPlaneColumns<Rounding::Down>,
+         BlendPlaneColumns<Rounding::Up>, NearestPlaneColumns},
+        {BlendByteRowsMmx, PlanPlain, PlanPlain, BlendRgb24Columns<Rounding::Down>,
+         BlendRgb24Columns<Rounding::Up>, NearestRgb24Columns},
         kFieldOps<Rgb555Pixel>,
         kFieldOps<Rgb565Pixel>,
         MmxPacked422<V>::kAll,

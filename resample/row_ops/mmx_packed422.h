@@ -31,33 +31,34 @@ struct MmxPacked422 {
     }
 
     // The averages of the pairs of eight bytes, in the low bytes of lanes.
-    template <typename Average>
+    template <Rounding kRounding>
     static __m64 AveragePairs(__m64 pairs) {
         const __m64 left = _mm_and_si64(pairs, LowBytes());
         const __m64 right = _mm_srli_pi16(pairs, 8);
-        return Average::kBias == 0 ? V::AverageDown(left, right) : V::AverageUp(left, right);
+        return kRounding == Rounding::Down ? V::AverageDown8(left, right)
+                                           : V::AverageUp8(left, right);
     }
 
     // Eight pixels.
-    template <typename Average>
+    template <Rounding kRounding>
     static void StorePacked(uint8_t* dst, __m64 luma, __m64 first, __m64 second, bool lumaFirst) {
-        const __m64 chroma = _mm_or_si64(AveragePairs<Average>(first),
-                                         _mm_slli_pi16(AveragePairs<Average>(second), 8));
+        const __m64 chroma = _mm_or_si64(AveragePairs<kRounding>(first),
+                                         _mm_slli_pi16(AveragePairs<kRounding>(second), 8));
         const __m64 even = lumaFirst ? luma : chroma;
         const __m64 odd = lumaFirst ? chroma : luma;
         Store8(dst, _mm_unpacklo_pi8(even, odd));
         Store8(dst + 8, _mm_unpackhi_pi8(even, odd));
     }
 
-    template <typename Average>
+    template <Rounding kRounding>
     static void Pack(uint8_t* dst, const PackedSamples& src, int32_t pixels,
                      const PackedLayout& layout) {
         int32_t i = 0;
         for (; i + 8 <= pixels; i += 8) {
-            StorePacked<Average>(dst + i * 2, Load8(src.luma + i), Load8(src.firstChroma + i),
-                                 Load8(src.secondChroma + i), layout.luma == 0);
+            StorePacked<kRounding>(dst + i * 2, Load8(src.luma + i), Load8(src.firstChroma + i),
+                                   Load8(src.secondChroma + i), layout.luma == 0);
         }
-        PackPlain<Average>(dst, src, pixels, layout, i);
+        PackPlain<kRounding>(dst, src, pixels, layout, i);
     }
 
     // Four pixels a step. The chroma of two pixels is averaged with their whole groups.
@@ -71,8 +72,8 @@ struct MmxPacked422 {
         const bool lumaFirst = layout.luma == 0;
         int32_t i = 0;
         for (; i + 4 <= columns.count; i += 4) {
-            const __m64 average = V::AverageDown(FromHalves(group(i), group(i + 2)),
-                                                 FromHalves(group(i + 1), group(i + 3)));
+            const __m64 average = V::AverageDown8(FromHalves(group(i), group(i + 2)),
+                                                  FromHalves(group(i + 1), group(i + 3)));
             const __m64 lumas = V::Words(luma(i), luma(i + 1), luma(i + 2), luma(i + 3));
             Store8(dst + i * 2, lumaFirst ? _mm_or_si64(lumas, _mm_andnot_si64(LowBytes(), average))
                                           : _mm_or_si64(_mm_slli_pi16(lumas, 8),
@@ -95,10 +96,10 @@ struct MmxPacked422 {
     }
 
     static constexpr Packed422Ops kAll = {Unpack,
-                                          Pack<AverageDown>,
-                                          Pack<AverageUp>,
-                                          BlendThenPack<BlendByteRowsMmx, Pack<AverageDown>>,
-                                          BlendThenPack<BlendByteRowsMmx, Pack<AverageUp>>,
+                                          Pack<Rounding::Down>,
+                                          Pack<Rounding::Up>,
+                                          BlendThenPack<BlendByteRowsMmx, Pack<Rounding::Down>>,
+                                          BlendThenPack<BlendByteRowsMmx, Pack<Rounding::Up>>,
                                           DimThirds,
                                           PlanPackedPlain,
                                           NearestPackedColumns};

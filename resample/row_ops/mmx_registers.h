@@ -67,37 +67,31 @@ inline __m64 OddBytes(__m64 a, __m64 b) {
 }
 
 // Four lanes.
-template <typename Rounding>
-__m64 BlendLanes(__m64 a, __m64 b, __m64 weight16);
-
-template <>
-inline __m64 BlendLanes<RoundDown>(__m64 a, __m64 b, __m64 weight16) {
-    const __m64 difference16 = _mm_slli_pi16(_mm_sub_pi16(b, a), 4);
-    return _mm_add_pi16(a, _mm_mulhi_pi16(difference16, weight16));
-}
-
-template <>
-inline __m64 BlendLanes<RoundUp>(__m64 a, __m64 b, __m64 weight16) {
-    const __m64 difference16 = _mm_slli_pi16(_mm_sub_pi16(a, b), 4);
-    return _mm_sub_pi16(a, _mm_mulhi_pi16(difference16, weight16));
+template <Rounding kRounding>
+__m64 BlendLanes(__m64 a, __m64 b, __m64 weight16) {
+    if constexpr (kRounding == Rounding::Down) {
+        return _mm_add_pi16(a, _mm_mulhi_pi16(_mm_slli_pi16(_mm_sub_pi16(b, a), 4), weight16));
+    } else {
+        return _mm_sub_pi16(a, _mm_mulhi_pi16(_mm_slli_pi16(_mm_sub_pi16(a, b), 4), weight16));
+    }
 }
 
 // Eight bytes.
 inline __m64 BlendBytes(const uint8_t* a, const uint8_t* b, __m64 weight16) {
     const __m64 a8 = Load8(a);
     const __m64 b8 = Load8(b);
-    return _mm_packs_pu16(BlendLanes<RoundDown>(Widen(a8), Widen(b8), weight16),
-                          BlendLanes<RoundDown>(WidenHigh(a8), WidenHigh(b8), weight16));
+    return _mm_packs_pu16(BlendLanes<Rounding::Down>(Widen(a8), Widen(b8), weight16),
+                          BlendLanes<Rounding::Down>(WidenHigh(a8), WidenHigh(b8), weight16));
 }
 
 // Four 16-bit pixels, field by field.
-template <typename Pixel, typename Rounding>
+template <typename Pixel, Rounding kRounding>
 __m64 BlendFields(__m64 a, __m64 b, __m64 weight16) {
     const auto field = [=](int shift, int mask) {
         const __m64 bits = _mm_set1_pi16(static_cast<int16_t>(mask));
         const __m64 from = _mm_and_si64(_mm_srli_pi16(a, shift), bits);
         const __m64 to = _mm_and_si64(_mm_srli_pi16(b, shift), bits);
-        return _mm_slli_pi16(BlendLanes<Rounding>(from, to, weight16), shift);
+        return _mm_slli_pi16(BlendLanes<kRounding>(from, to, weight16), shift);
     };
     return _mm_or_si64(field(0, Pixel::kBlueMask),
                        _mm_or_si64(field(Pixel::kGreenShift, Pixel::kGreenMask),

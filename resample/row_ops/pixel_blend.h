@@ -1,36 +1,24 @@
-// The one blend of the whole engine, for bytes and for pixels of each kind.
+// Pixels of each kind, and how one is blended.
 
 #pragma once
 
 #include <cstdint>
 #include <cstring>
 
+#include "resample/formulas.h"
+
 namespace tavo {
 namespace {
-
-// The way from a to b in 1/256, rounded toward minus infinity. The result lies between a and b.
-struct RoundDown {
-    static int32_t Blend(int32_t a, int32_t b, int32_t weight) {
-        return a + (((b - a) * weight) >> 8);
-    }
-};
-
-// Rounded toward plus infinity, so that a half becomes the larger neighbour.
-struct RoundUp {
-    static int32_t Blend(int32_t a, int32_t b, int32_t weight) {
-        return a - (((a - b) * weight) >> 8);
-    }
-};
 
 // A pixel of bytes that are blended one by one.
 template <int32_t kBytes>
 struct BytePixel {
     static constexpr int32_t kSize = kBytes;
 
-    template <typename Rounding>
+    template <Rounding kRounding>
     static void Blend(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t weight) {
         for (int32_t i = 0; i < kBytes; ++i) {
-            dst[i] = static_cast<uint8_t>(Rounding::Blend(a[i], b[i], weight));
+            dst[i] = static_cast<uint8_t>(BlendSamples<kRounding>(a[i], b[i], weight));
         }
     }
 };
@@ -53,12 +41,13 @@ struct FieldPixel {
         return word;
     }
 
-    template <typename Rounding>
+    template <Rounding kRounding>
     static void Blend(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t weight) {
         const int32_t from = Load(a);
         const int32_t to = Load(b);
         const auto field = [=](int32_t shift, int32_t mask) {
-            return Rounding::Blend(from >> shift & mask, to >> shift & mask, weight) << shift;
+            return BlendSamples<kRounding>(from >> shift & mask, to >> shift & mask, weight)
+                   << shift;
         };
         const auto word = static_cast<uint16_t>(
             field(0, kBlueMask) | field(kGreenShift, kGreenMask) | field(kRedShift, kRedMask));

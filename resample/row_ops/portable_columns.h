@@ -13,7 +13,7 @@ template <typename Pixel>
 void BlendRowsPlain(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t weight,
                     int32_t bytes) {
     for (int32_t i = 0; i < bytes; i += Pixel::kSize) {
-        Pixel::template Blend<RoundDown>(dst + i, a + i, b + i, weight);
+        Pixel::template Blend<Rounding::Down>(dst + i, a + i, b + i, weight);
     }
 }
 
@@ -24,12 +24,12 @@ void BlendRowsPlain(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t we
 }
 
 // From column `first` on.
-template <typename Pixel, typename Rounding>
+template <typename Pixel, Rounding kRounding>
 void BlendColumnsPlain(uint8_t* dst, const uint8_t* row, const ColumnRun& columns, int32_t first) {
     for (int32_t i = first; i < columns.count; ++i) {
         const uint8_t* pixel = row + columns.Pixel(i) * Pixel::kSize;
-        Pixel::template Blend<Rounding>(dst + i * Pixel::kSize, pixel, pixel + Pixel::kSize,
-                                        columns.weights[i]);
+        Pixel::template Blend<kRounding>(dst + i * Pixel::kSize, pixel, pixel + Pixel::kSize,
+                                         columns.weights[i]);
     }
 }
 

@@ -3,17 +3,11 @@
 
 #pragma once
 
+#include "resample/formulas.h"
 #include "resample/row_ops/row_ops.h"
 
 namespace tavo {
 namespace {
-
-struct AverageDown {
-    static constexpr int32_t kBias = 0;
-};
-struct AverageUp {
-    static constexpr int32_t kBias = 1;
-};
 
 // From group `first` on.
 [[maybe_unused]] void UnpackPlain(const PackedSamples& dst, const uint8_t* src, int32_t groups,
@@ -28,11 +22,11 @@ struct AverageUp {
 }
 
 // From pixel `first` on.
-template <typename Average>
+template <Rounding kRounding>
 void PackPlain(uint8_t* dst, const PackedSamples& src, int32_t pixels, const PackedLayout& layout,
                int32_t first) {
     const auto average = [](const uint8_t* chroma) {
-        return static_cast<uint8_t>((chroma[0] + chroma[1] + Average::kBias) >> 1);
+        return static_cast<uint8_t>(AverageSamples<kRounding>(chroma[0], chroma[1]));
     };
     for (int32_t i = first; i < pixels; i += 2) {
         uint8_t* group = dst + i * 2;
@@ -70,7 +64,8 @@ void BlendThenPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b,
         group[layout.luma] = row[even * 2 + layout.luma];
         group[layout.luma + 2] = row[odd * 2 + layout.luma];
         for (int32_t chroma = layout.firstChroma; chroma < 4; chroma += 2) {
-            group[chroma] = static_cast<uint8_t>((evenGroup[chroma] + oddGroup[chroma]) >> 1);
+            group[chroma] = static_cast<uint8_t>(
+                AverageSamples<Rounding::Down>(evenGroup[chroma], oddGroup[chroma]));
         }
     }
 }
@@ -91,7 +86,7 @@ void BlendThenPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b,
 // From sample `first` on, which is one of those that change.
 [[maybe_unused]] void DimThirdsPlain(uint8_t* samples, int32_t count, int32_t first) {
     for (int32_t i = first; i < count; i += 3) {
-        samples[i] = static_cast<uint8_t>(samples[i] * 255 >> 8);
+        samples[i] = static_cast<uint8_t>(DimSample(samples[i]));
     }
 }
 

@@ -15,10 +15,10 @@ struct Mmx {
         const __m64 different = _mm_and_si64(_mm_xor_si64(a, b), _mm_set1_pi8(-2));
         return _mm_srli_pi16(different, 1);
     }
-    static __m64 AverageDown(__m64 a, __m64 b) {
+    static __m64 AverageDown8(__m64 a, __m64 b) {
         return _mm_add_pi8(_mm_and_si64(a, b), HalfDifference(a, b));
     }
-    static __m64 AverageUp(__m64 a, __m64 b) {
+    static __m64 AverageUp8(__m64 a, __m64 b) {
         return _mm_sub_pi8(_mm_or_si64(a, b), HalfDifference(a, b));
     }
 };

@@ -6,9 +6,9 @@
 namespace tavo {
 namespace {
 
-template <typename Pixel, typename Rounding>
+template <typename Pixel, Rounding kRounding>
 void BlendColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-    BlendColumnsPlain<Pixel, Rounding>(dst, row, plan.columns, 0);
+    BlendColumnsPlain<Pixel, kRounding>(dst, row, plan.columns, 0);
 }
 
 template <typename Pixel>
@@ -20,8 +20,8 @@ template <typename Pixel>
 constexpr PixelOps kOpsOf = {BlendRowsPlain<Pixel>,
                              PlanPlain,
                              PlanPlain,
-                             BlendColumns<Pixel, RoundDown>,
-                             BlendColumns<Pixel, RoundUp>,
+                             BlendColumns<Pixel, Rounding::Down>,
+                             BlendColumns<Pixel, Rounding::Up>,
                              NearestColumns<Pixel>};
 
 void Unpack(const PackedSamples& dst, const uint8_t* src, int32_t groups,
@@ -29,9 +29,9 @@ void Unpack(const PackedSamples& dst, const uint8_t* src, int32_t groups,
     UnpackPlain(dst, src, groups, layout, 0);
 }
 
-template <typename Average>
+template <Rounding kRounding>
 void Pack(uint8_t* dst, const PackedSamples& src, int32_t pixels, const PackedLayout& layout) {
-    PackPlain<Average>(dst, src, pixels, layout, 0);
+    PackPlain<kRounding>(dst, src, pixels, layout, 0);
 }
 
 void DimThirds(uint8_t* samples, int32_t count) { DimThirdsPlain(samples, count, 0); }
@@ -53,9 +53,9 @@ const RowOps kPortableRowOps = {
     kOpsOf<Rgb24Pixel>,
     kOpsOf<Rgb555Pixel>,
     kOpsOf<Rgb565Pixel>,
-    {Unpack, Pack<AverageDown>, Pack<AverageUp>,
-     BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<AverageDown>>,
-     BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<AverageUp>>, DimThirds, PlanPackedPlain,
+    {Unpack, Pack<Rounding::Down>, Pack<Rounding::Up>,
+     BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<Rounding::Down>>,
+     BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<Rounding::Up>>, DimThirds, PlanPackedPlain,
      NearestPackedColumnsPlain},
     CopyRow,
     CopyBlocks,

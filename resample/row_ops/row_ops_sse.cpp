@@ -14,11 +14,11 @@ struct Sse {
         return _mm_insert_pi16(second, static_cast<int>(d), 3);
     }
 
-    static __m64 AverageDown(__m64 a, __m64 b) {
+    static __m64 AverageDown8(__m64 a, __m64 b) {
         const __m64 halves = _mm_and_si64(_mm_xor_si64(a, b), _mm_set1_pi8(1));
         return _mm_sub_pi8(_mm_avg_pu8(a, b), halves);
     }
-    static __m64 AverageUp(__m64 a, __m64 b) { return _mm_avg_pu8(a, b); }
+    static __m64 AverageUp8(__m64 a, __m64 b) { return _mm_avg_pu8(a, b); }
 };
 
 }  // namespace

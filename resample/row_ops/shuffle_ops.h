@@ -9,17 +9,9 @@
 namespace tavo {
 namespace {
 
-// Rounding of a blend's 16-bit sums.
-template <typename Rounding>
-struct SumBias;
-template <>
-struct SumBias<RoundDown> {
-    static constexpr int16_t kValue = 0;
-};
-template <>
-struct SumBias<RoundUp> {
-    static constexpr int16_t kValue = 255;
-};
+// What rounds a blend's 16-bit sums.
+template <Rounding kRounding>
+constexpr int16_t kSumBias = kRounding == Rounding::Up ? 255 : 0;
 
 template <typename V>
 struct ShuffleOps {
@@ -27,14 +19,14 @@ struct ShuffleOps {
     using Reg = typename V::Reg;
     static constexpr int32_t kBytes = Base::kBytes;
 
-    template <typename Pixel, typename Rounding, int32_t kWindow>
+    template <typename Pixel, Rounding kRounding, int32_t kWindow>
     static void BlendByteTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-        const Reg bias = V::Set16(SumBias<Rounding>::kValue);
+        const Reg bias = V::Set16(kSumBias<kRounding>);
         const auto sums = [&](const ShuffleStep<V>& step, int32_t slot) {
             const Reg pairs =
                 V::Xor(Base::template LoadTiles<kWindow>(row, step, slot), V::Set8(kBias));
             const Reg products = V::MulAddBytes(V::Load(step.weights[slot]), pairs);
-            return SumBias<Rounding>::kValue == 0 ? products : V::Add16(products, bias);
+            return kRounding == Rounding::Down ? products : V::Add16(products, bias);
         };
         Base::StoreSteps(
             dst, plan, plan.columns.count * Pixel::kSize, [&](const ShuffleStep<V>& step) {
@@ -42,40 +34,40 @@ struct ShuffleOps {
             });
     }
 
-    template <typename Pixel, typename Rounding>
+    template <typename Pixel, Rounding kRounding>
     static void BlendByteColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         switch (plan.window) {
-            case OneWindow: return BlendByteTiles<Pixel, Rounding, OneWindow>(dst, row, plan);
-            case TwoWindows: return BlendByteTiles<Pixel, Rounding, TwoWindows>(dst, row, plan);
-            default: return BlendColumnsPlain<Pixel, Rounding>(dst, row, plan.columns, 0);
+            case OneWindow: return BlendByteTiles<Pixel, kRounding, OneWindow>(dst, row, plan);
+            case TwoWindows: return BlendByteTiles<Pixel, kRounding, TwoWindows>(dst, row, plan);
+            default: return BlendColumnsPlain<Pixel, kRounding>(dst, row, plan.columns, 0);
         }
     }
 
     // 16-bit lanes; weight16 is the weight times 16, so that the high half of the product is the
     // blend (mmx_registers.h has the proof).
-    template <typename Rounding>
+    template <Rounding kRounding>
     static Reg BlendLanes(Reg a, Reg b, Reg weight16) {
-        if constexpr (SumBias<Rounding>::kValue == 0) {
+        if constexpr (kRounding == Rounding::Down) {
             return V::Add16(a, V::MulHigh16(V::template ShiftLeft16<4>(V::Sub16(b, a)), weight16));
         } else {
             return V::Sub16(a, V::MulHigh16(V::template ShiftLeft16<4>(V::Sub16(a, b)), weight16));
         }
     }
 
-    template <typename Rounding, int32_t kShift, int32_t kMask>
+    template <Rounding kRounding, int32_t kShift, int32_t kMask>
     static Reg BlendField(Reg a, Reg b, Reg weight16) {
         const Reg mask = V::Set16(kMask);
         const Reg from = V::And(V::template ShiftRight16<kShift>(a), mask);
         const Reg to = V::And(V::template ShiftRight16<kShift>(b), mask);
-        return V::template ShiftLeft16<kShift>(BlendLanes<Rounding>(from, to, weight16));
+        return V::template ShiftLeft16<kShift>(BlendLanes<kRounding>(from, to, weight16));
     }
 
-    template <typename Pixel, typename Rounding>
+    template <typename Pixel, Rounding kRounding>
     static Reg BlendFields(Reg a, Reg b, Reg weight16) {
         return V::Or(
-            BlendField<Rounding, 0, Pixel::kBlueMask>(a, b, weight16),
-            V::Or(BlendField<Rounding, Pixel::kGreenShift, Pixel::kGreenMask>(a, b, weight16),
-                  BlendField<Rounding, Pixel::kRedShift, Pixel::kRedMask>(a, b, weight16)));
+            BlendField<kRounding, 0, Pixel::kBlueMask>(a, b, weight16),
+            V::Or(BlendField<kRounding, Pixel::kGreenShift, Pixel::kGreenMask>(a, b, weight16),
+                  BlendField<kRounding, Pixel::kRedShift, Pixel::kRedMask>(a, b, weight16)));
     }
 
     template <typename Pixel>
@@ -85,11 +77,11 @@ struct ShuffleOps {
         const Reg weight16 = V::Set16(static_cast<int16_t>(weight * 16));
         Base::ForRegisters(bytes, [&](int32_t i) {
             V::Store(dst + i,
-                     BlendFields<Pixel, RoundDown>(V::Load(a + i), V::Load(b + i), weight16));
+                     BlendFields<Pixel, Rounding::Down>(V::Load(a + i), V::Load(b + i), weight16));
         });
     }
 
-    template <typename Pixel, typename Rounding, int32_t kWindow>
+    template <typename Pixel, Rounding kRounding, int32_t kWindow>
     static void BlendFieldTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         Base::StoreSteps(
             dst, plan, plan.columns.count * Pixel::kSize, [&](const ShuffleStep<V>& step) {
@@ -97,17 +89,17 @@ struct ShuffleOps {
                 const Reg second = Base::template LoadTiles<kWindow>(row, step, V::kParts);
                 const Reg weights =
                     V::LowHalves(V::Load(step.weights[0]), V::Load(step.weights[V::kParts]));
-                return BlendFields<Pixel, Rounding>(V::LowHalves(first, second),
-                                                    V::HighHalves(first, second), weights);
+                return BlendFields<Pixel, kRounding>(V::LowHalves(first, second),
+                                                     V::HighHalves(first, second), weights);
             });
     }
 
-    template <typename Pixel, typename Rounding>
+    template <typename Pixel, Rounding kRounding>
     static void BlendFieldColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         switch (plan.window) {
-            case OneWindow: return BlendFieldTiles<Pixel, Rounding, OneWindow>(dst, row, plan);
-            case TwoWindows: return BlendFieldTiles<Pixel, Rounding, TwoWindows>(dst, row, plan);
-            default: return BlendColumnsPlain<Pixel, Rounding>(dst, row, plan.columns, 0);
+            case OneWindow: return BlendFieldTiles<Pixel, kRounding, OneWindow>(dst, row, plan);
+            case TwoWindows: return BlendFieldTiles<Pixel, kRounding, TwoWindows>(dst, row, plan);
+            default: return BlendColumnsPlain<Pixel, kRounding>(dst, row, plan.columns, 0);
         }
     }
 
@@ -139,15 +131,15 @@ struct ShuffleOps {
     static constexpr PixelOps kByteOps = {Base::BlendByteRows,
                                           PlanByteBlend<V, Pixel>,
                                           PlanNearest<V, Pixel>,
-                                          BlendByteColumns<Pixel, RoundDown>,
-                                          BlendByteColumns<Pixel, RoundUp>,
+                                          BlendByteColumns<Pixel, Rounding::Down>,
+                                          BlendByteColumns<Pixel, Rounding::Up>,
                                           NearestColumns<Pixel>};
     template <typename Pixel>
     static constexpr PixelOps kFieldOps = {BlendFieldRows<Pixel>,
                                            PlanFieldBlend<V, Pixel>,
                                            PlanNearest<V, Pixel>,
-                                           BlendFieldColumns<Pixel, RoundDown>,
-                                           BlendFieldColumns<Pixel, RoundUp>,
+                                           BlendFieldColumns<Pixel, Rounding::Down>,
+                                           BlendFieldColumns<Pixel, Rounding::Up>,
                                            NearestColumns<Pixel>};
 
     static constexpr RowOps kAll = {

@@ -66,43 +66,45 @@ struct ShufflePacked422 {
     }
 
     // The averages of pairs of bytes, in lanes.
-    template <typename Average>
+    template <Rounding kRounding>
     static Reg AveragePairs(Reg bytes) {
         const Reg sum = V::MulAddBytes(bytes, V::Set8(1));
-        return V::template ShiftRight16<1>(V::Add16(sum, V::Set16(Average::kBias)));
+        return V::template ShiftRight16<1>(
+            V::Add16(sum, V::Set16(kRounding == Rounding::Up ? 1 : 0)));
     }
 
-    template <typename Average>
+    template <Rounding kRounding>
     static void StorePacked(uint8_t* dst, Reg luma, Reg first, Reg second, bool lumaFirst) {
-        const Reg chroma = V::Or(AveragePairs<Average>(first),
-                                 V::template ShiftLeft16<8>(AveragePairs<Average>(second)));
+        const Reg chroma = V::Or(AveragePairs<kRounding>(first),
+                                 V::template ShiftLeft16<8>(AveragePairs<kRounding>(second)));
         V::StoreInterleaved8(dst, lumaFirst ? luma : chroma, lumaFirst ? chroma : luma);
     }
 
-    template <typename Average>
+    template <Rounding kRounding>
     static void Pack(uint8_t* dst, const PackedSamples& src, int32_t pixels,
                      const PackedLayout& layout) {
-        if (pixels < kBytes) return PackPlain<Average>(dst, src, pixels, layout, 0);
+        if (pixels < kBytes) return PackPlain<kRounding>(dst, src, pixels, layout, 0);
         Base::ForRegisters(pixels, [&](int32_t i) {
-            StorePacked<Average>(dst + i * 2, V::Load(src.luma + i), V::Load(src.firstChroma + i),
-                                 V::Load(src.secondChroma + i), layout.luma == 0);
+            StorePacked<kRounding>(dst + i * 2, V::Load(src.luma + i), V::Load(src.firstChroma + i),
+                                   V::Load(src.secondChroma + i), layout.luma == 0);
         });
     }
 
-    template <typename Average>
+    template <Rounding kRounding>
     static void BlendPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b,
                           int32_t weight, int32_t pixels, const PackedLayout& layout) {
-        if (weight == 0) return Pack<Average>(dst, a, pixels, layout);
+        if (weight == 0) return Pack<kRounding>(dst, a, pixels, layout);
         if (pixels < kBytes) {
-            return BlendThenPack<Base::BlendByteRows, Pack<Average>>(dst, a, b, weight, pixels,
-                                                                     layout);
+            return BlendThenPack<Base::BlendByteRows, Pack<kRounding>>(dst, a, b, weight, pixels,
+                                                                       layout);
         }
         const Reg weights = Base::WeightPairs(weight);
         Base::ForRegisters(pixels, [&](int32_t i) {
-            StorePacked<Average>(dst + i * 2, Base::BlendBytes(a.luma + i, b.luma + i, weights),
-                                 Base::BlendBytes(a.firstChroma + i, b.firstChroma + i, weights),
-                                 Base::BlendBytes(a.secondChroma + i, b.secondChroma + i, weights),
-                                 layout.luma == 0);
+            StorePacked<kRounding>(
+                dst + i * 2, Base::BlendBytes(a.luma + i, b.luma + i, weights),
+                Base::BlendBytes(a.firstChroma + i, b.firstChroma + i, weights),
+                Base::BlendBytes(a.secondChroma + i, b.secondChroma + i, weights),
+                layout.luma == 0);
         });
     }
 
@@ -120,10 +122,10 @@ struct ShufflePacked422 {
     }
 
     static constexpr Packed422Ops kAll = {Unpack,
-                                          Pack<AverageDown>,
-                                          Pack<AverageUp>,
-                                          BlendPack<AverageDown>,
-                                          BlendPack<AverageUp>,
+                                          Pack<Rounding::Down>,
+                                          Pack<Rounding::Up>,
+                                          BlendPack<Rounding::Down>,
+                                          BlendPack<Rounding::Up>,
                                           DimThirds,
                                           PlanPackedNearest<V>,
                                           NearestPackedColumns};
