@@ -16,22 +16,10 @@
 #include "bench/workloads.h"
 #include "cpu/cpu_level.h"
 #include "resample/kernel_table.h"
-#include "resample/row_ops/row_ops.h"
+#include "resample/row_ops/instruction_sets.h"
 
 namespace tavo::bench {
 namespace {
-
-// What "set=" can ask for: a processor level, and the row operations that the kernels run on.
-struct ForcedSet {
-    const char* name;
-    int cpuLevel;
-    InstructionSet set;
-};
-constexpr ForcedSet kForcedSets[] = {
-    {"portable", 0, InstructionSet::Portable}, {"mmx", 1, InstructionSet::Mmx},
-    {"sse", 2, InstructionSet::Sse},           {"ssse3", 2, InstructionSet::Ssse3},
-    {"avx2", 2, InstructionSet::Avx2},         {"avx512", 2, InstructionSet::Avx512},
-};
 
 // Gives the reason where it fails, otherwise nothing.
 std::string ForceSet(const std::string& name) {
@@ -39,14 +27,16 @@ std::string ForceSet(const std::string& name) {
         FillKernelTable();
         return {};
     }
-    for (const ForcedSet& forced : kForcedSets) {
-        if (name != forced.name) continue;
-        if (!CanRun(forced.set)) return "this processor cannot run " + name;
-        FillKernelTable(forced.cpuLevel, 0);
-        ChooseRowOps(forced.set);
+    std::string keys;
+    for (const InstructionSetInfo& info : InstructionSets()) {
+        keys += std::string(" ") + info.key;
+        if (name != info.key) continue;
+        if (!info.canRun()) return "this processor cannot run " + name;
+        FillKernelTable(info.cpuLevel, 0);
+        ChooseRowOps(info.set);
         return {};
     }
-    return "there is no instruction set " + name;
+    return "there is no instruction set " + name + ", only auto" + keys;
 }
 
 bool ReadSize(std::istream& in, int32_t& width, int32_t& height) {

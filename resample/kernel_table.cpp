@@ -10,7 +10,7 @@
 #include "resample/planar/planar_kernels.h"
 #include "resample/rgb16/rgb16_kernels.h"
 #include "resample/rgb24/rgb24_kernels.h"
-#include "resample/row_ops/row_ops.h"
+#include "resample/row_ops/instruction_sets.h"
 
 namespace tavo {
 
@@ -172,9 +172,16 @@ constexpr FillRule kPortable     {SlotBilinear,    SlotNearest,           SlotBi
 constexpr FillRule kPortableSlow {SlotNearest,     SlotNearest,           SlotBilinear};
 // clang-format on
 
+constexpr int kMmxLevel = 1;
 constexpr int kSseLevel = 2;
 
 bool HasMmx(int cpuLevel) { return cpuLevel >= 1 && cpuLevel <= 4; }
+
+// Levels above that of SSE have MMX and instructions that no set here makes use of.
+int LeastLevel(int cpuLevel) {
+    if (cpuLevel == kSseLevel) return kSseLevel;
+    return HasMmx(cpuLevel) ? kMmxLevel : 0;
+}
 
 const FillRule& RuleFor(int row, int cpuLevel, int speedClass) {
     const bool slow = speedClass < 0;
@@ -200,13 +207,14 @@ void SetCopy(int row, KernelSlot slot, KernelSlot from) {
 }  // namespace
 
 InstructionSet WidestSet(int cpuLevel) {
-    if (!HasMmx(cpuLevel)) return InstructionSet::Portable;
-    if (cpuLevel != kSseLevel) return InstructionSet::Mmx;
-    for (const InstructionSet set : {InstructionSet::Avx512, InstructionSet::Avx2,
-                                     InstructionSet::Ssse3, InstructionSet::Sse}) {
-        if (CanRun(set)) return set;
+    const int level = LeastLevel(cpuLevel);
+    InstructionSet widest = InstructionSet::Portable;
+    for (const InstructionSetInfo& info : InstructionSets()) {
+        // The level itself says that there is MMX.
+        const bool isSaid = info.set == InstructionSet::Mmx;
+        if (info.cpuLevel <= level && (isSaid || info.canRun())) widest = info.set;
     }
-    return InstructionSet::Mmx;
+    return widest;
 }
 
 void FillKernelTable() {

@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "resample/row_ops/row_ops.h"
+#include "resample/row_ops/instruction_sets.h"
 #include "resample/scale_kernel.h"
 
 namespace tavo {

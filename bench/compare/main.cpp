@@ -26,8 +26,8 @@ constexpr const char* kUsage =
     "  --filter     only cases whose description holds every TEXT, for instance\n"
     "               --filter RGB24 --filter bilinear --filter '> 1280x720'\n"
     "  --rounds     rounds for each contestant (25)\n"
-    "  --set        holds our kernels to portable, mmx, sse, ssse3, avx2 or\n"
-    "               avx512 (auto)\n"
+    "  --set        holds our kernels to one instruction set, for instance portable\n"
+    "               or avx2 (auto); an unknown NAME is answered with all of them\n"
     "  --no-peers   only our kernels and the memory limit\n"
     "  --list       prints the descriptions of the cases\n";
 

@@ -127,9 +127,6 @@ struct RowOps {
 // Picks the operations of a kind of pixel out of a set.
 using PixelKind = PixelOps RowOps::*;
 
-// The instruction sets that row operations are written for.
-enum class InstructionSet { Portable, Mmx, Sse, Ssse3, Avx2, Avx512 };
-
 // The variants of a kernel family: what their name promises to need at least, and whose bytes they
 // give. A variant may run wider operations than its name says, if its processor has them.
 enum class KernelVariant { Portable, Mmx, Sse };
@@ -137,17 +134,10 @@ enum class KernelVariant { Portable, Mmx, Sse };
 // The operations that a variant runs on. Portable ones for every variant until they are chosen.
 const RowOps& RowOpsOf(KernelVariant variant);
 
-// As printed: "MMX", "AVX2".
-const char* InstructionSetName(InstructionSet set);
+// Sets what the portable variants run on, and what all others do. Any thread.
+void SetRowOps(const RowOps& ofPortable, const RowOps& ofOthers);
 
-// Whether a set is part of the build and this processor can run it.
-bool CanRun(InstructionSet set);
-
-// Chooses the operations of all variants; this processor must be able to run them. MMX and SSE
-// leave the portable variants as they are, since only variants named for MMX may touch its
-// registers. Any thread; kernels in progress go on with the old choice.
-void ChooseRowOps(InstructionSet set);
-
+// Each in row_ops_<set>.cpp. Those of another architecture are not defined.
 extern const RowOps kPortableRowOps;
 extern const RowOps kMmxRowOps;
 extern const RowOps kSseRowOps;

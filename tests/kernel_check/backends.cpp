@@ -4,25 +4,10 @@
 
 #include "cpu/cpu_level.h"
 #include "resample/kernel_table.h"
-#include "resample/row_ops/row_ops.h"
+#include "resample/row_ops/instruction_sets.h"
 
 namespace tavo::check {
 namespace {
-
-struct SetToCheck {
-    const char* name;
-    InstructionSet set;
-};
-
-// A new instruction set needs a line here.
-constexpr SetToCheck kSets[] = {
-    {"portable operations", InstructionSet::Portable},
-    {"MMX operations", InstructionSet::Mmx},
-    {"SSE operations", InstructionSet::Sse},
-    {"SSSE3 operations", InstructionSet::Ssse3},
-    {"AVX2 operations", InstructionSet::Avx2},
-    {"AVX-512 operations", InstructionSet::Avx512},
-};
 
 bool CanRunLevel(int level) {
     const int own = GetCpuLevel();
@@ -34,9 +19,10 @@ bool CanRunLevel(int level) {
 
 std::vector<Backend> RunnableBackends() {
     std::vector<Backend> backends;
-    for (const SetToCheck& set : kSets) {
-        if (CanRun(set.set)) {
-            backends.push_back({set.name, false, 0, 0, static_cast<int>(set.set)});
+    for (const InstructionSetInfo& info : InstructionSets()) {
+        if (info.canRun()) {
+            backends.push_back(
+                {std::string(info.name) + " operations", false, 0, 0, static_cast<int>(info.set)});
         }
     }
     for (int level = 0; level <= 4; ++level) {

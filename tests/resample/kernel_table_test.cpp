@@ -115,10 +115,9 @@ TEST(KernelTable, FillsForTheProcessorOfThisMachine) {
 }
 
 TEST(WidestSet, IsTheWidestThatRunsWhereThereIsSse) {
-    for (const auto set : {InstructionSet::Portable, InstructionSet::Mmx, InstructionSet::Sse,
-                           InstructionSet::Ssse3, InstructionSet::Avx2, InstructionSet::Avx512}) {
-        if (CanRun(set)) {
-            EXPECT_GE(WidestSet(2), set) << InstructionSetName(set);
+    for (const InstructionSetInfo& info : InstructionSets()) {
+        if (info.canRun()) {
+            EXPECT_GE(WidestSet(2), info.set) << info.name;
         }
     }
     for (const int level : {1, 3, 4}) EXPECT_EQ(WidestSet(level), InstructionSet::Mmx) << level;
