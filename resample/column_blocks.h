@@ -90,9 +90,13 @@ struct PixelOperation {
     PixelOps::Apply Apply;
 };
 inline PixelOperation NearestOf(const PixelOps& ops) {
-    return {ops.PlanNearest, ops.NearestColumns};
+    return {.Plan = ops.PlanNearest, .Apply = ops.NearestColumns};
 }
-inline PixelOperation BlendOf(const PixelOps& ops) { return {ops.PlanBlend, ops.BlendColumns}; }
-inline PixelOperation BlendUpOf(const PixelOps& ops) { return {ops.PlanBlend, ops.BlendColumnsUp}; }
+inline PixelOperation BlendOf(const PixelOps& ops) {
+    return {.Plan = ops.PlanBlend, .Apply = ops.BlendColumns};
+}
+inline PixelOperation BlendUpOf(const PixelOps& ops) {
+    return {.Plan = ops.PlanBlend, .Apply = ops.BlendColumnsUp};
+}
 
 }  // namespace tavo

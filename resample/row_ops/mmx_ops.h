@@ -9,8 +9,6 @@
 namespace tavo {
 namespace {
 
-// V::Words(a, b, c, d): four words as lanes, the first one lowest.
-// V::AverageDown8(a, b), V::AverageUp8(a, b): of bytes.
 template <typename V>
 struct MmxOps {
     // Planes: eight columns a step.
@@ -153,24 +151,40 @@ struct MmxOps {
     static void Finish() { _mm_empty(); }
 
     template <typename Pixel>
-    static constexpr PixelOps kFieldOps = {BlendFieldRows<Pixel>,
-                                           PlanPlain,
-                                           PlanPlain,
-                                           BlendFieldColumns<Pixel, Rounding::Down>,
-                                           BlendFieldColumns<Pixel, Rounding::Up>,
-                                           NearestWordColumns};
+    static constexpr PixelOps kFieldOps = {
+        .BlendRows = BlendFieldRows<Pixel>,
+        .PlanBlend = PlanPlain,
+        .PlanNearest = PlanPlain,
+        .BlendColumns = BlendFieldColumns<Pixel, Rounding::Down>,
+        .BlendColumnsUp = BlendFieldColumns<Pixel, Rounding::Up>,
+        .NearestColumns = NearestWordColumns,
+    };
 
     static constexpr RowOps kAll = {
-        {BlendByteRowsMmx, PlanPlain, PlanPlain, BlendPlaneColumns<Rounding::Down>,
-         BlendPlaneColumns<Rounding::Up>, NearestPlaneColumns},
-        {BlendByteRowsMmx, PlanPlain, PlanPlain, BlendRgb24Columns<Rounding::Down>,
-         BlendRgb24Columns<Rounding::Up>, NearestRgb24Columns},
-        kFieldOps<Rgb555Pixel>,
-        kFieldOps<Rgb565Pixel>,
-        MmxPacked422<V>::kAll,
-        CopyRow,
-        CopyBlocks,
-        Finish,
+        .plane =
+            {
+                .BlendRows = BlendByteRowsMmx,
+                .PlanBlend = PlanPlain,
+                .PlanNearest = PlanPlain,
+                .BlendColumns = BlendPlaneColumns<Rounding::Down>,
+                .BlendColumnsUp = BlendPlaneColumns<Rounding::Up>,
+                .NearestColumns = NearestPlaneColumns,
+            },
+        .rgb24 =
+            {
+                .BlendRows = BlendByteRowsMmx,
+                .PlanBlend = PlanPlain,
+                .PlanNearest = PlanPlain,
+                .BlendColumns = BlendRgb24Columns<Rounding::Down>,
+                .BlendColumnsUp = BlendRgb24Columns<Rounding::Up>,
+                .NearestColumns = NearestRgb24Columns,
+            },
+        .rgb555 = kFieldOps<Rgb555Pixel>,
+        .rgb565 = kFieldOps<Rgb565Pixel>,
+        .packed422 = MmxPacked422<V>::kAll,
+        .CopyRow = CopyRow,
+        .CopyBlocks = CopyBlocks,
+        .Finish = Finish,
     };
 };
 

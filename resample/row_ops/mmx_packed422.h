@@ -95,14 +95,16 @@ struct MmxPacked422 {
         DimThirdsPlain(samples, count, i);
     }
 
-    static constexpr Packed422Ops kAll = {Unpack,
-                                          Pack<Rounding::Down>,
-                                          Pack<Rounding::Up>,
-                                          BlendThenPack<BlendByteRowsMmx, Pack<Rounding::Down>>,
-                                          BlendThenPack<BlendByteRowsMmx, Pack<Rounding::Up>>,
-                                          DimThirds,
-                                          PlanPackedPlain,
-                                          NearestPackedColumns};
+    static constexpr Packed422Ops kAll = {
+        .Unpack = Unpack,
+        .PackDown = Pack<Rounding::Down>,
+        .PackUp = Pack<Rounding::Up>,
+        .BlendPackDown = BlendThenPack<BlendByteRowsMmx, Pack<Rounding::Down>>,
+        .BlendPackUp = BlendThenPack<BlendByteRowsMmx, Pack<Rounding::Up>>,
+        .DimThirds = DimThirds,
+        .PlanNearest = PlanPackedPlain,
+        .NearestColumns = NearestPackedColumns,
+    };
 };
 
 }  // namespace

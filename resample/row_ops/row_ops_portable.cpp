@@ -17,12 +17,14 @@ void NearestColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
 }
 
 template <typename Pixel>
-constexpr PixelOps kOpsOf = {BlendRowsPlain<Pixel>,
-                             PlanPlain,
-                             PlanPlain,
-                             BlendColumns<Pixel, Rounding::Down>,
-                             BlendColumns<Pixel, Rounding::Up>,
-                             NearestColumns<Pixel>};
+constexpr PixelOps kOpsOf = {
+    .BlendRows = BlendRowsPlain<Pixel>,
+    .PlanBlend = PlanPlain,
+    .PlanNearest = PlanPlain,
+    .BlendColumns = BlendColumns<Pixel, Rounding::Down>,
+    .BlendColumnsUp = BlendColumns<Pixel, Rounding::Up>,
+    .NearestColumns = NearestColumns<Pixel>,
+};
 
 void Unpack(const PackedSamples& dst, const uint8_t* src, int32_t groups,
             const PackedLayout& layout) {
@@ -49,17 +51,24 @@ void Finish() {}
 }  // namespace
 
 const RowOps kPortableRowOps = {
-    kOpsOf<PlanePixel>,
-    kOpsOf<Rgb24Pixel>,
-    kOpsOf<Rgb555Pixel>,
-    kOpsOf<Rgb565Pixel>,
-    {Unpack, Pack<Rounding::Down>, Pack<Rounding::Up>,
-     BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<Rounding::Down>>,
-     BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<Rounding::Up>>, DimThirds, PlanPackedPlain,
-     NearestPackedColumnsPlain},
-    CopyRow,
-    CopyBlocks,
-    Finish,
+    .plane = kOpsOf<PlanePixel>,
+    .rgb24 = kOpsOf<Rgb24Pixel>,
+    .rgb555 = kOpsOf<Rgb555Pixel>,
+    .rgb565 = kOpsOf<Rgb565Pixel>,
+    .packed422 =
+        {
+            .Unpack = Unpack,
+            .PackDown = Pack<Rounding::Down>,
+            .PackUp = Pack<Rounding::Up>,
+            .BlendPackDown = BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<Rounding::Down>>,
+            .BlendPackUp = BlendThenPack<BlendRowsPlain<PlanePixel>, Pack<Rounding::Up>>,
+            .DimThirds = DimThirds,
+            .PlanNearest = PlanPackedPlain,
+            .NearestColumns = NearestPackedColumnsPlain,
+        },
+    .CopyRow = CopyRow,
+    .CopyBlocks = CopyBlocks,
+    .Finish = Finish,
 };
 
 }  // namespace tavo

@@ -9,9 +9,8 @@
 namespace tavo {
 namespace {
 
-// What rounds a blend's 16-bit sums.
-template <Rounding kRounding>
-constexpr int16_t kSumBias = kRounding == Rounding::Up ? 255 : 0;
+// Rounds a blend's 16-bit sums up.
+constexpr int16_t kSumBias = 255;
 
 template <typename V>
 struct ShuffleOps {
@@ -19,28 +18,19 @@ struct ShuffleOps {
     using Reg = typename V::Reg;
     static constexpr int32_t kBytes = Base::kBytes;
 
-    template <typename Pixel, Rounding kRounding, int32_t kWindow>
-    static void BlendByteTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-        const Reg bias = V::Set16(kSumBias<kRounding>);
-        const auto sums = [&](const ShuffleStep<V>& step, int32_t slot) {
-            const Reg pairs =
-                V::Xor(Base::template LoadTiles<kWindow>(row, step, slot), V::Set8(kBias));
-            const Reg products = V::MulAddBytes(V::Load(step.weights[slot]), pairs);
-            return kRounding == Rounding::Down ? products : V::Add16(products, bias);
-        };
-        Base::StoreSteps(
-            dst, plan, plan.columns.count * Pixel::kSize, [&](const ShuffleStep<V>& step) {
-                return V::Xor(V::HighBytes(sums(step, 0), sums(step, V::kParts)), V::Set8(kBias));
-            });
-    }
-
     template <typename Pixel, Rounding kRounding>
     static void BlendByteColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-        switch (plan.window) {
-            case OneWindow: return BlendByteTiles<Pixel, kRounding, OneWindow>(dst, row, plan);
-            case TwoWindows: return BlendByteTiles<Pixel, kRounding, TwoWindows>(dst, row, plan);
-            default: return BlendColumnsPlain<Pixel, kRounding>(dst, row, plan.columns, 0);
-        }
+        const auto bytesOf = [](const ShuffleStep<V>& step, const auto& load) {
+            const auto sums = [&](int32_t slot) {
+                const Reg pairs = V::Xor(load(slot), V::Set8(kBias));
+                const Reg products = V::MulAddBytes(V::Load(step.weights[slot]), pairs);
+                if constexpr (kRounding == Rounding::Down) return products;
+                return V::Add16(products, V::Set16(kSumBias));
+            };
+            return V::Xor(V::HighBytes(sums(0), sums(V::kParts)), V::Set8(kBias));
+        };
+        Base::ApplyPlan(dst, row, plan, plan.columns.count * Pixel::kSize, bytesOf,
+                        [&] { BlendColumnsPlain<Pixel, kRounding>(dst, row, plan.columns, 0); });
     }
 
     // 16-bit lanes; weight16 is the weight times 16, so that the high half of the product is the
@@ -81,44 +71,27 @@ struct ShuffleOps {
         });
     }
 
-    template <typename Pixel, Rounding kRounding, int32_t kWindow>
-    static void BlendFieldTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-        Base::StoreSteps(
-            dst, plan, plan.columns.count * Pixel::kSize, [&](const ShuffleStep<V>& step) {
-                const Reg first = Base::template LoadTiles<kWindow>(row, step, 0);
-                const Reg second = Base::template LoadTiles<kWindow>(row, step, V::kParts);
-                const Reg weights =
-                    V::LowHalves(V::Load(step.weights[0]), V::Load(step.weights[V::kParts]));
-                return BlendFields<Pixel, kRounding>(V::LowHalves(first, second),
-                                                     V::HighHalves(first, second), weights);
-            });
-    }
-
     template <typename Pixel, Rounding kRounding>
     static void BlendFieldColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-        switch (plan.window) {
-            case OneWindow: return BlendFieldTiles<Pixel, kRounding, OneWindow>(dst, row, plan);
-            case TwoWindows: return BlendFieldTiles<Pixel, kRounding, TwoWindows>(dst, row, plan);
-            default: return BlendColumnsPlain<Pixel, kRounding>(dst, row, plan.columns, 0);
-        }
-    }
-
-    template <typename Pixel, int32_t kWindow>
-    static void NearestTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-        Base::StoreSteps(
-            dst, plan, plan.columns.count * Pixel::kSize, [&](const ShuffleStep<V>& step) {
-                return V::LowHalves(Base::template LoadTiles<kWindow>(row, step, 0),
-                                    Base::template LoadTiles<kWindow>(row, step, V::kParts));
-            });
+        const auto bytesOf = [](const ShuffleStep<V>& step, const auto& load) {
+            const Reg first = load(0);
+            const Reg second = load(V::kParts);
+            const Reg weights =
+                V::LowHalves(V::Load(step.weights[0]), V::Load(step.weights[V::kParts]));
+            return BlendFields<Pixel, kRounding>(V::LowHalves(first, second),
+                                                 V::HighHalves(first, second), weights);
+        };
+        Base::ApplyPlan(dst, row, plan, plan.columns.count * Pixel::kSize, bytesOf,
+                        [&] { BlendColumnsPlain<Pixel, kRounding>(dst, row, plan.columns, 0); });
     }
 
     template <typename Pixel>
     static void NearestColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-        switch (plan.window) {
-            case OneWindow: return NearestTiles<Pixel, OneWindow>(dst, row, plan);
-            case TwoWindows: return NearestTiles<Pixel, TwoWindows>(dst, row, plan);
-            default: return NearestColumnsPlain<Pixel>(dst, row, plan.columns, 0);
-        }
+        const auto bytesOf = [](const ShuffleStep<V>&, const auto& load) {
+            return V::LowHalves(load(0), load(V::kParts));
+        };
+        Base::ApplyPlan(dst, row, plan, plan.columns.count * Pixel::kSize, bytesOf,
+                        [&] { NearestColumnsPlain<Pixel>(dst, row, plan.columns, 0); });
     }
 
     static void CopyBlocks(uint8_t* dst, const uint8_t* src, int32_t blocks) {
@@ -128,29 +101,33 @@ struct ShuffleOps {
     static void Finish() {}
 
     template <typename Pixel>
-    static constexpr PixelOps kByteOps = {Base::BlendByteRows,
-                                          PlanByteBlend<V, Pixel>,
-                                          PlanNearest<V, Pixel>,
-                                          BlendByteColumns<Pixel, Rounding::Down>,
-                                          BlendByteColumns<Pixel, Rounding::Up>,
-                                          NearestColumns<Pixel>};
+    static constexpr PixelOps kByteOps = {
+        .BlendRows = Base::BlendByteRows,
+        .PlanBlend = PlanByteBlend<V, Pixel>,
+        .PlanNearest = PlanNearest<V, Pixel>,
+        .BlendColumns = BlendByteColumns<Pixel, Rounding::Down>,
+        .BlendColumnsUp = BlendByteColumns<Pixel, Rounding::Up>,
+        .NearestColumns = NearestColumns<Pixel>,
+    };
     template <typename Pixel>
-    static constexpr PixelOps kFieldOps = {BlendFieldRows<Pixel>,
-                                           PlanFieldBlend<V, Pixel>,
-                                           PlanNearest<V, Pixel>,
-                                           BlendFieldColumns<Pixel, Rounding::Down>,
-                                           BlendFieldColumns<Pixel, Rounding::Up>,
-                                           NearestColumns<Pixel>};
+    static constexpr PixelOps kFieldOps = {
+        .BlendRows = BlendFieldRows<Pixel>,
+        .PlanBlend = PlanFieldBlend<V, Pixel>,
+        .PlanNearest = PlanNearest<V, Pixel>,
+        .BlendColumns = BlendFieldColumns<Pixel, Rounding::Down>,
+        .BlendColumnsUp = BlendFieldColumns<Pixel, Rounding::Up>,
+        .NearestColumns = NearestColumns<Pixel>,
+    };
 
     static constexpr RowOps kAll = {
-        kByteOps<PlanePixel>,
-        kByteOps<Rgb24Pixel>,
-        kFieldOps<Rgb555Pixel>,
-        kFieldOps<Rgb565Pixel>,
-        ShufflePacked422<V>::kAll,
-        Base::CopyRow,
-        CopyBlocks,
-        Finish,
+        .plane = kByteOps<PlanePixel>,
+        .rgb24 = kByteOps<Rgb24Pixel>,
+        .rgb555 = kFieldOps<Rgb555Pixel>,
+        .rgb565 = kFieldOps<Rgb565Pixel>,
+        .packed422 = ShufflePacked422<V>::kAll,
+        .CopyRow = Base::CopyRow,
+        .CopyBlocks = CopyBlocks,
+        .Finish = Finish,
     };
 };
 

@@ -14,26 +14,19 @@ struct ShufflePacked422 {
     using Reg = typename V::Reg;
     static constexpr int32_t kBytes = Base::kBytes;
 
-    template <int32_t kWindow>
-    static void NearestPackedTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-        const int32_t groups = (plan.columns.count + 1) / 2;
-        Base::StoreSteps(dst, plan, groups * 4, [&](const ShuffleStep<V>& step) {
-            const Reg first = Base::template LoadTiles<kWindow>(row, step, 0);
-            const Reg second = Base::template LoadTiles<kWindow>(row, step, V::kParts);
-            const Reg a = V::LowHalves(first, second);
-            const Reg b = V::HighHalves(first, second);
-            const Reg halves = V::And(V::Xor(a, b), V::Set8(1));
-            return V::SubSaturated8(V::AverageUp8(a, b), halves);
-        });
-    }
-
     static void NearestPackedColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan,
                                      const PackedLayout& layout) {
-        switch (plan.window) {
-            case OneWindow: return NearestPackedTiles<OneWindow>(dst, row, plan);
-            case TwoWindows: return NearestPackedTiles<TwoWindows>(dst, row, plan);
-            default: return NearestPackedPlain(dst, row, plan.columns, layout, 0);
-        }
+        const auto bytesOf = [](const ShuffleStep<V>&, const auto& load) {
+            const Reg first = load(0);
+            const Reg second = load(V::kParts);
+            const Reg a = V::LowHalves(first, second);
+            const Reg b = V::HighHalves(first, second);
+            const Reg oddSums = V::And(V::Xor(a, b), V::Set8(1));
+            return V::SubSaturated8(V::AverageUp8(a, b), oddSums);
+        };
+        const int32_t groups = (plan.columns.count + 1) / 2;
+        Base::ApplyPlan(dst, row, plan, groups * 4, bytesOf,
+                        [&] { NearestPackedPlain(dst, row, plan.columns, layout, 0); });
     }
 
     static Reg EvenBytes(Reg a, Reg b) {
@@ -121,14 +114,16 @@ struct ShufflePacked422 {
         DimThirdsPlain(samples, count, i);
     }
 
-    static constexpr Packed422Ops kAll = {Unpack,
-                                          Pack<Rounding::Down>,
-                                          Pack<Rounding::Up>,
-                                          BlendPack<Rounding::Down>,
-                                          BlendPack<Rounding::Up>,
-                                          DimThirds,
-                                          PlanPackedNearest<V>,
-                                          NearestPackedColumns};
+    static constexpr Packed422Ops kAll = {
+        .Unpack = Unpack,
+        .PackDown = Pack<Rounding::Down>,
+        .PackUp = Pack<Rounding::Up>,
+        .BlendPackDown = BlendPack<Rounding::Down>,
+        .BlendPackUp = BlendPack<Rounding::Up>,
+        .DimThirds = DimThirds,
+        .PlanNearest = PlanPackedNearest<V>,
+        .NearestColumns = NearestPackedColumns,
+    };
 };
 
 }  // namespace

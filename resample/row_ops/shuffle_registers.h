@@ -88,6 +88,26 @@ struct ShuffleRegisters {
             return V::ShuffleTwoWindows(row, &step.low[slot], &step.high[slot], control);
         }
     }
+
+    template <int32_t kWindow, typename BytesOf>
+    static void StoreTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan, int32_t bytes,
+                           BytesOf bytesOf) {
+        StoreSteps(dst, plan, bytes, [&](const ShuffleStep<V>& step) {
+            return bytesOf(step, [&](int32_t slot) { return LoadTiles<kWindow>(row, step, slot); });
+        });
+    }
+
+    // Stores bytesOf(step, load) for each step of a plan, so many bytes in all. load(slot) is what
+    // the shuffles bring of the row from that slot on. A plan without tables is left to plain().
+    template <typename BytesOf, typename Plain>
+    static void ApplyPlan(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan, int32_t bytes,
+                          BytesOf bytesOf, Plain plain) {
+        switch (plan.window) {
+            case OneWindow: return StoreTiles<OneWindow>(dst, row, plan, bytes, bytesOf);
+            case TwoWindows: return StoreTiles<TwoWindows>(dst, row, plan, bytes, bytesOf);
+            default: return plain();
+        }
+    }
 };
 
 }  // namespace
