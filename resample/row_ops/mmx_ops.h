@@ -9,7 +9,7 @@
 namespace tavo {
 namespace {
 
-template <typename V>
+template <MmxSet V>
 struct MmxOps {
     // Planes: eight columns a step.
 

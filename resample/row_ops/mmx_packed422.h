@@ -8,7 +8,7 @@
 namespace tavo {
 namespace {
 
-template <typename V>
+template <MmxSet V>
 struct MmxPacked422 {
     // Eight groups a step.
     static void Unpack(const PackedSamples& dst, const uint8_t* src, int32_t groups,

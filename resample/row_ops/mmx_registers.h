@@ -14,6 +14,14 @@
 namespace tavo {
 namespace {
 
+// What an instruction set in MMX registers does in its own way.
+template <typename V>
+concept MmxSet = requires(__m64 a, __m64 b, uint32_t word) {
+    a = V::Words(word, word, word, word);  // four words as lanes, the first one lowest
+    a = V::AverageDown8(a, b);             // of bytes
+    a = V::AverageUp8(a, b);
+};
+
 inline __m64 Load8(const uint8_t* p) {
     __m64 value;
     std::memcpy(&value, p, sizeof(value));

@@ -12,7 +12,7 @@ namespace {
 // Rounds a blend's 16-bit sums up.
 constexpr int16_t kSumBias = 255;
 
-template <typename V>
+template <ShuffleRegister V>
 struct ShuffleOps {
     using Base = ShuffleRegisters<V>;
     using Reg = typename V::Reg;

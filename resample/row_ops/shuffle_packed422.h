@@ -8,7 +8,7 @@
 namespace tavo {
 namespace {
 
-template <typename V>
+template <ShuffleRegister V>
 struct ShufflePacked422 {
     using Base = ShuffleRegisters<V>;
     using Reg = typename V::Reg;

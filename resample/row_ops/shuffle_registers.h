@@ -7,13 +7,14 @@
 #include <cstring>
 
 #include "resample/row_ops/shuffle_plan.h"
+#include "resample/row_ops/shuffle_register.h"
 
 namespace tavo {
 namespace {
 
 constexpr uint8_t kBias = 0x80;
 
-template <typename V>
+template <ShuffleRegister V>
 struct ShuffleRegisters {
     using Reg = typename V::Reg;
 
