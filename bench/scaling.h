@@ -2,8 +2,6 @@
 
 #pragma once
 
-#include <memory>
-
 #include "bench/picture.h"
 #include "bench/workloads.h"
 #include "resample/axis_map.h"
@@ -36,18 +34,13 @@ class Scaling {
     }
 
   private:
-    struct FreeMap {
-        void operator()(AxisMap* map) const { FreeAxisMap(map); }
-    };
-    using OwnedMap = std::unique_ptr<AxisMap, FreeMap>;
-
     int32_t row_;
     int32_t bitsPerPixel_;
     Sizes sizes_;
     Picture src_;
     Picture dst_;
-    OwnedMap xMap_;
-    OwnedMap yMap_;
+    AxisMapPtr xMap_;
+    AxisMapPtr yMap_;
 };
 
 }  // namespace tavo::bench

@@ -8,7 +8,6 @@
 #include <new>
 
 #include "picture/planes.h"
-#include "resample/axis_map.h"
 #include "resample/copy_kernels.h"
 #include "resample/kernel_table.h"
 
@@ -38,7 +37,6 @@ int32_t StatedPitch(const Plane& plane) { return plane.pitch == plane.width ? 0 
 
 }  // namespace
 
-void AxisMapRelease::operator()(AxisMap* map) const { FreeAxisMap(map); }
 
 Conversion::Conversion(const Picture& source, const Picture& output)
     : source_(source), output_(output) {}

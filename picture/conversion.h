@@ -10,14 +10,11 @@
 
 #include "picture/frame_buffer.h"
 #include "picture/picture.h"
+#include "resample/axis_map.h"
 #include "resample/scale_kernel.h"
 
 namespace tavo {
 
-struct AxisMapRelease {
-    void operator()(AxisMap* map) const;
-};
-using AxisMapPtr = std::unique_ptr<AxisMap, AxisMapRelease>;
 
 class Conversion {
   public:

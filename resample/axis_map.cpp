@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
-#include <memory>
 #include <new>
 
 #include "cpu/double_precision.h"
@@ -22,11 +21,6 @@ constexpr double kWeightMax = 255.0;
 
 // Added to the weight, never to the index, when shrinking and at equal size.
 constexpr double kShrinkOffset = 0.25;
-
-struct AxisMapDeleter {
-    void operator()(AxisMap* map) const { FreeAxisMap(map); }
-};
-using AxisMapPtr = std::unique_ptr<AxisMap, AxisMapDeleter>;
 
 AxisMapPtr AllocateAxisMap(int32_t count) {
     // Beyond this, operator new[] throws in spite of nothrow.

@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -119,11 +118,6 @@ class Walk {
     }
 
   private:
-    struct FreeMap {
-        void operator()(AxisMap* map) const { FreeAxisMap(map); }
-    };
-    using OwnedMap = std::unique_ptr<AxisMap, FreeMap>;
-
     void Copy(const CopyRow& row, int slot, const Backend& backend) {
         const CopyKernel kernel = KernelTable[row.row][slot].copy;
         if (!kernel) return;
@@ -135,9 +129,9 @@ class Walk {
     void Scale(const ScaleRow& row, int slot, const Backend& backend) {
         const ScaleKernel kernel = KernelTable[row.row][slot].scale;
         for (const Lengths& width : WidthsOf(row.axis)) {
-            const OwnedMap xMap(BuildAxisMap(width.source, width.destination, 0));
+            const AxisMapPtr xMap(BuildAxisMap(width.source, width.destination, 0));
             for (const Lengths& height : HeightsOf(row.axis)) {
-                const OwnedMap yMap(BuildAxisMap(height.source, height.destination, 0));
+                const AxisMapPtr yMap(BuildAxisMap(height.source, height.destination, 0));
                 const std::string name = std::to_string(row.row) + "/" + std::to_string(slot) +
                                          ", " + backend.name + ", " + std::to_string(width.source) +
                                          " to " + std::to_string(width.destination);

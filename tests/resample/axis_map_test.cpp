@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
 #include <utility>
 #include <vector>
 
@@ -15,19 +14,16 @@
 namespace tavo::test {
 namespace {
 
-struct FreeMap {
-    void operator()(AxisMap* map) const { FreeAxisMap(map); }
-};
-using OwnedMap = std::unique_ptr<AxisMap, FreeMap>;
-
-OwnedMap Build(int32_t srcLen, int32_t dstLen) { return OwnedMap(BuildAxisMap(srcLen, dstLen, 0)); }
+AxisMapPtr Build(int32_t srcLen, int32_t dstLen) {
+    return AxisMapPtr(BuildAxisMap(srcLen, dstLen, 0));
+}
 
 std::vector<int> Indices(const AxisMap& map) { return {map.indices, map.indices + map.count}; }
 
 std::vector<int> Weights(const AxisMap& map) { return {map.weights, map.weights + map.count}; }
 
 testing::AssertionResult MatchesOracle(int32_t srcLen, int32_t dstLen) {
-    const OwnedMap map = Build(srcLen, dstLen);
+    const AxisMapPtr map = Build(srcLen, dstLen);
     const auto fail = [&] {
         return testing::AssertionFailure() << srcLen << " to " << dstLen << ": ";
     };
@@ -51,7 +47,7 @@ testing::AssertionResult MatchesOracle(int32_t srcLen, int32_t dstLen) {
 }
 
 TEST(AxisMap, EqualLengthsGiveEverySampleWithWeight64) {
-    const OwnedMap map = Build(5, 5);
+    const AxisMapPtr map = Build(5, 5);
     ASSERT_TRUE(map);
     EXPECT_EQ(map->count, 5);
     EXPECT_EQ(map->srcSpan, 5);
@@ -61,7 +57,7 @@ TEST(AxisMap, EqualLengthsGiveEverySampleWithWeight64) {
 }
 
 TEST(AxisMap, TwofoldEnlargementAlternatesWeights0And128) {
-    const OwnedMap map = Build(3, 6);
+    const AxisMapPtr map = Build(3, 6);
     ASSERT_TRUE(map);
     EXPECT_EQ(map->srcSpan, 3);
     EXPECT_EQ(Indices(*map), (std::vector<int>{0, 0, 1, 1, 2, 2}));
@@ -69,7 +65,7 @@ TEST(AxisMap, TwofoldEnlargementAlternatesWeights0And128) {
 }
 
 TEST(AxisMap, TwofoldReductionTakesEverySecondSampleWithWeight64) {
-    const OwnedMap map = Build(8, 4);
+    const AxisMapPtr map = Build(8, 4);
     ASSERT_TRUE(map);
     EXPECT_EQ(map->srcSpan, 8);
     EXPECT_EQ(Indices(*map), (std::vector<int>{0, 2, 4, 6}));
@@ -77,27 +73,27 @@ TEST(AxisMap, TwofoldReductionTakesEverySecondSampleWithWeight64) {
 }
 
 TEST(AxisMap, EnlargementByThreeHalvesCountsInThirds) {
-    const OwnedMap map = Build(4, 6);
+    const AxisMapPtr map = Build(4, 6);
     ASSERT_TRUE(map);
     EXPECT_EQ(Indices(*map), (std::vector<int>{0, 0, 1, 2, 2, 3}));
     EXPECT_EQ(Weights(*map), (std::vector<int>{0, 170, 85, 0, 170, 85}));
 }
 
 TEST(AxisMap, ReductionAddsAQuarterAndSaturatesAt255) {
-    const OwnedMap map = Build(9, 5);  // ratio 1.8: fractions 0, .8, .6, .4, .2
+    const AxisMapPtr map = Build(9, 5);  // ratio 1.8: fractions 0, .8, .6, .4, .2
     ASSERT_TRUE(map);
     EXPECT_EQ(Indices(*map), (std::vector<int>{0, 1, 3, 5, 7}));
     EXPECT_EQ(Weights(*map), (std::vector<int>{64, 255, 217, 166, 115}));
 }
 
 TEST(AxisMap, WeightsAreNeverWrappedBy256) {
-    const OwnedMap map = Build(7, 4);  // ratio 1.75: a fraction of .75 makes exactly 256
+    const AxisMapPtr map = Build(7, 4);  // ratio 1.75: a fraction of .75 makes exactly 256
     ASSERT_TRUE(map);
     EXPECT_EQ(Weights(*map), (std::vector<int>{64, 255, 192, 128}));
 }
 
 TEST(AxisMap, TheLastEntryMayNameTheLastSample) {
-    const OwnedMap map = Build(640, 1280);
+    const AxisMapPtr map = Build(640, 1280);
     ASSERT_TRUE(map);
     EXPECT_EQ(map->indices[1279], 639);
     EXPECT_EQ(map->weights[1279], 128);
@@ -105,15 +101,15 @@ TEST(AxisMap, TheLastEntryMayNameTheLastSample) {
 
 // Three times the rounded third is 1 after rounding, and less before: what a wider register keeps.
 TEST(AxisMap, EveryOperationRoundsToDouble) {
-    const OwnedMap map = Build(1, 3);
+    const AxisMapPtr map = Build(1, 3);
     ASSERT_TRUE(map);
     EXPECT_EQ(map->srcSpan, 1);
 }
 
 TEST(AxisMap, OnlyMagnitudesCount) {
     for (const auto& [srcLen, dstLen] : {std::pair{-480, 360}, {480, -360}, {-480, -360}}) {
-        const OwnedMap map = Build(srcLen, dstLen);
-        const OwnedMap positive = Build(480, 360);
+        const AxisMapPtr map = Build(srcLen, dstLen);
+        const AxisMapPtr positive = Build(480, 360);
         ASSERT_TRUE(map && positive);
         EXPECT_EQ(map->count, 360);
         EXPECT_EQ(map->srcSpan, positive->srcSpan);
@@ -124,8 +120,8 @@ TEST(AxisMap, OnlyMagnitudesCount) {
 
 TEST(AxisMap, FlagsAreIgnored) {
     for (int32_t flags : {1, -1, INT32_MAX}) {
-        const OwnedMap map(BuildAxisMap(31, 17, flags));
-        const OwnedMap plain = Build(31, 17);
+        const AxisMapPtr map(BuildAxisMap(31, 17, flags));
+        const AxisMapPtr plain = Build(31, 17);
         ASSERT_TRUE(map && plain);
         EXPECT_EQ(Indices(*map), Indices(*plain));
         EXPECT_EQ(Weights(*map), Weights(*plain));
@@ -165,7 +161,7 @@ TEST(AxisMap, LongLengthsEqualIntegerArithmetic) {
 TEST(AxisMap, IndicesNeverDecreaseAndStayInsideTheSource) {
     for (int32_t srcLen = 1; srcLen <= 97; ++srcLen) {
         for (int32_t dstLen = 1; dstLen <= 97; ++dstLen) {
-            const OwnedMap map = Build(srcLen, dstLen);
+            const AxisMapPtr map = Build(srcLen, dstLen);
             ASSERT_TRUE(map);
             int32_t previous = 0;
             for (int32_t index : Indices(*map)) {
@@ -178,9 +174,9 @@ TEST(AxisMap, IndicesNeverDecreaseAndStayInsideTheSource) {
 }
 
 TEST(BoundedAxisMap, KeepsTheFirstEntriesAndBoundsTheirIndices) {
-    const OwnedMap whole = Build(9, 27);
+    const AxisMapPtr whole = Build(9, 27);
     ASSERT_TRUE(whole);
-    const OwnedMap part(BuildBoundedAxisMap(*whole, 4, 13));
+    const AxisMapPtr part(BuildBoundedAxisMap(*whole, 4, 13));
     ASSERT_TRUE(part);
     ASSERT_EQ(part->count, 13);
     EXPECT_EQ(part->fracBits, 8);
@@ -192,9 +188,9 @@ TEST(BoundedAxisMap, KeepsTheFirstEntriesAndBoundsTheirIndices) {
 }
 
 TEST(BoundedAxisMap, HasNoMoreEntriesThanTheMapItIsMadeFrom) {
-    const OwnedMap whole = Build(10, 5);
+    const AxisMapPtr whole = Build(10, 5);
     ASSERT_TRUE(whole);
-    const OwnedMap part(BuildBoundedAxisMap(*whole, 10, 8));
+    const AxisMapPtr part(BuildBoundedAxisMap(*whole, 10, 8));
     ASSERT_TRUE(part);
     EXPECT_EQ(part->count, 5);
     EXPECT_EQ(Indices(*part), Indices(*whole));
@@ -202,7 +198,7 @@ TEST(BoundedAxisMap, HasNoMoreEntriesThanTheMapItIsMadeFrom) {
 }
 
 TEST(BoundedAxisMap, LengthsBelowOneGiveNone) {
-    const OwnedMap whole = Build(10, 5);
+    const AxisMapPtr whole = Build(10, 5);
     ASSERT_TRUE(whole);
     EXPECT_EQ(BuildBoundedAxisMap(*whole, 10, 0), nullptr);
     EXPECT_EQ(BuildBoundedAxisMap(*whole, 10, -3), nullptr);
@@ -223,7 +219,7 @@ TEST(AxisMap, SameUnderEveryX87Setting) {
                 built = BuildAxisMap(srcLen, dstLen, 0);
                 after = X87ControlWord();
             }
-            const OwnedMap map(built);
+            const AxisMapPtr map(built);
             ASSERT_TRUE(map);
             EXPECT_EQ(after, TAVO_TEST_HAS_X87 ? setting.word : 0);
             EXPECT_EQ(map->srcSpan, expected.srcSpan);
