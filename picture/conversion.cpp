@@ -9,7 +9,6 @@
 
 #include "picture/planes.h"
 #include "resample/copy_kernels.h"
-#include "resample/kernel_table.h"
 
 namespace tavo {
 namespace {
@@ -37,12 +36,13 @@ int32_t StatedPitch(const Plane& plane) { return plane.pitch == plane.width ? 0 
 
 }  // namespace
 
+Conversion::Conversion(const Picture& source, const Picture& output, KernelSelector selectKernel)
+    : source_(source), output_(output), selectKernel_(selectKernel) {}
 
-Conversion::Conversion(const Picture& source, const Picture& output)
-    : source_(source), output_(output) {}
-
-std::unique_ptr<Conversion> Conversion::Build(const Picture& source, const Picture& output) {
-    std::unique_ptr<Conversion> conversion(new (std::nothrow) Conversion(source, output));
+std::unique_ptr<Conversion> Conversion::Build(const Picture& source, const Picture& output,
+                                              KernelSelector selectKernel) {
+    std::unique_ptr<Conversion> conversion(new (std::nothrow)
+                                               Conversion(source, output, selectKernel));
     if (!conversion) return nullptr;
     if (!output.format) return conversion;
     conversion->horizontalChange_ = Change(source.width, output.width);
@@ -84,7 +84,7 @@ bool Conversion::BuildBuffers() {
     }
     bool spills = false;
     for (int32_t slot = 0; slot < kKernelSlots; ++slot) {
-        spills = spills || ScaleSpill(ChooseRow(), slot) != 0;
+        spills = spills || ScaleSpill(selectKernel_(ChooseRow(), slot).scale) != 0;
     }
     return !spills || paddedOutput_.Allocate(KernelBytes(output_));
 }
@@ -98,9 +98,10 @@ bool Conversion::Scale(FrameSpan output, FrameSpan source, int32_t scaleMethod) 
     const bool isAutomatic = slot <= SlotBilinearAuto;
     if (IsSameSize() && isAutomatic) return Copy(output, source, slot);
     const int32_t row = ChooseRow();
-    currentKernel_ = KernelTable[row][slot].scale;
+    currentKernel_ = selectKernel_(row, slot).scale;
     if (!currentKernel_) return false;
-    const bool hasRoom = output.size >= outputBytes_ + static_cast<size_t>(ScaleSpill(row, slot));
+    const bool hasRoom =
+        output.size >= outputBytes_ + static_cast<size_t>(ScaleSpill(currentKernel_));
     if (!hasRoom && !paddedOutput_) return false;
     uint8_t* const target = hasRoom ? output.data : paddedOutput_.Data();
     ScalePicture(currentKernel_, target, source.data);
@@ -145,8 +146,8 @@ void Conversion::ScalePicture(ScaleKernel kernel, uint8_t* output, const uint8_t
 // inside the frame as long as the chroma planes are not smaller than a block.
 size_t Conversion::SpillOfCopy(int32_t slot) const {
     const PictureFormat& format = *output_.format;
-    const auto spill =
-        static_cast<size_t>(CopySpill(format.rows->copy, slot, output_.width, format.bitsPerPixel));
+    const auto spill = static_cast<size_t>(
+        CopySpill(selectKernel_(format.rows->copy, slot).copy, output_.width, format.bitsPerPixel));
     if (format.group != FormatGroup::Planar) return spill;
     const size_t chromaBytes =
         outputBytes_ - static_cast<size_t>(PlanesOf(output_).planes[1].offset);
@@ -174,7 +175,7 @@ bool Conversion::Copy(FrameSpan output, FrameSpan source, int32_t slot) {
 
 void Conversion::CopyPicture(uint8_t* output, const uint8_t* source, int32_t slot) const {
     const PictureFormat& format = *output_.format;
-    const CopyKernel copy = KernelTable[format.rows->copy][slot].copy;
+    const CopyKernel copy = selectKernel_(format.rows->copy, slot).copy;
     copy(output, source, output_.width, output_.height, format.bitsPerPixel);
     if (format.group != FormatGroup::Planar) return;
     const Planes planes = PlanesOf(output_);

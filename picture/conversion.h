@@ -11,16 +11,17 @@
 #include "picture/frame_buffer.h"
 #include "picture/picture.h"
 #include "resample/axis_map.h"
+#include "resample/kernel_table.h"
 #include "resample/scale_kernel.h"
 
 namespace tavo {
-
 
 class Conversion {
   public:
     // Null when memory runs out. Both pictures must be usable (IsUsablePicture, IsUsableOutput) and
     // of the same format; or the output has no format, and then every frame fails.
-    static std::unique_ptr<Conversion> Build(const Picture& source, const Picture& output);
+    static std::unique_ptr<Conversion> Build(const Picture& source, const Picture& output,
+                                             KernelSelector selectKernel = SelectKernel);
 
     // Scales one frame with the kernel that the format, the change of size and the code of the
     // method select. False, with nothing written, when a buffer is absent or too small for its
@@ -42,7 +43,7 @@ class Conversion {
     void TakeWorkBuffer(Conversion& other) { std::swap(workBuffer_, other.workBuffer_); }
 
   private:
-    Conversion(const Picture& source, const Picture& output);
+    Conversion(const Picture& source, const Picture& output, KernelSelector selectKernel);
 
     bool BuildMaps();
     bool BuildBuffers();
@@ -56,6 +57,7 @@ class Conversion {
 
     Picture source_;
     Picture output_;
+    KernelSelector selectKernel_;
     int32_t horizontalChange_ = 0;  // -1 source larger, 0 equal, 1 source smaller
     int32_t verticalChange_ = 0;
     size_t sourceBytes_ = 0;  // what the kernels touch

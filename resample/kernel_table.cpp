@@ -252,8 +252,9 @@ int32_t MethodToSlot(int32_t scaleMethod) {
     return SlotAuto;
 }
 
-int32_t CopySpill(int32_t row, int32_t slot, int32_t width, int32_t bitsPerPixel) {
-    const CopyKernel kernel = KernelTable[row][slot].copy;
+KernelEntry SelectKernel(int32_t row, int32_t slot) { return KernelTable[row][slot]; }
+
+int32_t CopySpill(CopyKernel kernel, int32_t width, int32_t bitsPerPixel) {
     const bool isPlane = kernel == CopyPlane_MMX;
     if (!isPlane && kernel != CopyPacked_MMX) return 0;
     const int32_t bytes = isPlane ? width : width * bitsPerPixel / 8;
@@ -262,8 +263,8 @@ int32_t CopySpill(int32_t row, int32_t slot, int32_t width, int32_t bitsPerPixel
     return moved - stride;
 }
 
-int32_t ScaleSpill(int32_t row, int32_t slot) {
-    return KernelTable[row][slot].scale == ScaleBilinearH640To480_RGB24_Portable ? 1 : 0;
+int32_t ScaleSpill(ScaleKernel kernel) {
+    return kernel == ScaleBilinearH640To480_RGB24_Portable ? 1 : 0;
 }
 
 }  // namespace tavo

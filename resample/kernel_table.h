@@ -81,6 +81,11 @@ union KernelEntry {
 // others have meaning after the first fill. Process-wide; only read while frames are processed.
 extern KernelEntry KernelTable[kKernelRows][kKernelSlots];
 
+// The table's kernel for one frame. Whoever scales asks a function like this one, so that a test
+// can give a kernel of its own and leave the table alone. Any thread.
+using KernelSelector = KernelEntry (*)(int32_t row, int32_t slot);
+KernelEntry SelectKernel(int32_t row, int32_t slot);
+
 // Fills the automatic slots for the processor of this machine, and chooses the row operations that
 // the variants for MMX and SSE run on. Any thread; every call writes the same values.
 void FillKernelTable();
@@ -92,13 +97,13 @@ void FillKernelTable(int cpuLevel, int speedClass);
 // without SSE names an old processor, which is given no more than it has.
 InstructionSet WidestSet(int cpuLevel);
 
-// How many bytes the copy in a row from 0 to 2 reads past the end of the source picture and writes
-// past the end of the destination picture. After a fill.
-int32_t CopySpill(int32_t row, int32_t slot, int32_t width, int32_t bitsPerPixel);
+// How many bytes a copy reads past the end of the source picture and writes past the end of the
+// destination picture.
+int32_t CopySpill(CopyKernel kernel, int32_t width, int32_t bitsPerPixel);
 
-// How many bytes the scaler in a row from 3 on writes past the end of a destination picture whose
-// rows have no padding. No scaler reads past the source. After a fill.
-int32_t ScaleSpill(int32_t row, int32_t slot);
+// How many bytes a scaler writes past the end of a destination picture whose rows have no padding.
+// No scaler reads past the source.
+int32_t ScaleSpill(ScaleKernel kernel);
 
 // The slot that a ScaleMethod code selects; SlotAuto for codes that are none.
 int32_t MethodToSlot(int32_t scaleMethod);

@@ -206,7 +206,7 @@ testing::AssertionResult SpillIsTold(int row, int slot, int32_t width, int32_t b
     };
     const int64_t stride = extent(2) - extent(1);
     const int64_t spill = std::max<int64_t>(extent(4) - 4 * stride, 0);
-    const int32_t told = CopySpill(row, slot, width, bitsPerPixel);
+    const int32_t told = CopySpill(SelectKernel(row, slot).copy, width, bitsPerPixel);
     if (told == spill) return testing::AssertionSuccess();
     return testing::AssertionFailure()
            << "row " << row << " slot " << slot << " width " << width << " at " << bitsPerPixel

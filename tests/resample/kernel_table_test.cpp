@@ -98,6 +98,16 @@ TEST(KernelTable, NearestForSseIsThatForMmxInEveryRow) {
     }
 }
 
+TEST(KernelTable, SelectsTheKernelThatStandsInIt) {
+    FillKernelTable();
+    for (int row = 0; row < kKernelRows; ++row) {
+        for (int slot = 0; slot < kKernelSlots; ++slot) {
+            EXPECT_EQ(SelectKernel(row, slot).scale, KernelTable[row][slot].scale);
+            EXPECT_NE(SelectKernel(row, slot).scale, nullptr);
+        }
+    }
+}
+
 TEST(KernelTable, FillsForTheProcessorOfThisMachine) {
     FillKernelTable(0, -1);
     FillKernelTable();
