@@ -1,5 +1,5 @@
-// Axis maps in double precision. Every build must give the same maps, so the arithmetic is done
-// under DoublePrecisionScope and in functions of their own.
+// Axis maps. Their arithmetic is that of doubles in every build (DoublePrecisionScope).
+// docs/kernels.md has the formula.
 
 #include "resample/axis_map.h"
 
@@ -17,13 +17,14 @@ namespace {
 
 constexpr int32_t kFracBits = 8;
 constexpr double kWeightOne = 256.0;
+// Deliberate: the most that a weight can be.
 constexpr double kWeightMax = 255.0;
 
-// Added to the weight, never to the index, when shrinking and at equal size.
+// Deliberate: added to weights, never to indices, when shrinking and at equal size.
 constexpr double kShrinkOffset = 0.25;
 
 AxisMapPtr AllocateAxisMap(int32_t count) {
-    // Beyond this, operator new[] throws in spite of nothrow.
+    // operator new[] throws above this size, even the nothrow one.
     constexpr auto kMaxCount = std::numeric_limits<ptrdiff_t>::max() / sizeof(int32_t);
     if (static_cast<size_t>(count) > kMaxCount) return nullptr;
     AxisMapPtr map(new (std::nothrow) AxisMap{count, 0, kFracBits, nullptr, nullptr});
@@ -34,14 +35,14 @@ AxisMapPtr AllocateAxisMap(int32_t count) {
     return map;
 }
 
-// Kept out of line: no operation may move out of the precision scope of the caller.
+// Not inlined: no operation may leave the precision scope of the caller.
 [[gnu::noinline]] void FillEntries(AxisMap& map, int32_t srcLen, int32_t dstLen) {
     const double ratio = static_cast<double>(srcLen) / static_cast<double>(dstLen);
     const double offset = ratio >= 1.0 ? kShrinkOffset : 0.0;
     map.srcSpan = static_cast<int32_t>(map.count * ratio);
     for (int32_t i = 0; i < map.count; ++i) {
         const double x = i * ratio;
-        const int32_t index = static_cast<int32_t>(x);  // x >= 0: truncation is floor
+        const int32_t index = static_cast<int32_t>(x);  // floor, since x >= 0
         const double weight = (x - index + offset) * kWeightOne;
         map.indices[i] = index;
         map.weights[i] = static_cast<uint8_t>(std::min(weight, kWeightMax));
@@ -51,8 +52,8 @@ AxisMapPtr AllocateAxisMap(int32_t count) {
 }  // namespace
 
 AxisMap* BuildAxisMap(int32_t srcLen, int32_t dstLen, int32_t /*flags*/) {
-    constexpr int32_t kNoMagnitude = std::numeric_limits<int32_t>::min();
-    if (srcLen == 0 || dstLen == 0 || srcLen == kNoMagnitude || dstLen == kNoMagnitude) {
+    constexpr int32_t kMostNegative = std::numeric_limits<int32_t>::min();
+    if (srcLen == 0 || dstLen == 0 || srcLen == kMostNegative || dstLen == kMostNegative) {
         return nullptr;
     }
     const int32_t srcCount = std::abs(srcLen);

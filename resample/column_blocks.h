@@ -1,6 +1,5 @@
-// Destination columns are planned in blocks, one at a time, and the rows are gone through for
-// each. Blocks are as long as there is memory for plans: pictures are read and written the
-// faster, the longer the runs are.
+// Destination columns are planned in blocks, and each block is applied to all rows. A block is as
+// long as there is memory for its plan: long runs are read and written faster.
 
 #pragma once
 
@@ -14,7 +13,7 @@
 
 namespace tavo {
 
-// Neighbouring destination columns and what was prepared for them.
+// Neighbouring destination columns and their plan.
 struct ColumnBlock {
     int32_t first;
     int32_t source;  // the source column that the plan's rows begin with
@@ -23,7 +22,7 @@ struct ColumnBlock {
     int32_t End() const { return first + plan.columns.count; }
 };
 
-// Where a frame's axis map takes columns from. The plans' rows are whole source rows.
+// Columns by the frame's axis map. Plans see whole source rows.
 struct MappedColumns {
     const AxisMap& map;
 
@@ -33,7 +32,7 @@ struct MappedColumns {
     int32_t Source(int32_t /*first*/) const { return 0; }
 };
 
-// Where a fixed ratio takes them from, over and over.
+// Columns by a fixed ratio, whose block repeats.
 struct RatioColumns {
     const FixedRatio& ratio;
 
@@ -43,8 +42,8 @@ struct RatioColumns {
     int32_t Source(int32_t first) const { return ratio.SourceOf(first); }
 };
 
-// Plans the first `end` columns by operation.Plan(plan, run, rowBytes), and calls work(block) for
-// some of them at a time.
+// Plans the first `end` columns by operation.Plan(plan, run, rowBytes), block by block, and calls
+// work(block) for each.
 template <typename Columns, typename Operation, typename Work>
 void ForColumns(const Frame& frame, const Columns& columns, int32_t end, const Operation& operation,
                 Work work) {
@@ -69,22 +68,22 @@ void ApplyToRow(const Frame& frame, const ColumnBlock& block, int32_t dstY, int3
                     frame.SrcRow(srcY) + frame.Bytes(block.source), block.plan);
 }
 
-// Does both to the first `end` columns of all rows, where only the width changes; endRow(y) follows
-// on each row.
-template <typename Columns, typename Operation, typename EndRow>
+// Plans the first `end` columns and applies the operation to all rows, where only the width
+// changes. rowTail(y) is called last on each row.
+template <typename Columns, typename Operation, typename RowTail>
 void ApplyToColumns(const Frame& frame, const Columns& columns, int32_t end,
-                    const Operation& operation, EndRow endRow) {
+                    const Operation& operation, RowTail rowTail) {
     ForColumns(frame, columns, end, operation, [&](const ColumnBlock& block) {
         const bool isLast = block.End() == end;
         for (int32_t y = 0; y < frame.dstHeight; ++y) {
             ApplyToRow(frame, block, y, y, operation);
-            if (isLast) endRow(y);
+            if (isLast) rowTail(y);
         }
     });
 }
 inline void NoRowTail(int32_t /*y*/) {}
 
-// A plan and what it is applied by, as ForColumns wants them.
+// What ForColumns needs to know of an operation.
 struct PixelOperation {
     PixelOps::Plan Plan;
     PixelOps::Apply Apply;

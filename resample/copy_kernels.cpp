@@ -1,4 +1,4 @@
-// Frame copies: two row shapes, each with a portable and a block-wise variant.
+// Copies of planes and of packed rows, each portable and in blocks of eight bytes.
 
 #include "resample/copy_kernels.h"
 
@@ -23,7 +23,7 @@ RowShape PackedRow(int32_t width, int32_t bitsPerPixel) {
     return {bytes, (bytes + 3) & ~3};
 }
 
-// Calls copyRow(dst, src) for every row, ascending in the destination's memory.
+// Calls copyRow(dst, src) for every row, in the order of the destination's memory.
 template <typename CopyRow>
 int32_t CopyRows(uint8_t* dst, const uint8_t* src, int32_t height, int32_t stride,
                  CopyRow copyRow) {

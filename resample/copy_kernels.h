@@ -1,7 +1,8 @@
-// The copies that serve a frame of unchanged size. The _MMX variants move whole blocks of eight
-// bytes: up to seven bytes past the end of a row are read and written. Rows are written in the
-// order of memory, also when the destination is bottom-up, so that each row overwrites what spilled
-// into it and only the last row of the buffer spills over.
+// Copies, for frames of unchanged size.
+//
+// Deliberate: the _MMX variants move whole blocks of eight bytes, so they read and write up to
+// seven bytes past the end of a row. Rows are written in the order of memory, also bottom-up: each
+// row overwrites what the row before it spilled, and only the last one spills past the picture.
 
 #pragma once
 

@@ -1,5 +1,5 @@
-// The edges of a bilinear picture, where a pixel has no next column or row, for any kind of pixel
-// (pixel_blend.h). They are computed plainly, pixel by pixel.
+// The edges of a bilinear picture: the columns and rows that have no next one. Plain code, one
+// pixel at a time, for any kind of pixel (pixel_blend.h). docs/kernels.md has the formulas.
 
 #pragma once
 
@@ -24,10 +24,10 @@ void BlendLastColumns(const Frame& frame, Interior interior, Rows rows) {
     }
 }
 
-// Rows that read the last source row, `columns` columns that have a next one.
+// Rows that read the last source row, in the first `columns` columns, which have a next one.
 //
-// Deliberate: the lower right pixel is the upper left one there. So the right-hand value is not the
-// next column's pixel, but blends from it back to the column's own.
+// Deliberate: the lower right pixel is the upper left one. So the right-hand value blends from the
+// next column's pixel back to the column's own.
 template <typename Pixel>
 void BlendLastRows(const Frame& frame, int32_t firstRow, int32_t columns) {
     const uint8_t* source = frame.SrcRow(frame.srcHeight - 1);
@@ -45,7 +45,7 @@ void BlendLastRows(const Frame& frame, int32_t firstRow, int32_t columns) {
     }
 }
 
-// A whole picture, for families whose edges depart from the formula in no other way.
+// A whole picture, for families whose edges have no other departures.
 template <typename Pixel>
 int32_t BlendFrame(const Frame& frame, PixelKind kind, KernelVariant variant) {
     const Interior interior = FindInterior(frame);

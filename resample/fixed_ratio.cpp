@@ -7,7 +7,7 @@
 namespace tavo {
 namespace {
 
-// The width that these ratios are made for.
+// Destination columns of one block.
 constexpr int32_t kColumns = 480;
 static_assert(3 * kColumns <= PlannedBytes(WorkMemory::kOwnBytes));
 
@@ -40,8 +40,7 @@ constexpr Weights<3, kColumns> kFourToThreeWeights({0, 85, 170});
 constexpr Indices<3, 2, kColumns> kThreeToTwoIndices({0, 1});
 constexpr Weights<2, kColumns> kThreeToTwoWeights({0, 128});
 
-// The bytes of three pixels out of four: the third takes blue and green from the third source pixel
-// and red from the fourth.
+// Single bytes of four RGB24 pixels that become three.
 constexpr Indices<12, 9, 3 * kColumns> kMixedIndices({0, 1, 2, 3, 4, 5, 6, 7, 11});
 
 PixelOperation BlendOf(const PixelOps& ops, Rounding rounding) {

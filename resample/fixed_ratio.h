@@ -1,5 +1,7 @@
-// The frequent reductions of the width by a fixed ratio, 640 to 480 and 720 to 480. Their columns
-// and weights are constants, without the quarter that axis maps add when shrinking.
+// Reductions of the width by a fixed ratio: 640 to 480 and 720 to 480. docs/kernels.md has the
+// formulas.
+//
+// Deliberate: the weights lack the quarter that axis maps add when shrinking.
 
 #pragma once
 
@@ -9,14 +11,14 @@
 
 namespace tavo {
 
-// A ratio as constant columns for a block of row; longer rows repeat it.
+// A ratio as the constant columns of one block. Longer rows repeat the block.
 struct FixedRatio {
     const int32_t* indices;
     const uint8_t* weights;  // null where nothing is blended
-    int32_t columns;         // of one block, a whole number of groups
-    int32_t srcColumns;      // that they are made from
+    int32_t columns;         // of the block: whole groups
+    int32_t srcColumns;      // of the source, that the block is made from
 
-    // The source column that the block of a destination column begins with.
+    // The first source column of the block that holds a destination column.
     int32_t SourceOf(int32_t column) const { return column / columns * srcColumns; }
 };
 
@@ -24,8 +26,9 @@ struct FixedRatio {
 extern const FixedRatio kFourToThree;
 // Groups of three pixels become two, at 0 and 1 1/2.
 extern const FixedRatio kThreeToTwo;
-// Of the bytes of RGB24 rows, taken as pixels of their own. Deliberate: the third pixel of every
-// group takes blue and green from the third source pixel and red from the fourth.
+// Groups of four RGB24 pixels become three, as rows of single bytes.
+//
+// Deliberate: the third pixel has blue and green of the third source pixel and red of the fourth.
 extern const FixedRatio kFourToThreeMixedRgb24;
 
 // Nearest neighbour: the pixel at or before each position.
@@ -36,7 +39,7 @@ int32_t NearestFrameFixed(const Frame& frame, const FixedRatio& ratio, PixelKind
 int32_t BlendFrameFixed(const Frame& frame, const FixedRatio& ratio, Rounding rounding,
                         PixelKind kind, KernelVariant variant);
 
-// The same for families that end every row on a copy of the last source pixel but one.
+// The same, but every row ends on a copy of the last source pixel but one.
 int32_t BlendFrameFixedCopyingLast(const Frame& frame, const FixedRatio& ratio, Rounding rounding,
                                    PixelKind kind, KernelVariant variant);
 

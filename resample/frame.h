@@ -1,4 +1,4 @@
-// One call of a frame kernel, with everything that follows from its arguments.
+// The arguments of a frame kernel, and what follows from them.
 
 #pragma once
 
@@ -20,8 +20,7 @@ struct RowLayout {
     }
 };
 
-// Kernels of one axis never look at the source height, so that one may hold anything: the least
-// number, which has no magnitude, stays what it is.
+// INT32_MIN maps to itself. Kernels of one axis ignore the source height, which may be anything.
 constexpr int32_t Magnitude(int32_t height) {
     const auto bits = static_cast<uint32_t>(height);
     return static_cast<int32_t>(height < 0 ? 0u - bits : bits);
@@ -73,8 +72,8 @@ struct Frame {
         return dst + static_cast<ptrdiff_t>(stored) * dstStride;
     }
 
-    // The source row of a destination row, and the one that it is blended with: the next one, but
-    // the last row is blended with itself.
+    // The source row of a destination row, and the row that it is blended with: the next one, or at
+    // the last row itself.
     int32_t UpperRow(int32_t y) const { return yMap->indices[y]; }
     int32_t LowerRow(int32_t y) const {
         const int32_t upper = yMap->indices[y];

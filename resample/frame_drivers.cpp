@@ -1,3 +1,5 @@
+// Frame drivers for planes, RGB24 and 16-bit RGB.
+
 #include "resample/frame_drivers.h"
 
 #include <algorithm>
@@ -7,18 +9,18 @@
 namespace tavo {
 namespace {
 
-// Bytes of the source held at once between the two blends: they stay in the first-level cache.
+// A row between the two blends, or a part of one. It stays in the first-level cache.
 constexpr int32_t kBlendedRowBytes = 8192;
 constexpr int32_t kSmallBlendedRowBytes = 4096;
 
-// The entries of a map before the ones that name the last source sample. Indices never decrease.
+// How many entries of a map come before those of the last source sample. Indices never decrease.
 int32_t InnerEntries(const AxisMap& map, int32_t count, int32_t srcLength) {
     return static_cast<int32_t>(std::lower_bound(map.indices, map.indices + count, srcLength - 1) -
                                 map.indices);
 }
 
-// The columns from `first` on whose pixels, with the ones after them, lie within one blended row.
-// At least one, since a column needs two pixels.
+// As many columns from `first` on as one blended row has pixels for. At least one: a column needs
+// two pixels.
 ColumnRun ColumnsThatFit(const Frame& frame, int32_t first, int32_t end, int32_t rowBytes) {
     const int32_t* indices = frame.xMap->indices;
     const int32_t limit = indices[first] + rowBytes / frame.bytesPerPixel - 2;
@@ -27,7 +29,7 @@ ColumnRun ColumnsThatFit(const Frame& frame, int32_t first, int32_t end, int32_t
             static_cast<int32_t>(last - (indices + first))};
 }
 
-// Blends the source rows of a destination row, then the columns of what came out.
+// Blends the two source rows of a destination row, then the columns of the result.
 void BlendBlockRow(const Frame& frame, const ColumnBlock& block, int32_t y, const PixelOps& ops,
                    uint8_t* blendedRow) {
     const ColumnRun& columns = block.plan.columns;
@@ -110,7 +112,7 @@ Interior FindInterior(const Frame& frame) {
 
 void BlendInterior(const Frame& frame, Interior interior, PixelKind kind, KernelVariant variant,
                    EndRows endRows) {
-    // Few enough that what they touched is still in the cache.
+    // Few enough to be in the cache still.
     constexpr int32_t kRowsAtOnce = 16;
     const RowOpsScope ops(variant);
     WorkMemory memory;

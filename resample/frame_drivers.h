@@ -1,6 +1,8 @@
-// The frame drivers: how whole pictures are made of row operations. They serve every family whose
-// pixels are blended downward first and sideways second; packed 4:2:2 has drivers of its own.
-// Each returns the number of rows written. Row padding is left alone, but for NearestFrameRows.
+// Frame drivers: loops that make a picture out of row operations. These serve the families that
+// blend down first and across second: planes, RGB24 and 16-bit RGB. Packed 4:2:2 has its own.
+// docs/kernels.md has the formulas.
+//
+// Each returns the number of rows written. Only NearestFrameRows writes row padding.
 
 #pragma once
 
@@ -20,15 +22,15 @@ int32_t BlendFrameColumns(const Frame& frame, PixelKind kind, KernelVariant vari
 // Bilinear, height only. The last source row is its own neighbour.
 int32_t BlendFrameRows(const Frame& frame, PixelKind kind, KernelVariant variant);
 
-// The part of a picture whose columns and rows all have a next source column and row, so that it
-// needs no edge test. It begins at the first column and row.
+// The part of a picture that needs no edge test: its columns and rows have a next source column and
+// row. It begins at the first column and row.
 struct Interior {
     int32_t columns;
     int32_t rows;
 };
 Interior FindInterior(const Frame& frame);
 
-// Rows from `first` on, before `end`.
+// Rows y with first <= y < end.
 struct Rows {
     int32_t first;
     int32_t end;
@@ -37,8 +39,8 @@ struct Rows {
 // Blends the columns right of the interior in some of its rows.
 using EndRows = void (*)(const Frame& frame, Interior interior, Rows rows);
 
-// Bilinear, both axes, of the rows of the interior. The edges are the family's: endRows is called
-// for all of these rows, some at a time, soon after they were done.
+// Bilinear, both axes, of the rows of the interior. Edges differ by family: endRows is called for
+// all these rows, some at a time, while they are in the cache.
 void BlendInterior(const Frame& frame, Interior interior, PixelKind kind, KernelVariant variant,
                    EndRows endRows);
 

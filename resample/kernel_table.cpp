@@ -104,7 +104,7 @@ KernelEntry KernelTable[kKernelRows][kKernelSlots] = {
      ScaleBilinearH_RGB555_Portable, ScaleBilinearH_RGB555_MMX, ScaleBilinearH_RGB555_SSE},
 // RowH720Rgb24
     {{}, {}, {},
-     ScaleNearestH720To480_RGB24_Portable,  ScaleNearestH640To480_RGB24_MMX,  ScaleNearestH640To480_RGB24_MMX,  // the four to three pattern
+     ScaleNearestH720To480_RGB24_Portable,  ScaleNearestH640To480_RGB24_MMX,  ScaleNearestH640To480_RGB24_MMX,  // Deliberate: the kernel of 640
      ScaleBilinearH720To480_RGB24_Portable, ScaleBilinearH720To480_RGB24_MMX, ScaleBilinearH720To480_RGB24_SSE},
 // RowH640Rgb24
     {{}, {}, {},
@@ -177,23 +177,23 @@ constexpr int kSseLevel = 2;
 
 bool HasMmx(int cpuLevel) { return cpuLevel >= 1 && cpuLevel <= 4; }
 
-// Levels above that of SSE have MMX and instructions that no set here makes use of.
-int LeastLevel(int cpuLevel) {
+// Levels 3 and 4 have MMX, and other instructions that no set here uses.
+int LevelOfSets(int cpuLevel) {
     if (cpuLevel == kSseLevel) return kSseLevel;
     return HasMmx(cpuLevel) ? kMmxLevel : 0;
 }
 
 const FillRule& RuleFor(int row, int cpuLevel, int speedClass) {
     const bool slow = speedClass < 0;
-    // Deliberate: these two rows keep the portable kernels on every processor, although they have
-    // faster ones, which are reached by explicit method codes only.
+    // Deliberate: these two rows keep portable kernels on every processor. Only explicit method
+    // codes reach the faster ones.
     const bool keepsPortable = row == RowH720Uyvy || row == RowH720Yuy2;
     if (keepsPortable || !HasMmx(cpuLevel)) return slow ? kPortableSlow : kPortable;
     if (cpuLevel == kSseLevel) return slow ? kSseSlow : kSse;
     return slow ? kMmxSlow : kMmx;
 }
 
-// Later fills write what is there already, so they leave memory that other threads read untouched.
+// Later fills find the values in place and write nothing, since other threads may be reading.
 void SetScaler(int row, KernelSlot slot, KernelSlot from) {
     KernelEntry* const slots = KernelTable[row];
     if (slots[slot].scale != slots[from].scale) slots[slot].scale = slots[from].scale;
@@ -207,12 +207,12 @@ void SetCopy(int row, KernelSlot slot, KernelSlot from) {
 }  // namespace
 
 InstructionSet WidestSet(int cpuLevel) {
-    const int level = LeastLevel(cpuLevel);
+    const int level = LevelOfSets(cpuLevel);
     InstructionSet widest = InstructionSet::Portable;
     for (const InstructionSetInfo& info : InstructionSets()) {
-        // The level itself says that there is MMX.
-        const bool isSaid = info.set == InstructionSet::Mmx;
-        if (info.cpuLevel <= level && (isSaid || info.canRun())) widest = info.set;
+        // Any level but 0 says by itself that there is MMX.
+        const bool levelSaysSo = info.set == InstructionSet::Mmx;
+        if (info.cpuLevel <= level && (levelSaysSo || info.canRun())) widest = info.set;
     }
     return widest;
 }

@@ -81,20 +81,20 @@ union KernelEntry {
 // others have meaning after the first fill. Process-wide; only read while frames are processed.
 extern KernelEntry KernelTable[kKernelRows][kKernelSlots];
 
-// The table's kernel for one frame. Whoever scales asks a function like this one, so that a test
-// can give a kernel of its own and leave the table alone. Any thread.
+// The kernel that stands in the table. Code that scales calls a function of this type, so that a
+// test can give it other kernels and leave the table alone. Any thread.
 using KernelSelector = KernelEntry (*)(int32_t row, int32_t slot);
 KernelEntry SelectKernel(int32_t row, int32_t slot);
 
-// Fills the automatic slots for the processor of this machine, and chooses the row operations that
-// the variants for MMX and SSE run on. Any thread; every call writes the same values.
+// Fills the automatic slots for the processor of this machine, and chooses the row operations. Any
+// thread: every call writes the same values.
 void FillKernelTable();
 
 // The same for a given processor level and speed class.
 void FillKernelTable(int cpuLevel, int speedClass);
 
-// The row operations that FillKernelTable chooses: the widest that this processor can run. A level
-// without SSE names an old processor, which is given no more than it has.
+// The set that FillKernelTable chooses: the widest that this processor can run. A level without SSE
+// is given no more than it has.
 InstructionSet WidestSet(int cpuLevel);
 
 // How many bytes a copy reads past the end of the source picture and writes past the end of the

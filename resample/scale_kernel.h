@@ -6,17 +6,17 @@
 
 namespace tavo {
 
-// Where the entries of one destination axis come from. Entry i reads source sample indices[i] and,
-// in bilinear kernels, the next one: value = a + (((b - a) * weights[i]) >> 8).
+// One axis of a change of size. Entry i reads source sample indices[i] and, in bilinear kernels,
+// the next one. docs/kernels.md has the formulas.
 struct AxisMap {
     int32_t count;     // number of entries: max(abs(dstLen), 1)
-    int32_t srcSpan;   // trunc(count * ratio), about the length of the source
+    int32_t srcSpan;   // trunc(count * ratio): about the length of the source
     int32_t fracBits;  // always 8: weights are fractions in 1/256
     uint8_t* weights;  // [count]
     int32_t* indices;  // [count], never decreasing
 
-    // In a horizontal map: bytes from one source row to the next, where these lie further apart
-    // than width and format say; 0 where they do not.
+    // In a horizontal map: bytes from one source row to the next, or 0 where width and format say
+    // it.
     int32_t srcPitch = 0;
 };
 

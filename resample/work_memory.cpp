@@ -6,7 +6,7 @@ namespace tavo {
 namespace {
 
 std::atomic<bool> isHeld[WorkMemory::kSharedPieces];
-// Takes room in memory only where it was used.
+// Zero from the start: pages take up memory only once they are used.
 alignas(64) uint8_t pieces[WorkMemory::kSharedPieces][WorkMemory::kSharedBytes];
 
 }  // namespace

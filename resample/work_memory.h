@@ -1,5 +1,5 @@
-// What a kernel keeps besides pictures: plans of columns, rows between two blends. Kernels allocate
-// nothing, and their callers may have little stack.
+// Scratch memory of kernels: column plans, and rows between two blends. Kernels allocate nothing,
+// and their callers may have little stack.
 
 #pragma once
 
@@ -7,15 +7,15 @@
 
 namespace tavo {
 
-// One of the few large pieces that all threads share, or, while other kernels hold them all, a
-// small one of its own. The bytes written are the same: with less memory fewer columns are planned
-// at once, and the picture is gone through more often.
+// One of a few large pieces that all threads share, or a small one on the stack while other kernels
+// hold them all. The picture is the same: less memory makes smaller blocks of columns, and more
+// passes.
 class WorkMemory {
   public:
-    // How many kernels may run at a time before one has to do with less.
+    // How many kernels have a large piece at a time.
     static constexpr int32_t kSharedPieces = 8;
     static constexpr int32_t kSharedBytes = 40 * 1024;
-    // Leaves enough for calls: a kernel uses 16 KB of stack at the most.
+    // With its calls, a kernel uses at most 16 KB of stack.
     static constexpr int32_t kOwnBytes = 9728;
 
     WorkMemory();

@@ -1,3 +1,5 @@
+// Planning a block of packed 4:2:2 columns, and applying it to rows.
+
 #include "resample/packed422/packed422_column_block.h"
 
 #include <algorithm>
@@ -12,7 +14,7 @@ void BlendBack(uint8_t* sample, uint8_t own, int32_t weight) {
     *sample = static_cast<uint8_t>(BlendSamples<Rounding::Down>(*sample, own, weight));
 }
 
-// What a block of so many columns and source pixels needs.
+// Bytes that a block needs.
 struct PackedSizes {
     int32_t columns;
     int32_t sourcePixels;
@@ -83,8 +85,8 @@ void PackedColumnBlock::RepeatLast(const Columns& planned) const {
     planned.weights[count_] = planned.weights[count_ - 1];
 }
 
-// The last pixel of the source is its own neighbour. What does not change is copied first: the
-// compiler has to expect that stores of bytes change members.
+// The last source pixel is its own neighbour. Members are copied to locals first, because the
+// compiler must assume that byte stores change members.
 void PackedColumnBlock::PlanLuma(const uint8_t* weights) {
     const Columns planned = ColumnsAt(memory_.rows[0]);
     const int32_t lastPixel = lastPixel_;
@@ -103,7 +105,11 @@ void PackedColumnBlock::PlanLuma(const uint8_t* weights) {
     PlanColumns(lumaPlan_, memory_.maxSourcePixels + PackedMemory::kSlack);
 }
 
-// The chroma of a group is that of its even pixel; an odd one lies on the way to the next group.
+// The chroma of a group is that of its even pixel. An odd pixel's lies on the way to the next
+// group.
+//
+// Deliberate: it goes that way by the weight of its luma, although chroma samples lie two pixels
+// apart.
 void PackedColumnBlock::PlanChroma(const uint8_t* weights, RepeatedChroma repeated) {
     const Columns planned = ColumnsAt(memory_.rows[0]);
     const int32_t lastPixel = lastPixel_;
@@ -127,14 +133,14 @@ void PackedColumnBlock::PlanChroma(const uint8_t* weights, RepeatedChroma repeat
     PlanColumns(chromaPlan_, memory_.maxSourcePixels / 2 + PackedMemory::kSlack);
 }
 
-// Both rows lie one behind the other and are free while plans are made. They hold six bytes a
-// column, tables hold five.
+// Plans are made in the two rows of the memory, which are adjacent and not in use yet. They have
+// six bytes a column; the columns of a plan take five.
 PackedColumnBlock::Columns PackedColumnBlock::ColumnsAt(uint8_t* memory) const {
     auto* indices = reinterpret_cast<int32_t*>(memory);
     return {indices, reinterpret_cast<uint8_t*>(indices + evenCount_)};
 }
 
-// A plan without tables reads its columns on each row, so they move to where the tables would be.
+// A plan without tables reads its columns again on each row, so they move to the memory for tables.
 void PackedColumnBlock::PlanColumns(ColumnPlan& plan, int32_t rowBytes) {
     const Columns planned = ColumnsAt(memory_.rows[0]);
     ops_.plane.PlanBlend(plan, {planned.indices, planned.weights, 0, evenCount_}, rowBytes);
@@ -169,9 +175,9 @@ void PackedColumnBlock::BlendRow(const PackedLayout& layout, const uint8_t* srcR
     ops_.plane.BlendColumns(samples.secondChroma, planes.secondChroma, chromaPlan_);
 }
 
-// Deliberate: below an odd pixel of the last row lies that pixel itself, and to the right of it
-// again. So the blend toward the next pixel is taken back by the row's weight. An even pixel's
-// lower row is the row itself.
+// Deliberate: at the last source row, both lower neighbours of an odd pixel are that pixel. So what
+// was blended across goes back to it by the weight of the row. An even pixel is blended with its
+// own row, which changes nothing.
 void PackedColumnBlock::BlendBackLastRow(const PackedLayout& layout, const uint8_t* srcRow,
                                          int32_t rowWeight, uint8_t* row) const {
     const PackedSamples samples = Samples(row);

@@ -1,5 +1,5 @@
-// A block of destination columns of packed 4:2:2. Source rows are taken apart into planes;
-// then luma and chroma are scaled like planes, each with columns of its own.
+// A block of destination columns of packed 4:2:2. Source rows are split into planes; luma and
+// chroma are then scaled like planes, each with columns of its own.
 
 #pragma once
 
@@ -9,7 +9,7 @@
 
 namespace tavo {
 
-// How work memory is divided.
+// How the work memory of a block is divided.
 class PackedMemory {
   public:
     explicit PackedMemory(WorkMemory& memory);
@@ -20,16 +20,16 @@ class PackedMemory {
 
     uint8_t* lumaTables;
     uint8_t* chromaTables;
-    // The samples of a source row at the block's columns: one byte of each kind a pixel.
+    // Two source rows, blended to the columns of the block: three bytes a pixel.
     uint8_t* rows[2];
-    // Source rows taken apart.
+    // One source row, split.
     PackedSamples planes;
 
-    // Behind the planes: the neighbour of the last sample, which counts for nothing.
+    // Behind each plane: the right neighbour of its last sample, whose weight is 0.
     static constexpr int32_t kSlack = 64;
 };
 
-// Columns of a whole row, of which a block is made.
+// Columns of a whole row.
 struct PackedColumns {
     const int32_t* indices;
     const uint8_t* weights;
@@ -37,7 +37,7 @@ struct PackedColumns {
     int32_t srcWidth;
 };
 
-// In every `period` columns, the chroma of one column comes from where that of another comes.
+// In every `period` columns, one column has the chroma of another.
 struct RepeatedChroma {
     int32_t column;
     int32_t from;
@@ -47,25 +47,26 @@ inline constexpr RepeatedChroma kNoneRepeated = {0, 0, 0};
 
 class PackedColumnBlock {
   public:
-    // As many columns from `first` on as a block holds. An odd last column is repeated.
+    // As many columns from `first` on as the memory has room for. An odd last column is repeated.
     PackedColumnBlock(const PackedColumns& columns, int32_t first, RepeatedChroma repeated,
                       const PackedMemory& memory, const RowOps& ops);
     PackedColumnBlock(const PackedColumnBlock&) = delete;
     PackedColumnBlock& operator=(const PackedColumnBlock&) = delete;
 
-    // The number of columns before the repeated one.
+    // Not counting the repeated column.
     int32_t Count() const { return count_; }
 
-    // The samples of one of the rows of the memory, at the block's columns.
+    // Where the samples lie in a row of the memory.
     PackedSamples Samples(uint8_t* row) const {
         return {row, row + evenCount_, row + 2 * evenCount_};
     }
     int32_t RowBytes() const { return 3 * evenCount_; }
 
-    // The block's columns of a source row.
+    // Blends a source row to the columns of the block, into a row of the memory.
     void BlendRow(const PackedLayout& layout, const uint8_t* srcRow, uint8_t* row) const;
 
-    // Turns what BlendRow made of the last source row into what it gives where it has no next row.
+    // Changes what BlendRow made of the last source row to what it is as a destination row: there
+    // is no next row to blend with.
     void BlendBackLastRow(const PackedLayout& layout, const uint8_t* srcRow, int32_t rowWeight,
                           uint8_t* row) const;
 
@@ -73,14 +74,14 @@ class PackedColumnBlock {
     void Pack(const PackedLayout& layout, Packed422Ops::Pack pack, uint8_t* row,
               uint8_t* dstRow) const;
 
-    // The same for the blend of two rows.
+    // Blends two rows and does the same.
     void BlendPack(const PackedLayout& layout, Packed422Ops::BlendPack blendPack, uint8_t* upper,
                    uint8_t* lower, int32_t weight, uint8_t* dstRow) const;
 
   private:
-    // Groups that a column needs in a sparse block: its own and the next one.
+    // The groups of one column in a sparse block: its own and the next one.
     static constexpr int32_t kSparseGroups = 2;
-    // A block of fewer columns, for its source pixels, is a sparse one.
+    // A block that has room for fewer columns is sparse.
     static constexpr int32_t kFewColumns = 16;
 
     void Unpack(const PackedLayout& layout, const uint8_t* srcRow) const;
@@ -89,7 +90,7 @@ class PackedColumnBlock {
     void PlanLuma(const uint8_t* weights);
     void PlanChroma(const uint8_t* weights, RepeatedChroma repeated);
 
-    // The columns of a plan, as long as it is made.
+    // The columns that a plan is made of.
     struct Columns {
         int32_t* indices;
         uint8_t* weights;
@@ -106,7 +107,7 @@ class PackedColumnBlock {
     const int32_t firstGroup_;
     int32_t count_;
     int32_t evenCount_;
-    bool isSparse_;  // columns lie so far apart that each has groups of its own in the planes
+    bool isSparse_;  // columns lie far apart, so each has groups of its own in the planes
     ColumnPlan lumaPlan_;
     ColumnPlan chromaPlan_;
 };

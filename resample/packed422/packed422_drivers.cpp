@@ -1,3 +1,5 @@
+// Frame drivers of packed 4:2:2.
+
 #include "resample/packed422/packed422_drivers.h"
 
 #include <algorithm>
@@ -22,7 +24,8 @@ PackedColumns ColumnsOf(const Frame& frame) {
     return {frame.xMap->indices, frame.xMap->weights, frame.dstWidth, frame.srcWidth};
 }
 
-// The two source rows that a destination row is blended from, kept while rows share them.
+// The two source rows of a destination row, blended across. They are kept while destination rows
+// share them.
 class RowPairCache {
   public:
     RowPairCache(const Frame& frame, const PackedLayout& layout, const PackedColumnBlock& block,
@@ -35,7 +38,7 @@ class RowPairCache {
     RowPairCache(const RowPairCache&) = delete;
     RowPairCache& operator=(const RowPairCache&) = delete;
 
-    // Rows are asked for in ascending order, so a row that was lower may be upper next.
+    // Rows are asked for in ascending order: the lower row may be the upper one next.
     uint8_t* Upper(int32_t y) {
         if (lowerRow_ == y) {
             std::swap(upper_, lower_);
@@ -84,7 +87,7 @@ void BlendRow(const Frame& frame, const PackedLayout& layout, const PackedColumn
     }
 }
 
-// Nearest neighbour of packed rows, as ForColumns wants it.
+// Nearest neighbour, as ForColumns wants it.
 struct PackedNearest {
     const Packed422Ops& ops;
     const PackedLayout& layout;
@@ -97,7 +100,7 @@ struct PackedNearest {
     }
 };
 
-// change(samples, columns) is called on each row before its samples are packed.
+// Calls change(samples, columns) on each row before it is packed.
 template <typename Change>
 int32_t BlendFixed(const Frame& frame, const FixedRatio& ratio, RepeatedChroma repeated,
                    const PackedLayout& layout, const RowOps& ops, Change change) {
@@ -192,11 +195,11 @@ int32_t BlendPackedThreeToTwo(const Frame& frame, const PackedLayout& layout,
                       [](const PackedSamples&, int32_t) {});
 }
 
-// Deliberate, in every variant: the second group of three takes its odd pixel's chroma from the
-// first group's odd pixel.
+// Deliberate: the second group of three has the chroma of the first group's odd pixel in place of
+// that of its own.
 //
-// Deliberate, where whole positions are dimmed: a weight of 256 does not fit a byte, so pixels at
-// whole positions come out as 255/256 of their luma.
+// Deliberate: where whole positions are dimmed, their luma comes out as 255/256 of itself, as if by
+// a weight that must fit a byte.
 int32_t BlendPackedFourToThree(const Frame& frame, const PackedLayout& layout,
                                WholePositions wholePositions, KernelVariant variant) {
     const RowOpsScope ops(variant);

@@ -1,6 +1,8 @@
-// The frame drivers of packed 4:2:2. Its pixels are blended sideways first and downward second, and
-// the chroma of each two destination pixels is averaged last. Each returns the number of rows
-// written. Widths are expected to be even; an odd one's last pixel is repeated in its group.
+// Frame drivers of packed 4:2:2. Pixels are blended across first and down second, and then the
+// chroma of each two is averaged. docs/kernels.md has the formulas.
+//
+// Each returns the number of rows written. Widths are expected to be even; the last pixel of an odd
+// one is repeated in its group.
 
 #pragma once
 
@@ -11,10 +13,12 @@
 namespace tavo {
 
 // Nearest neighbour: both axes, width only.
+//
+// Deliberate: the chroma of two pixels is averaged here too.
 int32_t NearestPacked(const Frame& frame, const PackedLayout& layout, KernelVariant variant);
 int32_t NearestPackedColumns(const Frame& frame, const PackedLayout& layout, KernelVariant variant);
 
-// Bilinear: both axes, width only. `rounding` is that of the average of two chroma samples.
+// Bilinear: both axes, width only. Rounding is that of the chroma average.
 int32_t BlendPacked(const Frame& frame, const PackedLayout& layout, Rounding rounding,
                     KernelVariant variant);
 int32_t BlendPackedColumns(const Frame& frame, const PackedLayout& layout, Rounding rounding,

@@ -1,5 +1,4 @@
-// The packed 4:2:2 kernels: each names its driver, its layout and the variant whose row operations
-// it runs on.
+// The packed 4:2:2 kernels. Each names its driver, its layout and its variant.
 
 #include "resample/packed422/packed422_kernels.h"
 
@@ -9,7 +8,7 @@
 namespace tavo {
 namespace {
 
-// A change of height alone treats all bytes alike.
+// A change of height treats all bytes alike.
 constexpr PixelKind kBytes = &RowOps::plane;
 
 }  // namespace

@@ -1,8 +1,9 @@
-// Kernels for packed 4:2:2: two pixels in four bytes, rows padded to a multiple of four bytes. The
-// YUY2 family has its luma in the even bytes, UYVY in the odd ones. The _MMX and _SSE variants give
-// the bytes of the portable ones, but for:
-//   ScaleBilinear_..._SSE, ScaleBilinearH_..._SSE         round the average of two chroma bytes up
-//   ScaleBilinearH640To480_..._MMX and _SSE               dim the luma of pixels at whole positions
+// Kernels for packed 4:2:2: two pixels in four bytes, rows padded to a multiple of four bytes.
+// YUY2 has its luma in the even bytes, UYVY in the odd ones. docs/kernels.md has the formulas.
+//
+// Deliberate: the _MMX and _SSE variants give the bytes of the portable ones, but
+//   ScaleBilinear_..._SSE, ScaleBilinearH_..._SSE   round the average of two chroma bytes up
+//   ScaleBilinearH640To480_..._MMX and _SSE         dim the luma of pixels at whole positions
 
 #pragma once
 

@@ -1,5 +1,5 @@
-// The edges of a bilinear planar picture. A strip of columns on the right hands blended values on
-// from one column to the next, and that shows at the last source column and row.
+// The edges of a bilinear planar picture. In a strip of columns on the right, blended values are
+// handed on from column to column, which shows at the last source column and row.
 
 #include "resample/planar/planar_edges.h"
 
@@ -17,24 +17,24 @@ uint8_t Blend(uint8_t a, uint8_t b, int32_t weight) {
     return static_cast<uint8_t>(BlendSamples<Rounding::Down>(a, b, weight));
 }
 
-// Walks the source columns of the strip. A column whose index follows its predecessor's takes over
-// that one's right-hand value as its left-hand one; every other column is computed in full.
+// Walks the source columns of the strip. A column whose index is one more than its predecessor's
+// reuses that one's right-hand value as its left-hand one. All others are computed in full.
 class StripWalk {
   public:
-    // Whether `column` takes its left-hand value over.
+    // Whether `column` reuses a value.
     bool Next(int32_t column) {
-        const bool takesOver = hasPrevious_ && column == previous_ + 1;
-        if (!takesOver) computedInFull_ = column;
+        const bool reuses = hasPrevious_ && column == previous_ + 1;
+        if (!reuses) computedInFull_ = column;
         previous_ = column;
         hasPrevious_ = true;
-        return takesOver;
+        return reuses;
     }
 
     // The column that was computed in full last.
     int32_t ComputedInFull() const { return computedInFull_; }
 
   private:
-    bool hasPrevious_ = false;  // a row's first column is computed in full
+    bool hasPrevious_ = false;  // the first column of a row reuses nothing
     int32_t previous_ = 0;
     int32_t computedInFull_ = 0;
 };
@@ -45,8 +45,8 @@ int32_t StripOf(Interior interior) {
     return lastInner - lastInner % kStripStep;
 }
 
-// The strip in the rows of the last source row. Both departures meet here: columns computed in full
-// blend back to their own sample, columns that take over blend to the one computed in full last.
+// The strip at the last source row. Here a column that is computed in full blends back to its own
+// sample, and one that reuses a value blends toward the last column computed in full.
 void BlendStripBottom(const Frame& frame, int32_t strip, int32_t firstRow) {
     const uint8_t* source = frame.SrcRow(frame.srcHeight - 1);
     const int32_t lastColumn = frame.srcWidth - 1;
@@ -71,9 +71,8 @@ void BlendStripBottom(const Frame& frame, int32_t strip, int32_t firstRow) {
 
 }  // namespace
 
-// Deliberate: where a column at the last source column takes over its left-hand value, its
-// right-hand one is that of the column that was computed in full last: the picture blends back
-// there.
+// Deliberate: a column at the last source column that reuses a value blends toward the last column
+// computed in full, which lies to its left.
 void BlendPlaneRight(const Frame& frame, Interior interior, Rows rows) {
     const int32_t end = interior.columns;
     BlendLastColumns<PlanePixel>(frame, interior, rows);

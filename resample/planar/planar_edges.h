@@ -6,10 +6,10 @@
 
 namespace tavo {
 
-// What lies right of the interior, in some of its rows.
+// The columns right of the interior, in some of its rows.
 void BlendPlaneRight(const Frame& frame, Interior interior, Rows rows);
 
-// All that lies below the interior.
+// All rows below the interior.
 void BlendPlaneBottom(const Frame& frame, Interior interior);
 
 }  // namespace tavo

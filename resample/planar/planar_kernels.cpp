@@ -1,4 +1,4 @@
-// The planar kernels: each names its driver and the variant whose row operations it runs on.
+// The planar kernels. Each names its driver and its variant.
 
 #include "resample/planar/planar_kernels.h"
 

@@ -1,5 +1,7 @@
-// Kernels for one plane of 8-bit samples without row padding. The _MMX and _SSE variants give the
-// bytes of the portable ones, but for ScaleBilinearH720To480_Planar_SSE, which rounds halves up.
+// Kernels for one plane of 8-bit samples without row padding. docs/kernels.md has the formulas.
+//
+// Deliberate: the _MMX and _SSE variants give the bytes of the portable ones, but
+// ScaleBilinearH720To480_Planar_SSE rounds halves up.
 
 #pragma once
 

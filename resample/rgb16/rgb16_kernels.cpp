@@ -1,4 +1,4 @@
-// The 16-bit RGB kernels: each names its driver and the variant whose row operations it runs on.
+// The 16-bit RGB kernels. Each names its driver and its variant.
 
 #include "resample/rgb16/rgb16_kernels.h"
 
@@ -9,7 +9,7 @@
 namespace tavo {
 namespace {
 
-// Nearest neighbour moves words: the operations of either layout do.
+// Nearest neighbour moves words: either layout will do.
 constexpr PixelKind kRgb16 = &RowOps::rgb555;
 constexpr PixelKind kRgb555 = &RowOps::rgb555;
 constexpr PixelKind kRgb565 = &RowOps::rgb565;

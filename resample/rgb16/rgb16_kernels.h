@@ -1,7 +1,9 @@
 // Kernels for 16-bit RGB: one word a pixel, rows padded to a multiple of four bytes. Nearest
-// neighbour copies whole words, so one set (RGB16) serves both layouts. Bilinear blends the three
-// fields; bit 15 of an RGB555 result is 0. The _MMX and _SSE variants give the bytes of the
-// portable ones, but the _SSE variants of 720 to 480 round halves up.
+// neighbour copies whole words, so RGB16 serves both layouts. Bilinear blends the three fields; bit
+// 15 of an RGB555 result is 0. docs/kernels.md has the formulas.
+//
+// Deliberate: the _MMX and _SSE variants give the bytes of the portable ones, but
+// ScaleBilinearH720To480_..._SSE round halves up.
 
 #pragma once
 

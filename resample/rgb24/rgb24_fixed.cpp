@@ -1,3 +1,5 @@
+// The row ends and the mixed pixels of RGB24 at 640 to 480.
+
 #include "resample/rgb24/rgb24_fixed.h"
 
 #include "resample/fixed_ratio.h"
@@ -18,9 +20,9 @@ int32_t NearestRgb24FourToThreeMixed(const Frame& frame, KernelVariant variant) 
     return NearestFrameFixed(bytes, kFourToThreeMixedRgb24, &RowOps::plane, variant);
 }
 
-// Deliberate: each row's end also writes the byte after it, with the blue of the row's last source
-// pixel. Where rows have no padding that is the first byte of the next row in memory, or the byte
-// after the picture. All rows are done before it.
+// Deliberate: each row also writes the byte after it, with the blue of the row's last source pixel.
+// Where rows have no padding that is the first byte of the next row in memory, or the byte after
+// the picture. This happens after all rows are done.
 int32_t BlendRgb24FourToThreeSpilling(const Frame& frame, KernelVariant variant) {
     BlendFrameFixedCopyingLast(frame, kFourToThree, Rounding::Down, kRgb24, variant);
     for (int32_t y = 0; y < frame.dstHeight; ++y) {
@@ -29,8 +31,8 @@ int32_t BlendRgb24FourToThreeSpilling(const Frame& frame, KernelVariant variant)
     return frame.dstHeight;
 }
 
-// Deliberate: the last pixel but one of each row is blended with a sixteenth of its weight, so it
-// moves five steps at most.
+// Deliberate: the last pixel but one of each row is blended with a sixteenth of its weight: it
+// moves up by five or down by six at most.
 int32_t BlendRgb24FourToThreeWithFaintEnd(const Frame& frame, KernelVariant variant) {
     BlendFrameFixedCopyingLast(frame, kFourToThree, Rounding::Down, kRgb24, variant);
     for (int32_t y = 0; y < frame.dstHeight; ++y) {

@@ -1,4 +1,4 @@
-// What sets the 640 to 480 kernels of RGB24 apart from the other fixed ratios.
+// The 640 to 480 kernels of RGB24, which differ from the other fixed ratios.
 
 #pragma once
 

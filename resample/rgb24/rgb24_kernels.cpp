@@ -1,4 +1,4 @@
-// The RGB24 kernels: each names its driver and the variant whose row operations it runs on.
+// The RGB24 kernels. Each names its driver and its variant.
 
 #include "resample/rgb24/rgb24_kernels.h"
 

@@ -1,5 +1,7 @@
-// Kernels for RGB24: three bytes a pixel, rows padded to a multiple of four bytes. The _MMX and
-// _SSE variants give the bytes of the portable ones, but for three:
+// Kernels for RGB24: three bytes a pixel, rows padded to a multiple of four bytes. docs/kernels.md
+// has the formulas.
+//
+// Deliberate: the _MMX and _SSE variants give the bytes of the portable ones, but
 //   ScaleNearestH640To480_RGB24_MMX    mixes every third pixel of two source pixels
 //   ScaleBilinearH640To480_RGB24_MMX   ends its rows differently, and does not write past them
 //   ScaleBilinearH720To480_RGB24_SSE   rounds halves up
@@ -31,8 +33,8 @@ TAVO_SCALE_KERNEL(ScaleBilinearH_RGB24_Portable);
 TAVO_SCALE_KERNEL(ScaleBilinearH_RGB24_MMX);
 TAVO_SCALE_KERNEL(ScaleBilinearH_RGB24_SSE);
 
-// Width only, four pixels to three. The portable bilinear variant writes one byte past each row:
-// the buffer must have one byte more than the picture.
+// Width only, four pixels to three. The portable bilinear variant writes one byte past each row, so
+// the buffer must be one byte longer than the picture.
 TAVO_SCALE_KERNEL(ScaleNearestH640To480_RGB24_Portable);
 TAVO_SCALE_KERNEL(ScaleNearestH640To480_RGB24_MMX);
 TAVO_SCALE_KERNEL(ScaleBilinearH640To480_RGB24_Portable);

@@ -1,5 +1,5 @@
-// Row operations for the instruction sets that work in MMX registers, written once over what they
-// do differently, V: gathering words and averaging bytes.
+// Row operations in MMX registers, for MMX and for SSE: V is what the two do differently.
+// docs/kernels.md has the formulas.
 
 #pragma once
 
@@ -15,7 +15,7 @@ struct MmxOps {
 
     template <Rounding kRounding>
     static __m64 BlendFour(const uint8_t* row, const ColumnRun& columns, int32_t i) {
-        // Each lane holds a sample (low byte) and its right neighbour.
+        // Each lane holds a sample in its low byte and the right neighbour in its high byte.
         const __m64 pairs =
             V::Words(Load2(row + columns.Pixel(i)), Load2(row + columns.Pixel(i + 1)),
                      Load2(row + columns.Pixel(i + 2)), Load2(row + columns.Pixel(i + 3)));
@@ -46,9 +46,8 @@ struct MmxOps {
         NearestColumnsPlain<PlanePixel>(dst, row, columns, i);
     }
 
-    // RGB24: a pixel and its neighbour are six bytes, and no byte around them is read. Four bytes
-    // are stored for three: the next pixel overwrites the fourth, and the last pixel is written
-    // plainly.
+    // RGB24: a pixel and its neighbour are six bytes, and no others are read. Each pixel is stored
+    // as four bytes, of which the next pixel overwrites the last; the last pixel is done plainly.
 
     template <Rounding kRounding>
     static void BlendRgb24Columns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
@@ -64,7 +63,7 @@ struct MmxOps {
         BlendColumnsPlain<Rgb24Pixel, kRounding>(dst, row, columns, i);
     }
 
-    // Eight pixels make three registers, and some of them lie across two.
+    // Eight pixels make three registers; the third and the sixth lie across two.
     static void NearestRgb24Columns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         const ColumnRun& columns = plan.columns;
         int32_t i = 0;
@@ -100,7 +99,7 @@ struct MmxOps {
         BlendRowsPlain<Pixel>(dst + i, a + i, b + i, weight, bytes - i);
     }
 
-    // Four columns, or the right neighbours of four.
+    // Four columns; with row + 2, their right neighbours.
     static __m64 GatherFourWords(const uint8_t* row, const ColumnRun& columns, int32_t i) {
         return V::Words(Load2(row + columns.Pixel(i) * 2), Load2(row + columns.Pixel(i + 1) * 2),
                         Load2(row + columns.Pixel(i + 2) * 2),

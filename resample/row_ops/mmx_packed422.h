@@ -1,4 +1,4 @@
-// Row operations on packed 4:2:2 in MMX registers, over what V does (mmx_ops.h).
+// Row operations on packed 4:2:2 in MMX registers (mmx_ops.h).
 
 #pragma once
 
@@ -30,7 +30,7 @@ struct MmxPacked422 {
         UnpackPlain(dst, src, groups, layout, i);
     }
 
-    // The averages of the pairs of eight bytes, in the low bytes of lanes.
+    // Averages of neighbouring bytes, in the low bytes of lanes.
     template <Rounding kRounding>
     static __m64 AveragePairs(__m64 pairs) {
         const __m64 left = _mm_and_si64(pairs, LowBytes());
@@ -61,7 +61,7 @@ struct MmxPacked422 {
         PackPlain<kRounding>(dst, src, pixels, layout, i);
     }
 
-    // Four pixels a step. The chroma of two pixels is averaged with their whole groups.
+    // Four pixels a step. Whole groups are averaged, and the luma is then put in.
     static void NearestPackedColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan,
                                      const PackedLayout& layout) {
         const ColumnRun& columns = plan.columns;

@@ -1,7 +1,7 @@
-// What the row operations in MMX registers are made of.
+// Building blocks of the row operations in MMX registers.
 //
-// A blend works in 16-bit lanes: ((b - a) * 16 * (weight * 16)) >> 16 is ((b - a) * weight) >> 8,
-// rounded the same way, and neither factor exceeds 255 * 16 in magnitude.
+// A blend is done in 16-bit lanes: ((b - a) * 16 * (weight * 16)) >> 16 equals ((b - a) * weight)
+// >> 8, with the same rounding. No factor exceeds 255 * 16, so nothing overflows.
 
 #pragma once
 
@@ -49,8 +49,8 @@ inline uint32_t Load2(const uint8_t* p) {
 
 inline __m64 FromLow(uint32_t low) { return _mm_cvtsi32_si64(static_cast<int>(low)); }
 
-// No unpack: compilers give it a half in memory, and emulators have been seen to read eight bytes
-// for the four of it.
+// Without unpack instructions: compilers give them a memory operand of four bytes, of which
+// emulators have been seen to read eight.
 inline __m64 FromHalves(uint32_t low, uint32_t high) {
     return _mm_or_si64(FromLow(low), _mm_slli_si64(FromLow(high), 32));
 }
@@ -59,7 +59,7 @@ inline __m64 FromHalves(uint32_t low, uint32_t high) {
 inline __m64 Widen(__m64 bytes) { return _mm_unpacklo_pi8(bytes, _mm_setzero_si64()); }
 inline __m64 WidenHigh(__m64 bytes) { return _mm_unpackhi_pi8(bytes, _mm_setzero_si64()); }
 
-// A weight times 16 in every lane; four weights times 16.
+// A weight times 16 in every lane, and four weights times 16.
 inline __m64 Weight16(int32_t weight) { return _mm_set1_pi16(static_cast<int16_t>(weight * 16)); }
 inline __m64 Weights16(const uint8_t* weights) {
     return _mm_slli_pi16(Widen(FromLow(Load4(weights))), 4);

@@ -10,7 +10,7 @@
 namespace tavo {
 namespace {
 
-// A pixel of bytes that are blended one by one.
+// A pixel of bytes, blended one by one.
 template <int32_t kBytes>
 struct BytePixel {
     static constexpr int32_t kSize = kBytes;
@@ -25,7 +25,7 @@ struct BytePixel {
 using PlanePixel = BytePixel<1>;
 using Rgb24Pixel = BytePixel<3>;
 
-// A 16-bit pixel of three fields, blue lowest.
+// A 16-bit pixel of three fields, with blue in the lowest bits.
 template <int32_t kGreenBits>
 struct FieldPixel {
     static constexpr int32_t kSize = 2;

@@ -1,5 +1,5 @@
-// Plain loops over columns and rows: the portable row operations, and what the other sets use for
-// the columns that do not fill a register.
+// Plain loops over columns and rows. They are the portable row operations, and the other sets use
+// them for what does not fill a register.
 
 #pragma once
 

@@ -1,5 +1,5 @@
-// Plain loops over packed 4:2:2: the portable row operations, and what the other sets use for the
-// pixels that do not fill a register.
+// Plain loops over packed 4:2:2. They are the portable row operations, and the other sets use them
+// for what does not fill a register.
 
 #pragma once
 
@@ -37,7 +37,7 @@ void PackPlain(uint8_t* dst, const PackedSamples& src, int32_t pixels, const Pac
     }
 }
 
-// One step after the other, with operations of the set's own, some pixels at a time.
+// Blends and then packs with a set's own operations, some pixels at a time.
 template <auto kBlendRows, auto kPack>
 void BlendThenPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b, int32_t weight,
                    int32_t pixels, const PackedLayout& layout) {
@@ -52,7 +52,7 @@ void BlendThenPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b,
     }
 }
 
-// From column `first` on, an even one. An odd last column is repeated.
+// From column `first` on, which is even. An odd last column is repeated.
 [[maybe_unused]] void NearestPackedPlain(uint8_t* dst, const uint8_t* row, const ColumnRun& columns,
                                          const PackedLayout& layout, int32_t first) {
     for (int32_t i = first; i < columns.count; i += 2) {
@@ -70,7 +70,7 @@ void BlendThenPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b,
     }
 }
 
-// The plan of a set without tables.
+// A plan without tables.
 [[maybe_unused]] void PlanPackedPlain(ColumnPlan& plan, const ColumnRun& columns,
                                       const PackedLayout& /*layout*/, int32_t /*rowBytes*/) {
     plan.columns = columns;
@@ -83,7 +83,7 @@ void BlendThenPack(uint8_t* dst, const PackedSamples& a, const PackedSamples& b,
     NearestPackedPlain(dst, row, plan.columns, layout, 0);
 }
 
-// From sample `first` on, which is one of those that change.
+// From sample `first` on, which is one of the thirds.
 [[maybe_unused]] void DimThirdsPlain(uint8_t* samples, int32_t count, int32_t first) {
     for (int32_t i = first; i < count; i += 3) {
         samples[i] = static_cast<uint8_t>(DimSample(samples[i]));

@@ -1,5 +1,5 @@
-// Row operations: what the frame kernels are made of. The portable set is the reference; every
-// other instruction set has a set of its own that gives the same bytes.
+// Row operations: what frame drivers are made of. The portable set is the reference; all other sets
+// give the same bytes. docs/kernels.md has the formulas.
 
 #pragma once
 
@@ -8,8 +8,8 @@
 
 namespace tavo {
 
-// A run of destination columns and where each of them comes from: pixels of a row whose first pixel
-// is source column `firstIndex`.
+// Neighbouring destination columns and the pixels of a row that they come from. The row begins with
+// source column `firstIndex`.
 struct ColumnRun {
     const int32_t* indices;  // [count], none below firstIndex
     const uint8_t* weights;  // [count]; null where nothing is blended
@@ -21,45 +21,46 @@ struct ColumnRun {
     }
 };
 
-// A run of columns as an instruction set has prepared it, once for all rows. The tables belong to
-// the set that filled them.
+// Columns as an instruction set has prepared them, once for all rows. Only that set can read its
+// tables.
 struct ColumnPlan {
     ColumnRun columns;
-    int32_t window;   // how the tables were made; 0 where there are none
-    uint8_t* tables;  // memory for them, at a multiple of 64
+    int32_t window;   // how the tables were made; 0 if there are none
+    uint8_t* tables;  // memory for them, aligned to 64 bytes
 };
 
-// What the tables for so many destination bytes take: 40 for every eight, 64 at a time.
+// Bytes of tables for so many destination bytes: 40 for each eight, in units of 64 bytes.
 constexpr int32_t PlanTableBytes(int32_t bytes) { return (bytes + 63) / 64 * 320; }
-// How many destination bytes there are tables for in so much memory.
+// How many destination bytes can be planned with so many bytes of tables.
 constexpr int32_t PlannedBytes(int32_t tableBytes) { return tableBytes / 320 * 64; }
 
-// The operations on one kind of pixel. A blend is made for each sample of a pixel, a byte or a
-// field of bits: a + (((b - a) * weight) >> 8). Bits that belong to no field come out as 0.
+// Operations on one kind of pixel. Each sample, a byte or a field of bits, is blended by itself.
+// Bits outside of all fields become 0.
 struct PixelOps {
-    // Blends two rows, which `dst` must not overlap.
+    // Blends two rows. `dst` must not overlap them.
     void (*BlendRows)(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t weight,
                       int32_t bytes);
 
-    // Prepare a plan for the operations below, of columns that it has memory for. The rows that it
-    // is used for can be read for `rowBytes` bytes from their first pixel on.
+    // These make a plan, of no more columns than it has memory for. The rows that it will be
+    // applied to must be readable for `rowBytes` bytes from their first pixel on.
     using Plan = void (*)(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes);
     using Apply = void (*)(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan);
     Plan PlanBlend;
     Plan PlanNearest;
 
-    // Blends each column's pixel with its right neighbour, which every one of them must have.
+    // Blends each pixel with its right neighbour, which must be readable. Needs a plan of
+    // PlanBlend.
     Apply BlendColumns;
 
-    // The same, but rounded up: a - (((a - b) * weight) >> 8).
+    // The same, rounded up.
     Apply BlendColumnsUp;
 
-    // Copies each column's pixel. Needs the plan of PlanNearest.
+    // Copies pixels. Needs a plan of PlanNearest.
     Apply NearestColumns;
 };
 
-// Where the bytes of a packed 4:2:2 row lie. Two pixels share a group of four bytes, with a luma
-// byte each and two chroma bytes. No operation knows which of them is U and which V.
+// The bytes of packed 4:2:2. Two pixels share a group of four: a luma byte each, and two chroma
+// bytes. No operation needs to know which chroma byte is U.
 struct PackedLayout {
     int32_t luma;         // of the even pixel; the odd one's is two bytes on
     int32_t firstChroma;  // the second chroma byte is two bytes on
@@ -67,42 +68,41 @@ struct PackedLayout {
 inline constexpr PackedLayout kYuy2Layout = {0, 1};
 inline constexpr PackedLayout kUyvyLayout = {1, 0};
 
-// A row of packed 4:2:2 taken apart into bytes of one kind each.
+// A packed row split into three.
 struct PackedSamples {
     uint8_t* luma;
     uint8_t* firstChroma;
     uint8_t* secondChroma;
 };
 
-// The operations on packed 4:2:2 rows. To be blended, their samples are treated as planes.
+// Operations on packed 4:2:2. Split rows are blended by the operations of planes.
 struct Packed422Ops {
-    // Takes groups apart: two luma bytes and one of each chroma a group.
+    // Splits groups: two luma bytes and two chroma bytes each.
     void (*Unpack)(const PackedSamples& dst, const uint8_t* src, int32_t groups,
                    const PackedLayout& layout);
 
-    // Packs an even number of pixels with chroma samples of their own. Those of two pixels are
-    // averaged, a half rounded down or up.
+    // Packs an even number of pixels that each have their own chroma. The chroma of each two is
+    // averaged, rounded down or up.
     using Pack = void (*)(uint8_t* dst, const PackedSamples& src, int32_t pixels,
                           const PackedLayout& layout);
     Pack PackDown;
     Pack PackUp;
 
-    // Blends two rows of samples and packs the result, an even number of pixels.
+    // Blends two split rows and packs the result, an even number of pixels.
     using BlendPack = void (*)(uint8_t* dst, const PackedSamples& a, const PackedSamples& b,
                                int32_t weight, int32_t pixels, const PackedLayout& layout);
     BlendPack BlendPackDown;
     BlendPack BlendPackUp;
 
-    // Takes 1 from every third sample that is not 0, beginning with the first: that is what a
-    // weight of 255/256 leaves of it.
+    // Dims the first of every three samples (DimSample).
     void (*DimThirds)(uint8_t* samples, int32_t count);
 
-    // Prepares a plan for NearestColumns, as the plans of PixelOps. Rows consist of whole groups.
+    // Makes a plan for NearestColumns. Rows consist of whole groups.
     void (*PlanNearest)(ColumnPlan& plan, const ColumnRun& columns, const PackedLayout& layout,
                         int32_t rowBytes);
 
-    // Copies each column's pixel, straight from a packed row. The chroma of two pixels is averaged,
-    // a half rounded down; an odd last column is repeated.
+    // Copies pixels of a packed row. The chroma of each two is averaged, rounded down. An odd last
+    // column is repeated.
     void (*NearestColumns)(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan,
                            const PackedLayout& layout);
 };
@@ -114,24 +114,24 @@ struct RowOps {
     PixelOps rgb565;
     Packed422Ops packed422;
 
-    // Copies a row, which `dst` must not overlap.
+    // Copies a row. `dst` must not overlap it.
     void (*CopyRow)(uint8_t* dst, const uint8_t* src, int32_t bytes);
 
     // Copies whole blocks of eight bytes.
     void (*CopyBlocks)(uint8_t* dst, const uint8_t* src, int32_t blocks);
 
-    // Gives the registers back to ordinary code; called once at the end of a kernel.
+    // Makes the registers usable for other code. Called once, at the end of a kernel.
     void (*Finish)();
 };
 
-// Picks the operations of a kind of pixel out of a set.
+// A kind of pixel: its operations in a set.
 using PixelKind = PixelOps RowOps::*;
 
-// The variants of a kernel family: what their name promises to need at least, and whose bytes they
-// give. A variant may run wider operations than its name says, if its processor has them.
+// The variants of a kernel. The name says which bytes it gives, and the least processor that it
+// needs. On newer processors it may run wider operations.
 enum class KernelVariant { Portable, Mmx, Sse };
 
-// The operations that a variant runs on. Portable ones for every variant until they are chosen.
+// What a variant runs on. Portable operations until others are set.
 const RowOps& RowOpsOf(KernelVariant variant);
 
 // Sets what the portable variants run on, and what all others do. Any thread.
@@ -145,7 +145,7 @@ extern const RowOps kSsse3RowOps;
 extern const RowOps kAvx2RowOps;
 extern const RowOps kAvx512RowOps;
 
-// Ends the use of an instruction set's registers on every way out of a kernel.
+// Calls Finish on every way out of a kernel.
 class RowOpsScope {
   public:
     explicit RowOpsScope(KernelVariant variant) : ops_(RowOpsOf(variant)) {}

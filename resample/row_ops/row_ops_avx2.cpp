@@ -1,4 +1,4 @@
-// Row operations for AVX2: two parts of sixteen bytes a register.
+// Row operations for AVX2. A register is two parts of sixteen bytes.
 
 #include <immintrin.h>
 
@@ -61,8 +61,8 @@ struct Avx2 {
     static Reg LowHalves(Reg a, Reg b) { return _mm256_unpacklo_epi64(a, b); }
     static Reg HighHalves(Reg a, Reg b) { return _mm256_unpackhi_epi64(a, b); }
 
-    // Signed part by part; unsigned in the order of the sources: quarters a0 b0 a1 b1 become a0 a1
-    // b0 b1.
+    // PackSigned goes part by part. To unsigned bytes the packing does too: the quarters a0 b0 a1
+    // b1 are put in order.
     static Reg PackSigned(Reg a, Reg b) { return _mm256_packs_epi16(a, b); }
     static Reg HighBytes(Reg a, Reg b) { return PackSigned(ShiftRight8(a), ShiftRight8(b)); }
     static Reg PackUnsignedInOrder(Reg a, Reg b) {

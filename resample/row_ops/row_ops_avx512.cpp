@@ -1,5 +1,5 @@
-// Row operations for AVX-512 with VBMI: four parts of sixteen bytes a register, and shuffles
-// that reach across all of it.
+// Row operations for AVX-512 with VBMI. A register is four parts of sixteen bytes, and shuffles
+// reach across all of it.
 
 #include <immintrin.h>
 
@@ -54,7 +54,7 @@ struct Avx512 {
     static Reg InterleaveLow8(Reg a, Reg b) { return _mm512_unpacklo_epi8(a, b); }
     static Reg InterleaveHigh8(Reg a, Reg b) { return _mm512_unpackhi_epi8(a, b); }
 
-    // The words of eight bytes of two registers, from the first or the second one on, every other.
+    // Every other eight bytes of two registers, from the first or from the second on.
     static Reg LowHalves(Reg a, Reg b) {
         return _mm512_permutex2var_epi64(a, _mm512_setr_epi64(0, 2, 4, 6, 8, 10, 12, 14), b);
     }

@@ -10,7 +10,7 @@ struct Mmx {
         return FromHalves(a | b << 16, c | d << 16);
     }
 
-    // Half the bits that differ, on top of those that both have or that one has.
+    // Half of the bits that differ, to be added to the common bits or taken from all bits.
     static __m64 HalfDifference(__m64 a, __m64 b) {
         const __m64 different = _mm_and_si64(_mm_xor_si64(a, b), _mm_set1_pi8(-2));
         return _mm_srli_pi16(different, 1);

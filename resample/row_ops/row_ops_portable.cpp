@@ -1,4 +1,5 @@
-// The reference row operations. They read like the formulas; all other sets give their bytes.
+// The reference row operations. They read like the formulas in docs/kernels.md, and all other sets
+// give their bytes.
 
 #include "resample/row_ops/portable_columns.h"
 #include "resample/row_ops/portable_packed422.h"

@@ -1,4 +1,4 @@
-// Row operations for the first SSE, whose integer instructions work in MMX registers.
+// Row operations for SSE, whose integer instructions work in MMX registers.
 
 #include <xmmintrin.h>
 

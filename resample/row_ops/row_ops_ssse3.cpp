@@ -1,4 +1,4 @@
-// Row operations for SSSE3: one part of sixteen bytes a register.
+// Row operations for SSSE3. A register is one part of sixteen bytes.
 
 #include <tmmintrin.h>
 
@@ -50,7 +50,7 @@ struct Ssse3 {
     static Reg LowHalves(Reg a, Reg b) { return _mm_unpacklo_epi64(a, b); }
     static Reg HighHalves(Reg a, Reg b) { return _mm_unpackhi_epi64(a, b); }
 
-    // Of a single part these are in order.
+    // With a single part, all results are in order.
     static Reg PackSigned(Reg a, Reg b) { return _mm_packs_epi16(a, b); }
     static Reg HighBytes(Reg a, Reg b) { return PackSigned(ShiftRight8(a), ShiftRight8(b)); }
     static Reg PackUnsignedInOrder(Reg a, Reg b) { return _mm_packus_epi16(a, b); }

@@ -1,4 +1,5 @@
-// Row operations for the instruction sets that have a byte shuffle: those on pixels, and the set.
+// Row operations for instruction sets with a byte shuffle: the operations on pixels, and the whole
+// set. docs/kernels.md has the formulas.
 
 #pragma once
 
@@ -33,8 +34,8 @@ struct ShuffleOps {
                         [&] { BlendColumnsPlain<Pixel, kRounding>(dst, row, plan.columns, 0); });
     }
 
-    // 16-bit lanes; weight16 is the weight times 16, so that the high half of the product is the
-    // blend (mmx_registers.h has the proof).
+    // In 16-bit lanes. weight16 is the weight times 16, so the high half of the product is the
+    // blend; mmx_registers.h has the proof.
     template <Rounding kRounding>
     static Reg BlendLanes(Reg a, Reg b, Reg weight16) {
         if constexpr (kRounding == Rounding::Down) {

@@ -1,4 +1,4 @@
-// Row operations on packed 4:2:2 for the instruction sets with a byte shuffle.
+// Row operations on packed 4:2:2 for instruction sets with a byte shuffle.
 
 #pragma once
 
@@ -58,7 +58,7 @@ struct ShufflePacked422 {
         });
     }
 
-    // The averages of pairs of bytes, in lanes.
+    // Averages of neighbouring bytes, in 16-bit lanes.
     template <Rounding kRounding>
     static Reg AveragePairs(Reg bytes) {
         const Reg sum = V::MulAddBytes(bytes, V::Set8(1));

@@ -1,12 +1,11 @@
-// Plans for the instruction sets that have a byte shuffle, over a register type V. Columns are
-// taken in tiles of eight destination bytes. A tile reads its source bytes from one window of
-// sixteen bytes, or from two of eight, and a shuffle puts them where the blend wants them. Where a
-// shuffle reaches across the whole register, all tiles of a register share a window as wide as it
-// is, or twice as wide.
+// Plans for instruction sets with a byte shuffle. Destination bytes are planned in tiles of eight.
+// A tile loads one window of sixteen source bytes, or two windows of eight, and a shuffle puts them
+// in place for the blend. If a shuffle reaches across the whole register, all tiles of a register
+// share one window of its size, or one of twice its size.
 //
-// Blends are sums of products a * (256 - w) + b * w of bytes that are kept as value - 128, so that
-// the 16-bit sum cannot overflow. A weight of 256 fits no byte: where w is 0 the same byte is taken
-// twice, with 128 each.
+// A blend is the sum a * (256 - w) + b * w. Bytes are biased to value - 128, so that the 16-bit sum
+// cannot overflow. A weight of 256 does not fit a byte: where w is 0, the same byte is taken twice
+// with 128 each.
 
 #pragma once
 
@@ -15,27 +14,27 @@
 namespace tavo {
 namespace {
 
-// Of our own: library functions compiled here could be linked into code for older processors.
+// No library functions: compiled here, they could be linked into code for older processors.
 inline int32_t Min(int32_t a, int32_t b) { return a < b ? a : b; }
 inline int32_t Max(int32_t a, int32_t b) { return a > b ? a : b; }
 
 constexpr int32_t kTileBytes = 8;
 
-// Two registers of sums give one of bytes, so tiles are done two at a time for every part of
-// sixteen bytes that a register has. The last ones are filled up with the row's last byte.
+// Two registers of sums give one of bytes, so a step is two tiles for each part of sixteen bytes.
+// The last step is filled up with the last byte of the row.
 template <typename V>
 constexpr int32_t kTilesAStep = V::kParts * 2;
 template <typename V>
 constexpr int32_t kStepBytes = kTilesAStep<V>* kTileBytes;
 
-// The place of a tile in a step. Two parts are joined part by part, so the first register of a step
-// takes the even tiles and the second one the odd ones.
+// A tile's place in the tables of a step. With two parts, registers are joined part by part: the
+// first register of a step gets the even tiles, the second one the odd ones.
 template <typename V>
 constexpr int32_t SlotOf(int32_t tile) {
     return V::kParts == 2 ? (tile & ~3) | (tile & 1) << 1 | (tile >> 1 & 1) : tile;
 }
 
-// The tables of one step. Indexed by slot.
+// The tables of one step, by slot.
 template <typename V>
 struct ShuffleStep {
     int32_t low[kTilesAStep<V>];   // offset of the window, or of its first half
@@ -53,11 +52,11 @@ ShuffleStep<V>* StepsOf(const ColumnPlan& plan) {
     return reinterpret_cast<ShuffleStep<V>*>(plan.tables);
 }
 
-// The destination bytes that are planned at once: whole steps, and whole pixels of all sizes.
+// Destination bytes that are planned at once: whole steps and whole pixels of all sizes.
 constexpr int32_t kPartBytes = 192;
 
-// Where in the row each destination byte and what it is mixed with come from, and the weight of the
-// latter. Bytes behind the last column repeat the last one.
+// For each destination byte: the source byte, the one that it is mixed with, and the weight of that
+// one. Bytes behind the last column repeat it.
 struct ByteSources {
     int32_t at[kPartBytes];
     int32_t next[kPartBytes];
@@ -75,7 +74,7 @@ struct ByteSources {
     }
 };
 
-// The bytes of pixels and of their right neighbours. A neighbour of weight 0 is not read.
+// Pixels and their right neighbours. A neighbour with weight 0 is not read.
 template <typename Pixel>
 struct PixelBytes {
     static constexpr int32_t kColumnBytes = Pixel::kSize;
@@ -92,7 +91,7 @@ struct PixelBytes {
     }
 };
 
-// Groups of two packed pixels: a chroma byte is made of those of both.
+// Groups of two packed pixels, whose chroma is mixed.
 struct PackedBytes {
     static constexpr int32_t kColumnBytes = 2;
     const PackedLayout& layout;
@@ -128,14 +127,15 @@ inline SourceSpan SpanOf(const ByteSources& sources, int32_t byte, int32_t count
     return span;
 }
 
-// Places a window of `size` bytes over a span, inside the row. False if the span is wider.
+// Places a window of `size` bytes over a span, inside the row. False if the span is wider than the
+// window.
 inline bool PlaceWindow(SourceSpan span, int32_t size, int32_t rowBytes, int32_t* offset) {
     *offset = Max(0, Min(span.first, rowBytes - size));
     return *offset + size <= rowBytes && span.last < *offset + size;
 }
 
-// Places the window or the windows of a tile, whose first byte is given. The first tile of a
-// register places a shared one.
+// Places the window or windows of a tile that begins with destination byte `byte`. A shared window
+// is placed by the first tile of a register.
 template <typename V>
 bool PlaceTile(ShuffleStep<V>& step, int32_t tile, const ByteSources& sources, int32_t byte,
                int32_t window, int32_t rowBytes) {
@@ -157,7 +157,7 @@ bool PlaceTile(ShuffleStep<V>& step, int32_t tile, const ByteSources& sources, i
            PlaceWindow(SpanOf(sources, byte + 4, 4), 8, rowBytes, &step.high[slot]);
 }
 
-// The place of a row's byte in what a tile loads.
+// Where a source byte is in what a tile loads.
 template <typename V>
 uint8_t PlaceInTile(const ShuffleStep<V>& step, int32_t slot, int32_t window, int32_t i,
                     int32_t at) {
@@ -165,7 +165,7 @@ uint8_t PlaceInTile(const ShuffleStep<V>& step, int32_t slot, int32_t window, in
     return static_cast<uint8_t>(isHigh ? at - step.high[slot] + 8 : at - step.low[slot]);
 }
 
-// Fills a step's tables. False if the columns are too far apart for these windows.
+// Fills the tables of a step. False if columns lie too far apart for these windows.
 template <typename V, typename Fill>
 bool PlanStep(ShuffleStep<V>& step, const ByteSources& sources, int32_t first, int32_t window,
               int32_t rowBytes, Fill fill) {
@@ -183,7 +183,7 @@ bool PlanStep(ShuffleStep<V>& step, const ByteSources& sources, int32_t first, i
     return true;
 }
 
-// Does so for all columns, part by part.
+// Fills the tables of all steps.
 template <typename V, typename Bytes, typename Fill>
 bool PlanWindows(ColumnPlan& plan, const Bytes& bytes, int32_t window, int32_t rowBytes,
                  Fill fill) {
@@ -204,9 +204,9 @@ bool PlanWindows(ColumnPlan& plan, const Bytes& bytes, int32_t window, int32_t r
     return true;
 }
 
-// Gives all tiles one window each, or two each, or none where the columns are too far apart for a
-// shuffle. Fills each tile's tables by fill(shuffle, weights, i, place, next, weight), where
-// `place` and `next` are the places of the tile's i-th byte and of its neighbour in what it loads.
+// Makes a plan with one window a tile, or two, or without tables where columns lie too far apart.
+// fill(shuffle, weights, i, place, next, weight) sets byte i of a tile: `place` and `next` are
+// where the byte and the one that it is mixed with are in what the tile loads.
 template <typename V, typename Bytes, typename Fill>
 void PlanTiles(ColumnPlan& plan, const ColumnRun& columns, const Bytes& bytes, int32_t rowBytes,
                Fill fill) {
@@ -219,7 +219,7 @@ void PlanTiles(ColumnPlan& plan, const ColumnRun& columns, const Bytes& bytes, i
     }
 }
 
-// For bytes: a shuffle to pairs of a byte and its right neighbour, and a pair of weights for each.
+// For bytes: pairs of a byte and its right neighbour, and a pair of weights for each.
 template <typename V, typename Pixel>
 void PlanByteBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
     PlanTiles<V>(plan, columns, PixelBytes<Pixel>{}, rowBytes,
@@ -232,14 +232,14 @@ void PlanByteBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes)
                  });
 }
 
-// A shuffle to eight bytes and then to those that they are mixed with.
+// Eight bytes, then the eight that they are mixed with.
 inline void FillHalves(uint8_t* shuffle, uint8_t* /*weights*/, int32_t i, uint8_t place,
                        uint8_t next, int32_t /*weight*/) {
     shuffle[i] = place;
     shuffle[kTileBytes + i] = next;
 }
 
-// For words: halves of four pixels each, and four weights times 16.
+// For words: four pixels, then their neighbours; and four weights times 16.
 template <typename V, typename Pixel>
 void PlanFieldBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
     PlanTiles<V>(plan, columns, PixelBytes<Pixel>{}, rowBytes,
@@ -251,14 +251,14 @@ void PlanFieldBlend(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes
                  });
 }
 
-// For copies: the first half is all that counts.
+// For copies: only the first eight bytes count.
 template <typename V, typename Pixel>
 void PlanNearest(ColumnPlan& plan, const ColumnRun& columns, int32_t rowBytes) {
     const ColumnRun unweighted = {columns.indices, nullptr, columns.firstIndex, columns.count};
     PlanTiles<V>(plan, unweighted, PixelBytes<Pixel>{}, rowBytes, FillHalves);
 }
 
-// For packed 4:2:2: halves that are averaged.
+// For packed 4:2:2: the two halves are averaged.
 template <typename V>
 void PlanPackedNearest(ColumnPlan& plan, const ColumnRun& columns, const PackedLayout& layout,
                        int32_t rowBytes) {

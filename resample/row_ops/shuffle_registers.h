@@ -1,6 +1,5 @@
-// What the row operations of all instruction sets with a byte shuffle are made of, written once
-// over a register type V. A register is made of parts of sixteen bytes that most instructions treat
-// apart; a part holds one tile of a plan (shuffle_plan.h).
+// Building blocks of the row operations with a byte shuffle, over a register type V
+// (shuffle_register.h). A part of a register holds one tile of a plan (shuffle_plan.h).
 
 #pragma once
 
@@ -18,11 +17,11 @@ template <ShuffleRegister V>
 struct ShuffleRegisters {
     using Reg = typename V::Reg;
 
-    // Bytes a register holds, which are those of a step too.
+    // Bytes of a register, and of a step.
     static constexpr int32_t kBytes = V::kParts * 16;
     static_assert(kBytes == kStepBytes<V>);
 
-    // Calls operation(i) for every register of a row of at least one: the last one overlaps the one
+    // Calls operation(i) for each register of a row of at least one. The last one overlaps the one
     // before it.
     template <typename Operation>
     static void ForRegisters(int32_t bytes, Operation operation) {
@@ -30,7 +29,7 @@ struct ShuffleRegisters {
         operation(bytes - kBytes);
     }
 
-    // Rows are too short for the library's copy to be worth its start.
+    // Faster than the library for rows of this length.
     static void CopyRow(uint8_t* dst, const uint8_t* src, int32_t bytes) {
         if (bytes < kBytes) {
             std::memcpy(dst, src, static_cast<size_t>(bytes));
@@ -51,12 +50,12 @@ struct ShuffleRegisters {
         std::memcpy(dst + i, last, static_cast<size_t>(bytes - i));
     }
 
-    // a * (256 - w) + b * w of biased bytes, divided by 256.
+    // (a * (256 - w) + b * w) / 256, of biased bytes.
     static Reg Sums(Reg pairs, Reg weights) {
         return V::ShiftRight8(V::MulAddBytes(weights, V::Xor(pairs, V::Set8(kBias))));
     }
 
-    // Of a register of bytes; not for the weight 0.
+    // For a whole register. Not for a weight of 0.
     static Reg WeightPairs(int32_t weight) {
         return V::Set16(static_cast<int16_t>(weight << 8 | (256 - weight)));
     }
