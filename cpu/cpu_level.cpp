@@ -1,4 +1,4 @@
-// The rules of processor level and speed class.
+// The rules for level and speed class.
 
 #include "cpu/cpu_level.h"
 
@@ -14,7 +14,7 @@ constexpr SpeedClassRow kSpeedClasses[] = {
     {200, -2}, {400, -1}, {800, 0}, {1000, 1}, {1500, 2},
 };
 
-// Deliberate: from 1500 MHz on a processor is of class 0 again, like one of 400 MHz.
+// Deliberate: from 1500 MHz on the class is 0 again, as at 400 MHz.
 constexpr int kClassFrom1500Mhz = 0;
 
 }  // namespace
@@ -22,7 +22,7 @@ constexpr int kClassFrom1500Mhz = 0;
 int CpuLevelOf(const ProcessorInfo& info) {
     if (!info.hasMmx) return 0;
     if (info.hasSse) return 2;
-    // Deliberate: the second half never holds here, where there is no SSE.
+    // Deliberate: the second half never holds, since there is no SSE here.
     if (info.hasExt3DNow || (info.hasSse && info.hasExt3DNow)) return 4;
     return info.has3DNow ? 3 : 1;
 }

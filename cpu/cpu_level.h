@@ -1,4 +1,4 @@
-// What the processor offers, reduced to the two figures that choose the kernels.
+// The two figures about the processor that choose the kernels.
 
 #pragma once
 
@@ -6,15 +6,18 @@
 
 namespace tavo {
 
-// 0: no MMX; 1: MMX; 2: SSE; 3: MMX and 3DNow!; 4: MMX and extended 3DNow!. Identifies the
-// processor anew each time, which takes about a millisecond. Any thread.
+// 0: no MMX; 1: MMX; 2: SSE; 3: MMX and 3DNow!; 4: MMX and extended 3DNow!. Any thread.
+//
+// Deliberate: every call identifies the processor anew. That takes about a millisecond, raises the
+// priority of the calling thread and moves the whole process between its processors; both are put
+// back.
 int GetCpuLevel();
 
-// Of the processor as last identified, -2 before that. Negative for one below 400 MHz, otherwise 0
-// or more. Any thread.
+// By the clock of the last identification: negative below 400 MHz, otherwise 0 or more; -2 before
+// the first one. Any thread.
 int CpuSpeedClass();
 
-// The rules behind the two.
+// The rules for the two.
 int CpuLevelOf(const ProcessorInfo& info);
 int SpeedClassOf(int clockMhz);
 

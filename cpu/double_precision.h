@@ -1,5 +1,5 @@
-// Makes double arithmetic round to double after every operation, whatever the processor's floating
-// point unit was set to by the application around us.
+// Makes double arithmetic round to double after every operation, whatever the application has set
+// the floating point unit to.
 
 #pragma once
 
@@ -7,16 +7,17 @@
 
 namespace tavo {
 
-// While an object of this class lives, arithmetic of the calling thread rounds to nearest, and x87
-// arithmetic is done with the 53 bit mantissa of a double; the former modes come back at the end.
-// MMX values that somebody left in the x87 registers are dropped: with them every load would fail.
-// Code that computes under it stands in a function of its own that is not inlined, so that no
-// operation is moved out of the scope. On other processors than x86 this does nothing.
+// While an object lives, arithmetic of the calling thread rounds to nearest, and x87 arithmetic has
+// the 53-bit mantissa of a double. The former modes come back at the end. MMX values that were left
+// in the x87 registers are dropped, since every load would fail with them.
+//
+// Code that relies on a scope stands in a function of its own that is not inlined, so that no
+// operation is moved out of the scope. On processors other than x86 this does nothing.
 class DoublePrecisionScope {
   public:
 #if defined(__i386__) && defined(__GNUC__)
     DoublePrecisionScope() {
-        // No value of ours may stay in a register meanwhile.
+        // The compiler must keep no value in these registers meanwhile.
         asm volatile("fnstcw %0\n\tfninit"
                      : "=m"(saved_)
                      :
@@ -27,8 +28,8 @@ class DoublePrecisionScope {
         const uint16_t wanted = kAllExceptionsMasked | kPrecisionDouble;
         asm volatile("fldcw %0" : : "m"(wanted) : "memory");
     }
-    // The flags raised meanwhile go first: an application that traps on inexact results would trap
-    // on ours at its next operation.
+    // Flags raised meanwhile are cleared first: if the application traps on them, its next
+    // operation would trap on ours.
     ~DoublePrecisionScope() { asm volatile("fnclex\n\tfldcw %0" : : "m"(saved_) : "memory"); }
 #elif defined(__x86_64__) && defined(__GNUC__)
     DoublePrecisionScope() : saved_(__builtin_ia32_stmxcsr()) {

@@ -15,7 +15,7 @@ constexpr const char* kStatusTexts[] = {
     "HyperThreading technology cannot be detected",
 };
 
-// Brings the affinity of the process back, whatever came of the changes in between.
+// Puts the affinity of the process back.
 class AffinityScope {
   public:
     AffinityScope(Machine& machine, uintptr_t process) : machine_(machine), process_(process) {}
@@ -28,8 +28,8 @@ class AffinityScope {
     const uintptr_t process_;
 };
 
-// The bits of an APIC id that tell packages apart; the others number the logical processors of one.
-// Of more than 128 logical processors every bit is a number.
+// The bits of an APIC id that number packages; the others number the logical processors of one.
+// Beyond 128 logical processors, all bits are of the latter kind.
 uint8_t PackageMask(uint8_t logicalPerPackage) {
     uint8_t mask = 0xff;
     for (int count = 1; count < logicalPerPackage; count *= 2) {
@@ -38,7 +38,7 @@ uint8_t PackageMask(uint8_t logicalPerPackage) {
     return mask;
 }
 
-// Whether any processor of the process is another than the first of its package.
+// Whether a processor of the process is not the first one of its package.
 bool VisitProcessors(Machine& machine, uintptr_t process, uint8_t packageMask) {
     const AffinityScope scope(machine, process);
     bool seenOther = false;

@@ -1,5 +1,5 @@
-// The seam between the rules of processor identification and the machine they are applied to: a few
-// instructions and a few calls of the operating system, so that recorded processors can stand in.
+// What identification needs of the machine: a few instructions and a few system calls. Tests put
+// recorded processors in its place.
 
 #pragma once
 
@@ -14,31 +14,31 @@ struct CpuidRegisters {
     uint32_t edx = 0;
 };
 
-// No function fails other than by its result, and none throws. An object serves one thread at a
-// time; that of ThisMachine has no state, and serves any number.
+// Functions fail by their results only. An object serves one thread at a time; that of ThisMachine
+// has no state and serves any number.
 class Machine {
   public:
-    // What ThreadPriority returns when it cannot tell.
+    // ThreadPriority returns this when it cannot tell.
     static constexpr int kPriorityUnknown = 0x7fffffff;
     static constexpr int kPriorityTimeCritical = 15;
 
     virtual bool IsCpuidAvailable() = 0;
-    // Only while cpuid is available.
+    // Only where cpuid is available.
     virtual CpuidRegisters Cpuid(uint32_t leaf) = 0;
-    // The low half of the time-stamp counter; only where leaf 1 says that there is one.
+    // The low half of the time-stamp counter. Only where leaf 1 has its bit.
     virtual uint32_t TimeStamp() = 0;
-    // Finds the highest set bit of 0x80000000 `count` times, from the lowest on.
+    // Scans 0x80000000 for its lowest set bit, `count` times.
     virtual void ScanBits(int count) = 0;
 
-    // Ticks per second of Counter; false when there is no such counter.
+    // Ticks per second of Counter. False if there is no such counter.
     virtual bool CounterFrequency(uint64_t& ticksPerSecond) = 0;
     virtual uint64_t Counter() = 0;
 
     virtual int ProcessorCount() = 0;
-    // One bit for each processor that the process may use and that the system has.
+    // A bit for each processor that the process may use, and for each that the system has.
     virtual bool GetAffinity(uintptr_t& process, uintptr_t& system) = 0;
     virtual bool SetAffinity(uintptr_t process) = 0;
-    // Lets the system move the calling thread to where it may run.
+    // Lets the system move the calling thread to a processor that it may use.
     virtual void GiveWay() = 0;
 
     // Of the calling thread.
@@ -49,7 +49,7 @@ class Machine {
     ~Machine() = default;
 };
 
-// The machine that this code runs on.
+// The machine that this program runs on.
 Machine& ThisMachine();
 
 }  // namespace tavo

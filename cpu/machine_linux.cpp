@@ -1,5 +1,5 @@
-// The machine as Linux shows it. Affinity here is that of the calling thread, which is the one that
-// looks around; thread priorities are left alone.
+// The machine under Linux. Affinity is that of the calling thread, which is the one that looks.
+// Thread priorities are not changed.
 
 #include <sched.h>
 #include <time.h>
@@ -22,7 +22,7 @@ class LinuxMachine final : public Machine {
     uint32_t TimeStamp() override { return ReadTimeStamp(); }
     void ScanBits(int count) override { RunBitScans(count); }
 
-    // In units of 100 ns, as fine as the counter of Windows: rounds are counted in ticks.
+    // In units of 100 ns, like the counter of Windows: rounds are measured in ticks.
     bool CounterFrequency(uint64_t& ticksPerSecond) override {
         ticksPerSecond = 10'000'000;
         timespec time;

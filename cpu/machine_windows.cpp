@@ -1,4 +1,4 @@
-// The machine as Windows shows it.
+// The machine under Windows.
 
 #include <windows.h>
 

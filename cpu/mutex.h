@@ -1,5 +1,5 @@
-// A lock without a runtime behind it: constant from the start, nothing to release at the end. (The
-// C++ library's own leaves thread-local storage behind in a process that unloads the module.)
+// A lock that needs no runtime: it is constant at the start and has nothing to release. The C++
+// library's own leaves thread-local storage behind in a process that unloads the module.
 
 #pragma once
 
@@ -34,7 +34,7 @@ class Mutex {
 };
 #endif
 
-// Holds a mutex for its scope.
+// Holds a mutex while it lives.
 class MutexLock {
   public:
     explicit MutexLock(Mutex& mutex) : mutex_(mutex) { mutex_.Lock(); }

@@ -1,4 +1,4 @@
-// Identification by cpuid: vendor, numbers, features and name; then speed and count.
+// Identification by cpuid: vendor, numbers, features and name, then speed and count.
 
 #include "cpu/processor_info.h"
 
@@ -71,8 +71,7 @@ void SetBaseNumbers(ProcessorInfo& info, uint32_t signature) {
     info.family = Bits(signature, 8, 4);
 }
 
-// Deliberate: each cache descriptor of leaf 2 overwrites the one before, so that the last byte
-// decides, whatever the fourteen before it describe.
+// Deliberate: the last descriptor byte of leaf 2 decides, whatever the fourteen before it say.
 int DecidingCacheSize(Machine& machine) {
     return CacheSize(static_cast<uint8_t>(machine.Cpuid(2).edx >> 24));
 }

@@ -1,5 +1,5 @@
-// What is known about the processor, and how it is found out. Of all this only the level and the
-// clock choose kernels; the rest is for display and diagnosis.
+// What is known about the processor. Only the level and the clock choose kernels; the rest is for
+// display and diagnosis.
 
 #pragma once
 
@@ -12,41 +12,43 @@ namespace tavo {
 constexpr int kVendorSize = 13;
 constexpr int kNameSize = 49;
 
-// As constructed: no processor identified yet.
+// Until the first identification, as constructed.
 struct ProcessorInfo {
     char vendor[kVendorSize] = "------------";
-    int family = -1;  // of Intel with the extended family added, of others the base family
-    int model = -1;   // likewise
+    int family = -1;  // with the extended family on Intel, without it elsewhere
+    int model = -1;   // with the extended model on Intel
     int stepping = -1;
-    int processorType = -1;  // of Intel processors without brand string; of all others 0
+    int processorType = -1;  // of Intel without a brand string; 0 elsewhere
     bool hasMmx = false;
     bool hasSse = false;
     bool hasSse2 = false;
-    bool has3DNow = false;     // never on Intel
-    bool hasExt3DNow = false;  // likewise
-    bool hasSse3 = false;      // only looked for on Intel
-    bool hasMonitor = false;   // likewise
+    bool has3DNow = false;     // not looked for on Intel
+    bool hasExt3DNow = false;  // not looked for on Intel
+    bool hasSse3 = false;      // looked for on Intel only
+    bool hasMonitor = false;   // looked for on Intel only
     char name[kNameSize] = "";
-    int clockMhz = 0;  // truncated; 0 when it could not be measured
+    int clockMhz = 0;  // truncated; 0 when unknown
     uint8_t logicalPerPackage = 0;
-    int physicalCount = 0;  // -1 when it could not be told
+    int physicalCount = 0;  // -1 when unknown
     uint8_t hyperThreadingStatus = 0;
     bool identified = false;
 };
 
-// Fills `info` for the machine, which takes about a millisecond: the speed is measured and the
-// HyperThreading probe is made each time. Returns 0, or -1 without a change when there is no cpuid.
-// One call at a time.
+// Fills `info` for the machine, in about a millisecond. Returns 0, or -1 without any change if
+// there is no cpuid. Not thread-safe.
+//
+// Deliberate: measures the speed and makes the HyperThreading probe each time, with their changes
+// of priority and affinity.
 int IdentifyProcessor(ProcessorInfo& info, Machine& machine);
 
-// The same for the process-wide record. Any thread; callers wait for each other.
+// The same for the record of the process. Any thread; callers wait for each other.
 int IdentifyProcessor();
 
-// A copy of the process-wide record: of the last completed identification, never of half a one.
-// Any thread, also during an identification.
+// A copy of the record of the process, as the last identification left it. Any thread, also during
+// an identification.
 ProcessorInfo GetProcessorInfo();
 
-// Twelve characters of leaf 0 and a terminator.
+// The twelve characters of leaf 0, and a terminator.
 void ReadVendor(Machine& machine, char (&vendor)[kVendorSize]);
 bool IsIntel(const char* vendor);
 

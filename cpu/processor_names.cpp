@@ -1,4 +1,4 @@
-// The tables of names, one row a line; the first row that fits decides.
+// The tables of names. The first row that fits decides.
 
 #include "cpu/processor_names.h"
 
@@ -14,7 +14,7 @@ constexpr NumberRange Below(int end) { return {INT_MIN, end - 1}; }
 constexpr NumberRange kAny;
 
 // clang-format off
-// The other models of family 6 keep the name that they have.
+// Deliberate: other models of family 6 keep the name that was there before.
 constexpr NameRow kIntelRows[] = {
 //   family    model    further test
     {Only(5),  kAny,    NameDetail::None,       kAny,       "Intel Pentium"},
@@ -50,7 +50,7 @@ constexpr NameRow kCentaurRows[] = {
     {Only(6),  Only(7), NameDetail::Stepping,   From(8),    "VIA C3 Ezra"},
 };
 
-// Later families go by the rules of CentaurHauls, which leave them their brand string.
+// Later families have their brand string.
 constexpr NameRow kCyrixRows[] = {
     {Only(5),  kAny,    NameDetail::None,       kAny,       "Cyrix MI"},
     {Only(6),  kAny,    NameDetail::None,       kAny,       "Cyrix MII"},
@@ -103,9 +103,8 @@ void RemoveLeadingBlanks(char (&name)[kNameSize]) {
     memmove(name, name + blanks, strlen(name + blanks) + 1);
 }
 
-// Deliberate: the places of the two units are combined by a bitwise OR, as addresses of a name at a
-// multiple of 64 would be. A name holds at most one of them; of a name with both, what comes out
-// may lie behind its end, and then nothing is cut.
+// Deliberate: the positions of the two units are combined by a bitwise OR. A name holds at most one
+// of them; with both, the result may lie behind the end of the name, and nothing is cut.
 void RemoveFrequency(char (&name)[kNameSize]) {
     const char* mega = strstr(name, "MHz");
     const char* giga = strstr(name, "GHz");

@@ -1,4 +1,4 @@
-// Display names of processors that carry none themselves, and how a name is cleaned.
+// Display names of processors that have none themselves, and the cleaning of names.
 
 #pragma once
 
@@ -9,7 +9,7 @@
 
 namespace tavo {
 
-// Both ends belong to it.
+// Includes both ends.
 struct NumberRange {
     int first = INT_MIN;
     int last = INT_MAX;
@@ -17,7 +17,7 @@ struct NumberRange {
     constexpr bool Contains(int number) const { return number >= first && number <= last; }
 };
 
-// What beside family and model decides a name.
+// What decides a name besides family and model.
 enum class NameDetail { None, CacheSize, BrandIndex, Stepping };
 
 struct NameRow {
@@ -28,18 +28,17 @@ struct NameRow {
     const char* name;
 };
 
-// The vendors that are known, other than Intel. Where no row names a processor it names itself, by
-// its brand string.
+// A known vendor other than Intel. A processor that no row names has its brand string.
 struct VendorNames {
     const char* vendor;
-    const char* oldPrefix;  // of names for the families up to 4
+    const char* oldPrefix;  // of names of families up to 4
     std::span<const NameRow> rows;
 };
 
-// From here on families have names; below they are "<prefix><family>86 Processor".
+// Older families are "<prefix><family>86 Processor".
 constexpr int kFirstNamedFamily = 5;
 
-// The numbers that NameDetail asks for.
+// The values for NameDetail.
 struct NameDetails {
     int cacheSize = 0;
     int brandIndex = 0;
@@ -48,17 +47,17 @@ struct NameDetails {
 
 extern const std::span<const NameRow> kIntelNames;
 
-// Null for Intel and for a vendor that is not known.
+// Null for Intel and for unknown vendors.
 const VendorNames* FindVendor(const char* vendor);
 
 // The name in the first row that fits, or null.
 const char* FindName(std::span<const NameRow> rows, int family, int model,
                      const NameDetails& details);
 
-// What a cache descriptor of leaf 2 stands for: 0 no cache, 1 something else, otherwise mostly KB.
+// The size for a cache descriptor of leaf 2, mostly in KB. 0: no cache; 1: something else.
 int CacheSize(uint8_t descriptor);
 
-// Removes leading blanks, then a frequency at the end: "  Fast CPU 2.40GHz" becomes "Fast CPU".
+// Removes leading blanks and a frequency at the end: "  Fast CPU 2.40GHz" becomes "Fast CPU".
 void CleanName(char (&name)[kNameSize]);
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// The shared record, and the one of this process.
+// The record, and the one of this process.
 
 #include "cpu/processor_record.h"
 
@@ -7,7 +7,7 @@
 namespace tavo {
 namespace {
 
-// There from the start, for the constructors of global objects too.
+// Constant from the start: constructors of global objects may use it.
 constinit ProcessorRecord processRecord;
 
 }  // namespace

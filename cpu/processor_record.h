@@ -1,4 +1,4 @@
-// One identification record, shared between threads.
+// An identification record that threads share.
 
 #pragma once
 
@@ -7,14 +7,14 @@
 
 namespace tavo {
 
-// Identifications run one after another, since each changes the affinity of the process; a record
-// appears only when it is complete. Any thread may call anything.
+// Identifications run one at a time, since each changes the affinity of the process. A record is
+// replaced only when the new one is complete. Any thread.
 class ProcessorRecord {
   public:
     constexpr ProcessorRecord() = default;
 
-    // As the function of that name; `level` is that of this identification, or of the record as it
-    // was if there is no cpuid.
+    // As IdentifyProcessor. `level` is that of this identification, or of the record as it was if
+    // there is no cpuid.
     int Identify(Machine& machine, int& level) noexcept;
 
     ProcessorInfo Copy() const noexcept;

@@ -1,4 +1,4 @@
-// The two ways to measure the clock. The figures are those of double arithmetic, or of integers.
+// Two ways to measure the clock, in double and in integer arithmetic.
 
 #include "cpu/processor_speed.h"
 
@@ -19,13 +19,13 @@ constexpr int kScans = 4000;
 constexpr int kScanTrials = 10;
 constexpr int kMaxScanClocks = 150;
 
-// More reads than a round of the slowest usable counter takes. One that stands still ends here.
+// More than a round takes on the slowest usable counter. Ends the wait for one that stands still.
 constexpr int kMaxReads = 1'000'000;
 
-// Cycles of one bit scan by processor family; 1 for families that are not listed.
+// Cycles of a bit scan by processor family; 1 for later families.
 constexpr int kScanCycles[] = {0, 0, 0, 115, 47, 43, 38, 38, 38, 38, 38, 38};
 
-// Keeps the calling thread before all others, if its present priority is known and can come back.
+// Raises the priority of the calling thread, if the present one is known and can be put back.
 class PriorityScope {
   public:
     PriorityScope(Machine& machine, int priority) : machine_(machine), priority_(priority) {
@@ -44,8 +44,8 @@ class PriorityScope {
     const int priority_;
 };
 
-// Waits until the low half of the counter has advanced; false if it does not. The counter and the
-// time stamp are those of the last look.
+// Waits until the low half of the counter has advanced; false if it does not. Returns the last
+// counter and time stamp read.
 bool AwaitTicks(Machine& machine, uint32_t ticks, uint64_t& counter, uint32_t& timeStamp) {
     const uint64_t from = counter;
     for (int reads = 0; reads < kMaxReads; ++reads) {
@@ -77,7 +77,7 @@ struct Totals {
     double microseconds = 0;
     uint32_t newest = 0, second = 0, third = 0;  // MHz of the last three rounds
 
-    // Each of the three is within one MHz of their mean.
+    // Each is within one MHz of the mean.
     bool AreSettled() const {
         const int64_t sum = int64_t{newest} + second + third;
         for (const int64_t mhz : {newest, second, third}) {
@@ -87,7 +87,7 @@ struct Totals {
     }
 };
 
-// Truncates; what is no such integer becomes the nearest one, NaN 0.
+// Truncates. Values out of range become the nearest one, NaN becomes 0.
 uint32_t ToUnsigned(double value) {
     constexpr uint32_t kMax = std::numeric_limits<uint32_t>::max();
     if (!(value > 0)) return 0;
@@ -106,8 +106,8 @@ void Add(Totals& totals, const Round& round, uint64_t tenthOfFrequency) {
     AddInDoubles(totals, round, static_cast<double>(tenthOfFrequency));
 }
 
-// Deliberate: .56 and more rounds up, where a half would do: the hundredths are rounded into the
-// tenths and these into the whole, both from 6 on.
+// Deliberate: rounds up from .56 on, not from .5: hundredths are rounded into tenths and tenths
+// into the whole, both from 6 on.
 uint32_t Normalise(double mhz) {
     constexpr int64_t kRoundsUp = 6;
     const auto whole = static_cast<int64_t>(mhz);
@@ -158,7 +158,7 @@ SpeedMeasurement MeasureByBitScans(Machine& machine, uint32_t cycles) {
         shortest = std::min(shortest, static_cast<uint32_t>(machine.Counter() - start));
     }
     uint64_t microseconds = uint64_t{shortest} * 100000 / (perSecond / 10);
-    // Deliberate: rounds by what is left against the frequency, not against the divisor.
+    // Deliberate: rounds by the remainder against the frequency, not against the divisor.
     if (microseconds % perSecond > perSecond / 2) ++microseconds;
     if (microseconds == 0 || microseconds > std::numeric_limits<uint32_t>::max()) return {};
     const uint32_t elapsed = static_cast<uint32_t>(microseconds);

@@ -1,5 +1,5 @@
-// The instructions that identification needs. On other processors than x86 there is no cpuid, and
-// nothing else is asked.
+// Instructions for identification. On processors other than x86 there is no cpuid, and nothing else
+// is asked for.
 
 #pragma once
 
@@ -18,12 +18,12 @@ namespace tavo {
 
 #if TAVO_HAS_X86_INSTRUCTIONS
 
-// A processor has cpuid when the ID bit of its flags can be changed.
+// There is cpuid if the ID bit of the flags can be changed.
 inline bool CanChangeIdFlag() {
     constexpr uintptr_t kIdFlag = 0x200000;
     uintptr_t changed, original;
 #if defined(__x86_64__)
-    // Below the stack pointer may be data of the caller.
+    // Data of the caller may lie below the stack pointer.
     asm volatile(
         "leaq -128(%%rsp), %%rsp\n\t"
         "pushfq\n\tpopq %0\n\tmovq %0, %1\n\t"
