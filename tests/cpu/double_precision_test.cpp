@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/resample/support/x87_state.h"
+#include "tests/support/x87_state.h"
 
 namespace tavo::test {
 namespace {

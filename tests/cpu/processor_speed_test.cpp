@@ -6,7 +6,7 @@
 
 #include "cpu/cpu_level.h"
 #include "tests/cpu/fake_machine.h"
-#include "tests/resample/support/x87_state.h"
+#include "tests/support/x87_state.h"
 
 namespace tavo::test {
 namespace {

@@ -1,5 +1,5 @@
 // Methods entered with a stack that is aligned to 4 bytes only, and what they take off it.
-#include "tests/filter/support/odd_stack.h"
+#include "tests/support/odd_stack.h"
 
 #include <cstring>
 
@@ -10,6 +10,11 @@
 using namespace tavo_test;
 
 #if TAVO_TEST_HAS_ODD_STACK
+
+using tavo::test::CallOnOddStack;
+using tavo::test::MethodAt;
+using tavo::test::OddStackResult;
+using tavo::test::Word;
 
 namespace {
 

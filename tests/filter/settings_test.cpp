@@ -4,8 +4,8 @@
 #include <limits>
 
 #include "tests/filter/support/filter_rig.h"
-#include "tests/filter/support/odd_stack.h"
 #include "tests/filter/support/pictures.h"
+#include "tests/support/odd_stack.h"
 #include "tests/support/task_memory.h"
 
 using namespace tavo_test;
@@ -18,7 +18,8 @@ class SettingsTest : public FilterTest {};
 template <typename... Arguments>
 int CallSlot(IVantrelSettings* settings, int slot, Arguments... arguments) {
     using Method = int(STDMETHODCALLTYPE*)(IVantrelSettings*, Arguments...);
-    const auto method = reinterpret_cast<Method>(const_cast<void*>(MethodAt(settings, slot)));
+    const auto method =
+        reinterpret_cast<Method>(const_cast<void*>(tavo::test::MethodAt(settings, slot)));
     return method(settings, arguments...);
 }
 

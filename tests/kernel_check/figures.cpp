@@ -6,9 +6,9 @@
 #include <cstring>
 
 #include "tests/resample/oracle/axis_oracle.h"
-#include "tests/resample/support/guarded_buffer.h"
 #include "tests/resample/support/test_data.h"
-#include "tests/resample/support/x87_state.h"
+#include "tests/support/guarded_buffer.h"
+#include "tests/support/x87_state.h"
 
 namespace tavo::check {
 namespace {
@@ -107,7 +107,7 @@ Picture Scale(ScaleKernel kernel, const Picture& source, Size size) {
 Picture ScaleWith(ScaleKernel kernel, const Picture& source, Size size, const Entries& x,
                   const Entries& y) {
     static test::GuardedBuffer buffer;
-    uint8_t* src = buffer.Place(source.bytes.size(), test::Guard::Behind, 0);
+    uint8_t* src = buffer.Place(source.bytes.size(), test::BufferGuard::kPageAfter, 0);
     std::memcpy(src, source.bytes.data(), source.bytes.size());
     const EngineMap xMap(x);
     const EngineMap yMap(y);

@@ -6,8 +6,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "tests/resample/support/odd_stack.h"
-#include "tests/resample/support/x87_state.h"
+#include "tests/support/odd_stack.h"
+#include "tests/support/x87_state.h"
 
 namespace tavo::check {
 namespace {
@@ -34,7 +34,7 @@ std::vector<uint8_t> BytesAtPitch(const Source& source, int pitch) {
     return bytes;
 }
 
-int FillOf(test::Guard guard) { return guard == test::Guard::Behind ? 0 : 1; }
+int FillOf(test::BufferGuard guard) { return guard == test::BufferGuard::kPageAfter ? 0 : 1; }
 
 }  // namespace
 
@@ -59,7 +59,7 @@ std::string Expectation::Compare(const uint8_t* actual, int fill) const {
            std::to_string(filled_[fill][place]);
 }
 
-void Workspace::GuardedMap::Place(const Entries& entries, test::Guard guard, int pitch) {
+void Workspace::GuardedMap::Place(const Entries& entries, test::BufferGuard guard, int pitch) {
     const size_t count = entries.indices.size();
     uint8_t* weights = weightBuffer_.Place(count, guard, 0);
     uint8_t* indices = indexBuffer_.Place(count * sizeof(int32_t), guard, 0);
@@ -72,7 +72,7 @@ void Workspace::GuardedMap::Place(const Entries& entries, test::Guard guard, int
 
 bool Workspace::GuardedMap::Intact() const {
     const size_t count = entries_->indices.size();
-    if (!weightBuffer_.CanariesIntact() || !indexBuffer_.CanariesIntact()) return false;
+    if (!weightBuffer_.Intact() || !indexBuffer_.Intact()) return false;
     for (size_t i = 0; i < count; ++i) {
         if (record_.weights[i] != entries_->weights[i]) return false;
     }
@@ -80,7 +80,7 @@ bool Workspace::GuardedMap::Intact() const {
            std::memcmp(record_.indices, entries_->indices.data(), count * sizeof(int32_t)) == 0;
 }
 
-void Workspace::Place(const Source& source, const Maps& maps, test::Guard guard, int pitch) {
+void Workspace::Place(const Source& source, const Maps& maps, test::BufferGuard guard, int pitch) {
     guard_ = guard;
     srcWidth_ = source.width;
     srcBytes_ = pitch == 0 ? source.bytes : BytesAtPitch(source, pitch);
@@ -102,8 +102,8 @@ std::string Workspace::Verdict(const Expectation& expectation, int result, int r
         return "x87 registers in use (missing emms)";
     }
     if (result != rows) return "returned " + std::to_string(result);
-    if (!dstBuffer_.CanariesIntact()) return "wrote beside the destination";
-    if (!srcBuffer_.CanariesIntact() ||
+    if (!dstBuffer_.Intact()) return "wrote beside the destination";
+    if (!srcBuffer_.Intact() ||
         (!srcBytes_.empty() && std::memcmp(src_, srcBytes_.data(), srcBytes_.size()) != 0)) {
         return "wrote into the source";
     }

@@ -8,7 +8,7 @@
 
 #include "resample/scale_kernel.h"
 #include "tests/kernel_check/oracle/oracles.h"
-#include "tests/resample/support/guarded_buffer.h"
+#include "tests/support/guarded_buffer.h"
 
 namespace tavo::check {
 
@@ -41,7 +41,7 @@ class Workspace {
   public:
     // Puts source and maps next to their guards. The entries must stay alive. With a pitch the rows
     // of the source lie that far apart, and the horizontal map says so.
-    void Place(const Source& source, const Maps& maps, test::Guard guard, int pitch = 0);
+    void Place(const Source& source, const Maps& maps, test::BufferGuard guard, int pitch = 0);
 
     // Nothing, or what is wrong. dstHeight has the sign to call with.
     std::string Run(ScaleKernel kernel, const Expectation& expectation, int dstWidth, int dstHeight,
@@ -52,7 +52,7 @@ class Workspace {
   private:
     class GuardedMap {
       public:
-        void Place(const Entries& entries, test::Guard guard, int pitch);
+        void Place(const Entries& entries, test::BufferGuard guard, int pitch);
         bool Intact() const;
         const AxisMap* Record() const { return &record_; }
 
@@ -66,7 +66,7 @@ class Workspace {
     uint8_t* PlaceDestination(const Expectation& expectation);
     std::string Verdict(const Expectation& expectation, int result, int rows) const;
 
-    test::Guard guard_ = test::Guard::Behind;
+    test::BufferGuard guard_ = test::BufferGuard::kPageAfter;
     test::GuardedBuffer dstBuffer_;
     test::GuardedBuffer srcBuffer_;
     GuardedMap xMap_;

@@ -90,7 +90,8 @@ class CopyCaseRun {
                 continue;
             }
             for (int sign : {1, -1}) {
-                for (test::Guard guard : {test::Guard::Behind, test::Guard::InFront}) {
+                for (test::BufferGuard guard :
+                     {test::BufferGuard::kPageAfter, test::BufferGuard::kPageBefore}) {
                     Try(expected, sign, guard, label);
                 }
             }
@@ -98,11 +99,12 @@ class CopyCaseRun {
     }
 
   private:
-    void Try(const ExpectedCopy& expected, int sign, test::Guard guard, const std::string& label) {
+    void Try(const ExpectedCopy& expected, int sign, test::BufferGuard guard,
+             const std::string& label) {
         const std::string where =
             std::string(NameOf(plan_.format)) + " " + std::to_string(plan_.width) + "x" +
             std::to_string(plan_.height * sign) + ", seed " + std::to_string(plan_.seed) +
-            (guard == test::Guard::Behind ? ", guard behind" : ", guard in front");
+            (guard == test::BufferGuard::kPageAfter ? ", guard behind" : ", guard in front");
         test::SetCurrentTrial((label + ": " + where).c_str());
         Source source{plan_.format, plan_.width, plan_.height, bytes_};
         Canvas canvas(plan_.format, plan_.width, plan_.height * sign);

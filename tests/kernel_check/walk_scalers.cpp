@@ -68,20 +68,22 @@ class CaseRun {
           tally_(tally) {}
 
     void Run(const std::vector<BackendTasks>& plan, bool withLevels) {
-        for (test::Guard guard : {test::Guard::Behind, test::Guard::InFront}) {
+        for (test::BufferGuard guard :
+             {test::BufferGuard::kPageAfter, test::BufferGuard::kPageBefore}) {
             RunAtPitch(plan, guard, 0, withLevels);
         }
         // Planes are the ones whose sources pad their rows.
         if (row_.format != Format::Planar) return;
         const int padding = 1 + static_cast<int>(plan_.seed % kMostPadding);
-        const test::Guard guard = plan_.seed % 2 ? test::Guard::Behind : test::Guard::InFront;
+        const test::BufferGuard guard =
+            plan_.seed % 2 ? test::BufferGuard::kPageAfter : test::BufferGuard::kPageBefore;
         RunAtPitch(plan, guard, plan_.sizes.srcWidth + padding, withLevels);
     }
 
   private:
     static constexpr int kMostPadding = 17;
 
-    void RunAtPitch(const std::vector<BackendTasks>& plan, test::Guard guard, int pitch,
+    void RunAtPitch(const std::vector<BackendTasks>& plan, test::BufferGuard guard, int pitch,
                     bool withLevels) {
         workspace_.Place(source_, maps_, guard, pitch);
         guard_ = guard;
@@ -122,7 +124,7 @@ class CaseRun {
                std::to_string(style.srcHeight) +
                (pitch_ != 0 ? ", pitch " + std::to_string(pitch_) : "") +
                (style.withXMap ? "" : ", no xMap") + (style.withYMap ? "" : ", no yMap") +
-               (guard_ == test::Guard::Behind ? ", guard behind" : ", guard in front");
+               (guard_ == test::BufferGuard::kPageAfter ? ", guard behind" : ", guard in front");
     }
 
     const Expectation& ExpectationOf(Oracle oracle, int sign) {
@@ -140,7 +142,7 @@ class CaseRun {
     const Maps maps_;
     Workspace& workspace_;
     Tally& tally_;
-    test::Guard guard_ = test::Guard::Behind;
+    test::BufferGuard guard_ = test::BufferGuard::kPageAfter;
     int pitch_ = 0;
     unsigned turn_ = 0;
     mutable std::string description_;

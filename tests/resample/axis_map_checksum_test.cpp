@@ -7,7 +7,7 @@
 
 #include "resample/axis_map.h"
 #include "tests/resample/oracle/axis_oracle.h"
-#include "tests/resample/support/x87_state.h"
+#include "tests/support/x87_state.h"
 
 namespace tavo::test {
 namespace {

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "tests/resample/oracle/axis_oracle.h"
-#include "tests/resample/support/x87_state.h"
+#include "tests/support/x87_state.h"
 
 namespace tavo::test {
 namespace {

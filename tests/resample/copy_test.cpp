@@ -12,9 +12,9 @@
 #include "resample/kernel_table.h"
 #include "tests/resample/oracle/copy_oracle.h"
 #include "tests/resample/support/forced_level.h"
-#include "tests/resample/support/guarded_buffer.h"
 #include "tests/resample/support/test_data.h"
-#include "tests/resample/support/x87_state.h"
+#include "tests/support/guarded_buffer.h"
+#include "tests/support/x87_state.h"
 
 namespace tavo::test {
 namespace {
@@ -23,7 +23,7 @@ constexpr uint8_t kUntouched = 0xa7;
 
 // Both pictures are as long as the copy's own extent says and end, or begin, at a guard page.
 testing::AssertionResult CopiesAt(CopyKernel kernel, CopyMember member, const CopyShape& shape,
-                                  Guard guard) {
+                                  BufferGuard guard) {
     static GuardedBuffer dstBuffer;
     static GuardedBuffer srcBuffer;
     const std::string description = testing::PrintToString(shape.width) + "x" +
@@ -46,8 +46,8 @@ testing::AssertionResult CopiesAt(CopyKernel kernel, CopyMember member, const Co
     const auto fail = [&] { return testing::AssertionFailure() << description << ": "; };
     if (tags != kEmptyTagWord) return fail() << "x87 registers in use (missing emms)";
     if (result != std::abs(shape.height)) return fail() << "returned " << result;
-    if (!dstBuffer.CanariesIntact()) return fail() << "wrote beside the destination";
-    if (!srcBuffer.CanariesIntact() || !std::equal(source.begin(), source.end(), src)) {
+    if (!dstBuffer.Intact()) return fail() << "wrote beside the destination";
+    if (!srcBuffer.Intact() || !std::equal(source.begin(), source.end(), src)) {
         return fail() << "wrote into the source";
     }
     for (size_t i = 0; i < extent; ++i) {
@@ -62,7 +62,7 @@ testing::AssertionResult CopiesAt(CopyKernel kernel, CopyMember member, const Co
 void ExpectCopies(CopyKernel kernel, CopyMember member, int32_t width, int32_t height,
                   int32_t bitsPerPixel) {
     for (int32_t signedHeight : {height, -height}) {
-        for (Guard guard : {Guard::Behind, Guard::InFront}) {
+        for (BufferGuard guard : {BufferGuard::kPageAfter, BufferGuard::kPageBefore}) {
             ASSERT_TRUE(CopiesAt(kernel, member, {width, signedHeight, bitsPerPixel}, guard));
         }
     }
@@ -149,8 +149,8 @@ TEST_F(Copies, PlanesIgnoreTheBitsPerPixel) {
 
 TEST_F(Copies, EmptyPicturesWriteNothing) {
     for (const auto& member : kMembers) {
-        EXPECT_TRUE(CopiesAt(member.kernel, member.member, {16, 0, 16}, Guard::Behind));
-        EXPECT_TRUE(CopiesAt(member.kernel, member.member, {0, 3, 16}, Guard::Behind));
+        EXPECT_TRUE(CopiesAt(member.kernel, member.member, {16, 0, 16}, BufferGuard::kPageAfter));
+        EXPECT_TRUE(CopiesAt(member.kernel, member.member, {0, 3, 16}, BufferGuard::kPageAfter));
     }
 }
 

@@ -10,7 +10,7 @@
 #include "resample/axis_map.h"
 #include "resample/kernel_table.h"
 #include "tests/resample/support/test_data.h"
-#include "tests/resample/support/x87_state.h"
+#include "tests/support/x87_state.h"
 
 namespace tavo::test {
 namespace {

@@ -37,7 +37,7 @@ void ExpectAllMembersMatch(const KernelTrial& trial) {
         const ForcedLevel forced(level, 0);
         for (const auto& member : kMembers) {
             const auto& expected = member.oracle == OracleNearestPlanar ? nearest : bilinear;
-            for (Guard guard : {Guard::Behind, Guard::InFront}) {
+            for (BufferGuard guard : {BufferGuard::kPageAfter, BufferGuard::kPageBefore}) {
                 ASSERT_TRUE(trial.Run(member.kernel, expected, guard))
                     << member.name << " at level " << level;
             }
@@ -225,8 +225,8 @@ TEST(Planar, EverySlotAtEveryLevelAndSpeed) {
                 const ForcedLevel forced(level, speedClass);
                 for (int slot = 0; slot < kKernelSlots; ++slot) {
                     const auto& expected = SlotIsBilinear(slot, speedClass) ? bilinear : nearest;
-                    ASSERT_TRUE(
-                        trial.Run(KernelTable[RowBothPlanar][slot].scale, expected, Guard::Behind))
+                    ASSERT_TRUE(trial.Run(KernelTable[RowBothPlanar][slot].scale, expected,
+                                          BufferGuard::kPageAfter))
                         << "slot " << slot << " level " << level << " class " << speedClass;
                 }
             }

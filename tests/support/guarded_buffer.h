@@ -1,38 +1,55 @@
-// Memory that notices access outside its bounds.
+// Memory between two inaccessible pages. An access beyond the guarded end faults, and the program
+// says so and exits; a write beyond another end is found afterwards.
 //
 //   GuardedBuffer buffer(size, BufferGuard::kPageAfter);   // reading data()[size] faults
-//   EXPECT_TRUE(buffer.Intact());                          // kCanary: nothing around was written
-//
-// kPageAfter ends exactly at a protected page, so that data() is aligned only as `size` allows;
-// kPageBefore begins right behind one. kCanary checks 64 bytes on either side, on demand.
+//   EXPECT_TRUE(buffer.Intact());                          // nothing around it was written
+
 #pragma once
 
-#include <windows.h>
-
 #include <cstddef>
+#include <cstdint>
 
-namespace tavo_test {
+namespace tavo::test {
 
-enum class BufferGuard { kCanary, kPageAfter, kPageBefore };
+enum class BufferGuard {
+    kCanary,      // canaries on both sides, at least 64 bytes each
+    kPageAfter,   // ends at an inaccessible page, so it is aligned only as its size allows
+    kPageBefore,  // begins at one
+};
 
+// Not safe for use by two threads at a time.
 class GuardedBuffer {
   public:
+    GuardedBuffer() = default;
     GuardedBuffer(size_t size, BufferGuard guard, size_t align = 16);
     ~GuardedBuffer();
     GuardedBuffer(const GuardedBuffer&) = delete;
     GuardedBuffer& operator=(const GuardedBuffer&) = delete;
 
-    BYTE* data() const { return data_; }
+    // Makes it a buffer of another size, all bytes set to fill. Reuses the memory that there is, if
+    // it is large enough. Never null. What the buffer held is lost.
+    uint8_t* Place(size_t size, BufferGuard guard, uint8_t fill, size_t align = 1);
+
+    uint8_t* data() const { return data_; }
     size_t size() const { return size_; }
-    // The bytes around the buffer, as far as they can be written at all, are as they were made.
+
+    // True while the canaries are whole. They fill the accessible memory around the buffer, up to
+    // a page on either side.
     bool Intact() const;
 
   private:
-    BYTE* pages_ = nullptr;  // the whole reservation; committed from usable_ on
-    BYTE* usable_ = nullptr;
-    size_t usableSize_ = 0;
-    BYTE* data_ = nullptr;
-    size_t size_;
+    void Reserve(size_t size);
+    void Release();
+
+    uint8_t* pages_ = nullptr;  // the first accessible byte
+    size_t capacity_ = 0;       // accessible bytes
+    uint8_t* data_ = nullptr;
+    size_t size_ = 0;
+    size_t canariesBefore_ = 0;
+    size_t canariesAfter_ = 0;
 };
 
-}  // namespace tavo_test
+// Names what is being tried, for the message at a fault.
+void SetCurrentTrial(const char* text);
+
+}  // namespace tavo::test

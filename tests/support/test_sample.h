@@ -22,6 +22,9 @@
 
 namespace tavo_test {
 
+using tavo::test::BufferGuard;
+using tavo::test::GuardedBuffer;
+
 struct SampleConfig {
     long size = 0;
     bool sample2 = true;

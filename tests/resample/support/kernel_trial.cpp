@@ -7,7 +7,7 @@
 #include <cstring>
 #include <sstream>
 
-#include "tests/resample/support/x87_state.h"
+#include "tests/support/x87_state.h"
 
 namespace tavo::test {
 namespace {
@@ -17,7 +17,7 @@ constexpr uint8_t kUntouched = 0xa7;
 // One axis map in guarded memory, exactly as many entries as the kernel may read.
 class PlacedMap {
   public:
-    const AxisMap* Place(const OracleMap& map, size_t entries, Guard guard) {
+    const AxisMap* Place(const OracleMap& map, size_t entries, BufferGuard guard) {
         weights_ = weightBuffer_.Place(entries, guard, 0);
         indices_ = indexBuffer_.Place(entries * sizeof(int32_t), guard, 0);
         if (entries > 0) {
@@ -30,7 +30,7 @@ class PlacedMap {
     }
 
     bool Unchanged(const OracleMap& map, size_t entries) const {
-        return weightBuffer_.CanariesIntact() && indexBuffer_.CanariesIntact() &&
+        return weightBuffer_.Intact() && indexBuffer_.Intact() &&
                (entries == 0 ||
                 (std::memcmp(weights_, map.weights.data(), entries) == 0 &&
                  std::memcmp(indices_, map.indices.data(), entries * sizeof(int32_t)) == 0));
@@ -102,9 +102,9 @@ std::vector<uint8_t> KernelTrial::Expect(ScaleOracle oracle) const {
 }
 
 testing::AssertionResult KernelTrial::Run(ScaleKernel kernel, const std::vector<uint8_t>& expected,
-                                          Guard guard) const {
+                                          BufferGuard guard) const {
     const std::string description =
-        Describe() + (guard == Guard::Behind ? ", guard behind" : ", guard in front");
+        Describe() + (guard == BufferGuard::kPageAfter ? ", guard behind" : ", guard in front");
     SetCurrentTrial(description.c_str());
 
     Workspace& space = SharedWorkspace();
@@ -123,8 +123,8 @@ testing::AssertionResult KernelTrial::Run(ScaleKernel kernel, const std::vector<
     const auto fail = [&] { return testing::AssertionFailure() << description << ": "; };
     if (tags != kEmptyTagWord) return fail() << "x87 registers in use (missing emms)";
     if (result != static_cast<int32_t>(rows)) return fail() << "returned " << result;
-    if (!space.dst.CanariesIntact()) return fail() << "wrote beside the destination";
-    if (!space.src.CanariesIntact() || std::memcmp(src, source_.data(), source_.size()) != 0) {
+    if (!space.dst.Intact()) return fail() << "wrote beside the destination";
+    if (!space.src.Intact() || std::memcmp(src, source_.data(), source_.size()) != 0) {
         return fail() << "wrote into the source";
     }
     if (!space.xMap.Unchanged(xMap_, columns) || !space.yMap.Unchanged(yMap_, rows)) {
@@ -137,8 +137,8 @@ testing::AssertionResult KernelTrial::Run(ScaleKernel kernel, const std::vector<
 
 testing::AssertionResult KernelTrial::Matches(ScaleKernel kernel, ScaleOracle oracle) const {
     const std::vector<uint8_t> expected = Expect(oracle);
-    const auto behind = Run(kernel, expected, Guard::Behind);
-    return behind ? Run(kernel, expected, Guard::InFront) : behind;
+    const auto behind = Run(kernel, expected, BufferGuard::kPageAfter);
+    return behind ? Run(kernel, expected, BufferGuard::kPageBefore) : behind;
 }
 
 std::vector<uint8_t> KernelTrial::Output(ScaleKernel kernel) const {
@@ -147,8 +147,8 @@ std::vector<uint8_t> KernelTrial::Output(ScaleKernel kernel) const {
     const auto rows = static_cast<size_t>(std::abs(shape_.dstHeight));
     kernel(written.data(), source_.data(), shape_.dstWidth, shape_.dstHeight, shape_.srcWidth,
            shape_.srcHeight,
-           space.xMap.Place(xMap_, static_cast<size_t>(shape_.dstWidth), Guard::Behind),
-           space.yMap.Place(yMap_, rows, Guard::Behind));
+           space.xMap.Place(xMap_, static_cast<size_t>(shape_.dstWidth), BufferGuard::kPageAfter),
+           space.yMap.Place(yMap_, rows, BufferGuard::kPageAfter));
     return written;
 }
 

@@ -11,9 +11,9 @@
 #include "resample/scale_kernel.h"
 #include "tests/resample/oracle/axis_oracle.h"
 #include "tests/resample/oracle/planar_oracle.h"
-#include "tests/resample/support/guarded_buffer.h"
 #include "tests/resample/support/picture_layout.h"
 #include "tests/resample/support/test_data.h"
+#include "tests/support/guarded_buffer.h"
 
 namespace tavo::test {
 
@@ -37,7 +37,7 @@ class KernelTrial {
     // then holds exactly these bytes, nothing else changed, the result is the number of rows and
     // the x87 registers are left empty.
     testing::AssertionResult Run(ScaleKernel kernel, const std::vector<uint8_t>& expected,
-                                 Guard guard) const;
+                                 BufferGuard guard) const;
 
     // Run against the oracle at both guards.
     testing::AssertionResult Matches(ScaleKernel kernel, ScaleOracle oracle) const;

@@ -1,7 +1,7 @@
 // That the check for "missing emms" sees a register in use, without which its silence means
 // nothing.
 
-#include "tests/resample/support/x87_state.h"
+#include "tests/support/x87_state.h"
 
 #include <gtest/gtest.h>
 
