@@ -2,21 +2,11 @@
 
 #include "tests/kernel_check/backends.h"
 
-#include "cpu/cpu_level.h"
 #include "resample/kernel_table.h"
 #include "resample/row_ops/instruction_sets.h"
+#include "tests/resample/support/forced_level.h"
 
-namespace tavo::check {
-namespace {
-
-bool CanRunLevel(int level) {
-    const int own = GetCpuLevel();
-    if (level == 0) return true;
-    return level == 2 ? own == 2 : own >= 1;
-}
-
-}  // namespace
-
+namespace tavo::test {
 std::vector<Backend> RunnableBackends() {
     std::vector<Backend> backends;
     for (const InstructionSetInfo& info : InstructionSets()) {
@@ -44,4 +34,4 @@ void Activate(const Backend& backend) {
     }
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

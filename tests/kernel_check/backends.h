@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-namespace tavo::check {
+namespace tavo::test {
 
 struct Backend {
     std::string name;
@@ -21,4 +21,4 @@ std::vector<Backend> RunnableBackends();
 
 void Activate(const Backend& backend);
 
-}  // namespace tavo::check
+}  // namespace tavo::test

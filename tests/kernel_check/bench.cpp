@@ -5,11 +5,13 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <optional>
 
 #include "resample/kernel_table.h"
 #include "tests/kernel_check/walk.h"
+#include "tests/resample/support/engine_map.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -58,31 +60,26 @@ void Print(const std::string& label, double nanoseconds, double bytes) {
 }
 
 void BenchScaleRow(const ScaleRow& row, const Backend& backend, const std::string& filter) {
-    const CasePlan plan{row.axis, SizesOf(row.axis), MapKind::OfSizes, test::Pattern::Random, 1};
+    const CasePlan plan{row.axis, SizesOf(row.axis), MapKind::OfSizes, Pattern::Random, 1};
     const Sizes& sizes = plan.sizes;
     const size_t size = static_cast<size_t>(StrideOf(row.format, sizes.dstWidth)) *
                         static_cast<size_t>(sizes.dstHeight);
     Source source{row.format, 0, 0, {}};
-    Maps maps;
-    std::vector<uint8_t> weights[2];
+    std::optional<EngineMap> xMap, yMap;
     std::vector<uint8_t> dst(size + 8);
     for (int slot = 3; slot < kKernelSlots; ++slot) {
         const std::string label = LabelOf(row, slot, backend);
         if (!CoversSlot(backend, slot) || !Matches(label, filter)) continue;
         if (source.bytes.empty()) {
             source = MakeSource(row.format, plan);
-            maps = MakeMaps(plan);
-            weights[0].assign(maps.x.weights.begin(), maps.x.weights.end());
-            weights[1].assign(maps.y.weights.begin(), maps.y.weights.end());
+            const Maps maps = MakeMaps(plan);
+            xMap.emplace(maps.x);
+            yMap.emplace(maps.y);
         }
-        const AxisMap xMap{sizes.dstWidth, sizes.srcWidth, 8, weights[0].data(),
-                           maps.x.indices.data()};
-        const AxisMap yMap{sizes.dstHeight, sizes.srcHeight, 8, weights[1].data(),
-                           maps.y.indices.data()};
         const ScaleKernel kernel = KernelTable[row.row][slot].scale;
         const double each = Measure([&] {
             kernel(dst.data(), source.bytes.data(), sizes.dstWidth, sizes.dstHeight, sizes.srcWidth,
-                   sizes.srcHeight, &xMap, &yMap);
+                   sizes.srcHeight, xMap->Record(), yMap->Record());
         });
         Print(label, each, static_cast<double>(size));
     }
@@ -115,4 +112,4 @@ int Bench(const std::string& filter) {
     return 0;
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -3,24 +3,17 @@
 #include <algorithm>
 
 #include "tests/kernel_check/cases.h"
-#include "tests/resample/oracle/axis_oracle.h"
+#include "tests/kernel_oracle/axis_entries.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
-
-using test::Random;
 
 constexpr int kDifferences = 511;  // of two bytes
 
-Entries EntriesOfSizes(int srcLen, int dstLen) {
-    const test::OracleMap map = test::MakeOracleMap(srcLen, dstLen);
-    return {{map.indices.begin(), map.indices.end()}, {map.weights.begin(), map.weights.end()}};
-}
-
 // Never decreasing, with repeated indices, single steps and leaps.
-Entries RandomEntries(int srcLen, int dstLen, Random& random) {
+AxisEntries RandomEntries(int srcLen, int dstLen, Random& random) {
     constexpr int kSteps[] = {0, 0, 1, 1, 1, 1, 2, 3, 9};
-    Entries entries;
+    AxisEntries entries;
     const int reach = random.Between(1, 9);
     int index = random.Between(0, 3) == 0 ? random.Between(0, srcLen - 1) : 0;
     for (int i = 0; i < dstLen; ++i) {
@@ -33,8 +26,8 @@ Entries RandomEntries(int srcLen, int dstLen, Random& random) {
 }
 
 // Two samples to each entry, those at 4i + 1 and 4i + 2.
-Entries EveryWeight(int dstLen) {
-    Entries entries;
+AxisEntries EveryWeight(int dstLen) {
+    AxisEntries entries;
     for (int i = 0; i < dstLen; ++i) {
         entries.indices.push_back(4 * i + 1);
         entries.weights.push_back(i % 256);
@@ -42,8 +35,8 @@ Entries EveryWeight(int dstLen) {
     return entries;
 }
 
-Entries Unchanged(int length) {
-    Entries entries;
+AxisEntries Unchanged(int length) {
+    AxisEntries entries;
     for (int i = 0; i < length; ++i) {
         entries.indices.push_back(i);
         entries.weights.push_back(0);
@@ -97,8 +90,8 @@ Source MakeSource(Format format, const CasePlan& plan) {
     switch (plan.maps) {
         case MapKind::OfSizes:
         case MapKind::Random:
-            source.bytes = test::MakeBytes(plan.pattern, StrideOf(format, sizes.srcWidth),
-                                           sizes.srcHeight, plan.seed);
+            source.bytes = MakeBytes(plan.pattern, StrideOf(format, sizes.srcWidth),
+                                     sizes.srcHeight, plan.seed);
             break;
         case MapKind::EveryWeightX: source.bytes = PairsAcross(format, sizes, random); break;
         case MapKind::EveryWeightY: source.bytes = PairsDown(format, sizes, random); break;
@@ -114,8 +107,8 @@ Maps MakeMaps(const CasePlan& plan) {
         case MapKind::Random: {
             // Kernels of unchanged height are given row for row.
             const bool rowForRow = plan.axis != Axis::Both && plan.axis != Axis::Vertical;
-            const Entries x = RandomEntries(sizes.srcWidth, sizes.dstWidth, random);
-            return {x, rowForRow ? EntriesOfSizes(sizes.srcHeight, sizes.dstHeight)
+            const AxisEntries x = RandomEntries(sizes.srcWidth, sizes.dstWidth, random);
+            return {x, rowForRow ? MakeAxisEntries(sizes.srcHeight, sizes.dstHeight)
                                  : RandomEntries(sizes.srcHeight, sizes.dstHeight, random)};
         }
         case MapKind::EveryWeightX:
@@ -123,8 +116,8 @@ Maps MakeMaps(const CasePlan& plan) {
         case MapKind::EveryWeightY:
             return {Unchanged(sizes.dstWidth), EveryWeight(sizes.dstHeight)};
     }
-    return {EntriesOfSizes(sizes.srcWidth, sizes.dstWidth),
-            EntriesOfSizes(sizes.srcHeight, sizes.dstHeight)};
+    return {MakeAxisEntries(sizes.srcWidth, sizes.dstWidth),
+            MakeAxisEntries(sizes.srcHeight, sizes.dstHeight)};
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

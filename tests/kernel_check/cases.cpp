@@ -3,11 +3,8 @@
 
 #include "tests/kernel_check/cases.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
-
-using test::Pattern;
-using test::Random;
 
 constexpr int kShortest = 1;
 constexpr int kLongestShort = 40;
@@ -55,7 +52,7 @@ class Planner {
             sizes.srcHeight = sizes.dstHeight;
         }
         const size_t count = plans_.size();
-        const Pattern extreme = test::kPatterns[count / 3 % std::size(test::kPatterns)];
+        const Pattern extreme = kPatterns[count / 3 % std::size(kPatterns)];
         const Pattern pattern = count % 3 == 2 ? extreme : Pattern::Random;
         plans_.push_back({row_.axis, sizes, maps, pattern, effort_.seed * 1000003 + count});
     }
@@ -203,7 +200,7 @@ std::string Describe(const CasePlan& plan) {
     }
     return size(plan.sizes.srcWidth, plan.sizes.srcHeight) + " to " +
            size(plan.sizes.dstWidth, plan.sizes.dstHeight) + maps + ", data " +
-           test::NameOf(plan.pattern) + ", seed " + std::to_string(plan.seed);
+           NameOf(plan.pattern) + ", seed " + std::to_string(plan.seed);
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
-#include "tests/kernel_check/kernel_rows.h"
+#include "tests/resample/support/expected_table.h"
 #include "tests/resample/support/test_data.h"
 
-namespace tavo::check {
+namespace tavo::test {
 
 struct Sizes {
     int srcWidth;
@@ -29,7 +29,7 @@ struct CasePlan {
     Axis axis;
     Sizes sizes;
     MapKind maps;
-    test::Pattern pattern;
+    Pattern pattern;
     uint64_t seed;
 };
 
@@ -49,4 +49,4 @@ Maps MakeMaps(const CasePlan& plan);
 
 std::string Describe(const CasePlan& plan);
 
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -5,34 +5,16 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "tests/resample/oracle/axis_oracle.h"
+#include "tests/kernel_oracle/axis_entries.h"
+#include "tests/resample/support/engine_map.h"
 #include "tests/resample/support/test_data.h"
 #include "tests/support/guarded_buffer.h"
 #include "tests/support/x87_state.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 constexpr uint8_t kSourcePadding = 0x3c;
-
-Entries EntriesOf(int srcLen, int dstLen) {
-    if (dstLen == 0) return {};
-    const test::OracleMap map = test::MakeOracleMap(srcLen, dstLen);
-    return {{map.indices.begin(), map.indices.end()}, {map.weights.begin(), map.weights.end()}};
-}
-
-struct EngineMap {
-    explicit EngineMap(const Entries& entries)
-        : weights(entries.weights.begin(), entries.weights.end()),
-          indices(entries.indices.begin(), entries.indices.end()),
-          record{static_cast<int32_t>(indices.size()), 0, 8, weights.data(), indices.data()} {}
-    EngineMap(const EngineMap&) = delete;
-    EngineMap& operator=(const EngineMap&) = delete;
-
-    std::vector<uint8_t> weights;
-    std::vector<int32_t> indices;
-    AxisMap record;
-};
 
 std::vector<Backend> InstructionSets() {
     std::vector<Backend> sets;
@@ -95,34 +77,34 @@ Picture MakeWords(Format format, const std::vector<int>& row) {
 
 Picture RandomPicture(Format format, int width, int height, uint64_t seed) {
     Picture picture{format, width, height, {}};
-    picture.bytes = test::MakeBytes(test::Pattern::Random, picture.Stride(), height, seed);
+    picture.bytes = MakeBytes(Pattern::Random, picture.Stride(), height, seed);
     return picture;
 }
 
 Picture Scale(ScaleKernel kernel, const Picture& source, Size size) {
-    return ScaleWith(kernel, source, size, EntriesOf(source.width, size.width),
-                     EntriesOf(source.height, size.height));
+    return ScaleWith(kernel, source, size, MakeAxisEntries(source.width, size.width),
+                     MakeAxisEntries(source.height, size.height));
 }
 
-Picture ScaleWith(ScaleKernel kernel, const Picture& source, Size size, const Entries& x,
-                  const Entries& y) {
-    static test::GuardedBuffer buffer;
-    uint8_t* src = buffer.Place(source.bytes.size(), test::BufferGuard::kPageAfter, 0);
+Picture ScaleWith(ScaleKernel kernel, const Picture& source, Size size, const AxisEntries& x,
+                  const AxisEntries& y) {
+    static GuardedBuffer buffer;
+    uint8_t* src = buffer.Place(source.bytes.size(), BufferGuard::kPageAfter, 0);
     std::memcpy(src, source.bytes.data(), source.bytes.size());
     const EngineMap xMap(x);
     const EngineMap yMap(y);
     Picture out{source.format, size.width, std::abs(size.height), {}};
     out.bytes.assign(static_cast<size_t>(out.Stride() * out.height + kBytesBehind), kLeftAlone);
     const int32_t rows = kernel(out.bytes.data(), src, size.width, size.height, source.width,
-                                source.height, &xMap.record, &yMap.record);
-    EXPECT_EQ(test::X87TagWord(), test::kEmptyTagWord);
+                                source.height, xMap.Record(), yMap.Record());
+    EXPECT_EQ(X87TagWord(), kEmptyTagWord);
     EXPECT_EQ(rows, out.height);
     return out;
 }
 
-Picture ScaleRowWith(ScaleKernel kernel, const Picture& source, const Entries& x) {
+Picture ScaleRowWith(ScaleKernel kernel, const Picture& source, const AxisEntries& x) {
     return ScaleWith(kernel, source, {static_cast<int>(x.indices.size()), source.height}, x,
-                     EntriesOf(source.height, source.height));
+                     MakeAxisEntries(source.height, source.height));
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -11,9 +11,9 @@
 
 #include "resample/scale_kernel.h"
 #include "tests/kernel_check/backends.h"
-#include "tests/kernel_check/oracle/picture.h"
+#include "tests/kernel_oracle/picture.h"
 
-namespace tavo::check {
+namespace tavo::test {
 
 using Bytes = std::vector<uint8_t>;
 
@@ -63,12 +63,12 @@ struct Size {
 Picture Scale(ScaleKernel kernel, const Picture& source, Size size);
 
 // The same with maps of one's own.
-Picture ScaleWith(ScaleKernel kernel, const Picture& source, Size size, const Entries& x,
-                  const Entries& y);
+Picture ScaleWith(ScaleKernel kernel, const Picture& source, Size size, const AxisEntries& x,
+                  const AxisEntries& y);
 
 // With a map for the width only; rows are taken one by one.
-Picture ScaleRowWith(ScaleKernel kernel, const Picture& source, const Entries& x);
+Picture ScaleRowWith(ScaleKernel kernel, const Picture& source, const AxisEntries& x);
 
 constexpr int kBytesBehind = 8;
 
-}  // namespace tavo::check
+}  // namespace tavo::test

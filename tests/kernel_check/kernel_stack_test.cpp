@@ -12,11 +12,11 @@
 #include "resample/axis_map.h"
 #include "resample/kernel_table.h"
 #include "tests/kernel_check/backends.h"
-#include "tests/kernel_check/kernel_rows.h"
+#include "tests/resample/support/expected_table.h"
 #include "tests/resample/support/held_memory.h"
 #include "tests/resample/support/test_data.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 constexpr size_t kMostStack = 16 * 1024;
@@ -146,7 +146,7 @@ class Walk {
     static constexpr size_t kPictureBytes = 4096 * 3 * 8;
     Use& use_;
     std::vector<uint8_t> src_ =
-        test::MakeBytes(test::Pattern::Random, static_cast<int32_t>(kPictureBytes), 1, 41);
+        MakeBytes(Pattern::Random, static_cast<int32_t>(kPictureBytes), 1, 41);
     std::vector<uint8_t> dst_ = std::vector<uint8_t>(kPictureBytes);
 };
 
@@ -189,7 +189,7 @@ void ExpectLittleStack() {
 TEST_F(KernelStack, NoKernelUsesMoreThan16KB) { ExpectLittleStack(); }
 
 TEST_F(KernelStack, NoneUsesMoreWithMemoryOfItsOwn) {
-    const test::HeldMemory held;
+    const HeldMemory held;
     ExpectLittleStack();
 }
 
@@ -197,9 +197,9 @@ TEST_F(KernelStack, KernelsRunOnAThreadOf64KB) {
     const auto run = [](const std::string&, const auto& call) { call(); };
     Walk walk(run);
     RunOnThread(kHostStack, walk);
-    const test::HeldMemory held;
+    const HeldMemory held;
     RunOnThread(kHostStack, walk);
 }
 
 }  // namespace
-}  // namespace tavo::check
+}  // namespace tavo::test

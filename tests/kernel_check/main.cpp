@@ -14,7 +14,7 @@
 namespace {
 
 using namespace tavo;
-using namespace tavo::check;
+using namespace tavo::test;
 
 constexpr char kUsage[] =
     "Usage: kernel_check [--seed N] [--filter TEXT] [--list] [--quick] [--small-memory]\n"
@@ -99,7 +99,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     FillKernelTable();
-    std::optional<test::HeldMemory> held;
+    std::optional<HeldMemory> held;
     if (options.smallMemory) held.emplace();
     switch (options.action) {
         case Action::List: return List(options.walk);

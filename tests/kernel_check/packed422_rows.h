@@ -8,7 +8,7 @@
 #include "resample/packed422/packed422_kernels.h"
 #include "tests/kernel_check/figures.h"
 
-namespace tavo::check {
+namespace tavo::test {
 
 struct PackedGroup {
     int even;  // luma
@@ -71,4 +71,4 @@ constexpr NamedKernel kFixed640Uyvy[] = {
     NAMED(ScaleBilinearH640To480_UYVY_Portable), NAMED(ScaleBilinearH640To480_UYVY_MMX),
     NAMED(ScaleBilinearH640To480_UYVY_SSE)};
 
-}  // namespace tavo::check
+}  // namespace tavo::test

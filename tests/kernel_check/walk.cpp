@@ -5,9 +5,9 @@
 #include <cstdio>
 
 #include "resample/kernel_table.h"
-#include "tests/kernel_check/trial.h"
+#include "tests/resample/support/kernel_caller.h"
 
-namespace tavo::check {
+namespace tavo::test {
 
 void Tally::Fail(const std::string& label, const std::string& what, const std::string& where) {
     constexpr int kShown = 2;
@@ -29,15 +29,14 @@ bool CoversSlot(const Backend& backend, int slot) {
 }
 
 std::string LabelOf(const ScaleRow& row, int slot, const Backend& backend) {
-    const int source = ScaleSource(row.row, slot, backend.level, backend.speedClass);
+    const char* kernel = row.InSlot(slot, backend.level, backend.speedClass).name;
     return "row " + std::to_string(row.row) + " " + NameOf(row.format) + " " + NameOf(row.axis) +
-           " slot " + std::to_string(slot) + " " + row.InSlot(source).name + ", " + backend.name;
+           " slot " + std::to_string(slot) + " " + kernel + ", " + backend.name;
 }
 
 std::string LabelOf(const CopyRow& row, int slot, const Backend& backend) {
     return "row " + std::to_string(row.row) + " " + NameOf(row.formats[0]) + " Copy slot " +
-           std::to_string(slot) + " " + row.InSlot(CopySource(slot, backend.level)).name + ", " +
-           backend.name;
+           std::to_string(slot) + " " + row.InSlot(slot, backend.level).name + ", " + backend.name;
 }
 
 namespace {
@@ -71,12 +70,11 @@ constexpr size_t kBlock = 8;
 // Every slot of one case.
 class CopyCaseRun {
   public:
-    CopyCaseRun(const CopyRow& row, const CopyCase& plan, Workspace& workspace, Tally& tally)
-        : row_(row), plan_(plan), workspace_(workspace), tally_(tally) {
+    CopyCaseRun(const CopyRow& row, const CopyCase& plan, KernelCaller& caller, Tally& tally)
+        : row_(row), plan_(plan), caller_(caller), tally_(tally) {
         const size_t picture = static_cast<size_t>(StrideOf(plan.format, plan.width)) *
                                static_cast<size_t>(plan.height);
-        bytes_ = test::MakeBytes(test::Pattern::Random, static_cast<int32_t>(picture + kBlock), 1,
-                                 plan.seed);
+        bytes_ = MakeBytes(Pattern::Random, static_cast<int32_t>(picture + kBlock), 1, plan.seed);
     }
 
     void Run(const Backend& backend, const std::string& filter) {
@@ -84,14 +82,13 @@ class CopyCaseRun {
         for (int slot = 0; slot < kKernelSlots; ++slot) {
             const std::string label = LabelOf(row_, slot, backend);
             if (!CoversSlot(backend, slot) || !Matches(label, filter)) continue;
-            const ExpectedCopy& expected = row_.InSlot(CopySource(slot, backend.level));
+            const ExpectedCopy& expected = row_.InSlot(slot, backend.level);
             if (KernelTable[row_.row][slot].copy != expected.kernel) {
                 tally_.Fail(label, "another kernel stands in this slot", "");
                 continue;
             }
             for (int sign : {1, -1}) {
-                for (test::BufferGuard guard :
-                     {test::BufferGuard::kPageAfter, test::BufferGuard::kPageBefore}) {
+                for (BufferGuard guard : {BufferGuard::kPageAfter, BufferGuard::kPageBefore}) {
                     Try(expected, sign, guard, label);
                 }
             }
@@ -99,23 +96,22 @@ class CopyCaseRun {
     }
 
   private:
-    void Try(const ExpectedCopy& expected, int sign, test::BufferGuard guard,
-             const std::string& label) {
+    void Try(const ExpectedCopy& expected, int sign, BufferGuard guard, const std::string& label) {
         const std::string where =
             std::string(NameOf(plan_.format)) + " " + std::to_string(plan_.width) + "x" +
             std::to_string(plan_.height * sign) + ", seed " + std::to_string(plan_.seed) +
-            (guard == test::BufferGuard::kPageAfter ? ", guard behind" : ", guard in front");
-        test::SetCurrentTrial((label + ": " + where).c_str());
+            (guard == BufferGuard::kPageAfter ? ", guard behind" : ", guard in front");
+        SetCurrentTrial((label + ": " + where).c_str());
         Source source{plan_.format, plan_.width, plan_.height, bytes_};
         Canvas canvas(plan_.format, plan_.width, plan_.height * sign);
         const Maps none;
         expected.oracle(canvas, source, none);
         source.bytes.resize(canvas.Size());
-        workspace_.Place(source, none, guard);
+        caller_.Place(source, none, guard);
         turn_ = (turn_ + 4) % 16;
         const std::string wrong =
-            workspace_.Run(expected.kernel, Expectation(canvas), plan_.width, plan_.height * sign,
-                           BytesPerPixel(plan_.format) * 8, turn_);
+            caller_.Run(expected.kernel, Expectation(canvas), plan_.width, plan_.height * sign,
+                        BytesPerPixel(plan_.format) * 8, turn_);
         if (wrong.empty()) {
             tally_.Pass();
         } else {
@@ -125,7 +121,7 @@ class CopyCaseRun {
 
     const CopyRow& row_;
     const CopyCase& plan_;
-    Workspace& workspace_;
+    KernelCaller& caller_;
     Tally& tally_;
     std::vector<uint8_t> bytes_;
     unsigned turn_ = 0;
@@ -137,10 +133,10 @@ void WalkCopyRow(const CopyRow& row, const WalkOptions& options, Tally& tally) {
     const Tally before = tally;
     const std::vector<CopyCase> cases = PlanCopies(row, options.effort);
     const std::vector<Backend> backends = RunnableBackends();
-    Workspace workspace;
+    KernelCaller caller;
     size_t turn = 0;
     for (const CopyCase& plan : cases) {
-        CopyCaseRun run(row, plan, workspace, tally);
+        CopyCaseRun run(row, plan, caller, tally);
         const bool withLevels = turn++ % (options.effort.quick ? 40 : 8) == 0;
         for (const Backend& backend : backends) {
             if (backend.isLevel && !withLevels) continue;
@@ -156,4 +152,4 @@ void WalkCopyRow(const CopyRow& row, const WalkOptions& options, Tally& tally) {
     std::fflush(stdout);
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -8,7 +8,7 @@
 #include "tests/kernel_check/backends.h"
 #include "tests/kernel_check/cases.h"
 
-namespace tavo::check {
+namespace tavo::test {
 
 struct WalkOptions {
     Effort effort;
@@ -44,4 +44,4 @@ bool CoversSlot(const Backend& backend, int slot);
 void WalkScaleRow(const ScaleRow& row, const WalkOptions& options, Tally& tally);
 void WalkCopyRow(const CopyRow& row, const WalkOptions& options, Tally& tally);
 
-}  // namespace tavo::check
+}  // namespace tavo::test

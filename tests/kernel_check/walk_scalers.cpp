@@ -5,10 +5,10 @@
 #include <map>
 
 #include "resample/kernel_table.h"
-#include "tests/kernel_check/trial.h"
 #include "tests/kernel_check/walk.h"
+#include "tests/resample/support/kernel_caller.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 // One slot with one backend.
@@ -30,8 +30,8 @@ std::vector<BackendTasks> PlanTasks(const ScaleRow& row, const std::string& filt
         for (int slot = 0; slot < kKernelSlots; ++slot) {
             const std::string label = LabelOf(row, slot, backend);
             if (!CoversSlot(backend, slot) || !Matches(label, filter)) continue;
-            const int source = ScaleSource(row.row, slot, backend.level, backend.speedClass);
-            entry.tasks.push_back({slot, &row.InSlot(source), label});
+            entry.tasks.push_back(
+                {slot, &row.InSlot(slot, backend.level, backend.speedClass), label});
         }
         if (!entry.tasks.empty()) plan.push_back(entry);
     }
@@ -59,33 +59,32 @@ CallStyle StyleOf(const ScaleRow& row, const Sizes& sizes, unsigned turn) {
 
 class CaseRun {
   public:
-    CaseRun(const ScaleRow& row, const CasePlan& plan, Workspace& workspace, Tally& tally)
+    CaseRun(const ScaleRow& row, const CasePlan& plan, KernelCaller& caller, Tally& tally)
         : row_(row),
           plan_(plan),
           source_(MakeSource(row.format, plan)),
           maps_(MakeMaps(plan)),
-          workspace_(workspace),
+          caller_(caller),
           tally_(tally) {}
 
     void Run(const std::vector<BackendTasks>& plan, bool withLevels) {
-        for (test::BufferGuard guard :
-             {test::BufferGuard::kPageAfter, test::BufferGuard::kPageBefore}) {
+        for (BufferGuard guard : {BufferGuard::kPageAfter, BufferGuard::kPageBefore}) {
             RunAtPitch(plan, guard, 0, withLevels);
         }
         // Planes are the ones whose sources pad their rows.
         if (row_.format != Format::Planar) return;
         const int padding = 1 + static_cast<int>(plan_.seed % kMostPadding);
-        const test::BufferGuard guard =
-            plan_.seed % 2 ? test::BufferGuard::kPageAfter : test::BufferGuard::kPageBefore;
+        const BufferGuard guard =
+            plan_.seed % 2 ? BufferGuard::kPageAfter : BufferGuard::kPageBefore;
         RunAtPitch(plan, guard, plan_.sizes.srcWidth + padding, withLevels);
     }
 
   private:
     static constexpr int kMostPadding = 17;
 
-    void RunAtPitch(const std::vector<BackendTasks>& plan, test::BufferGuard guard, int pitch,
+    void RunAtPitch(const std::vector<BackendTasks>& plan, BufferGuard guard, int pitch,
                     bool withLevels) {
-        workspace_.Place(source_, maps_, guard, pitch);
+        caller_.Place(source_, maps_, guard, pitch);
         guard_ = guard;
         pitch_ = pitch;
         for (const BackendTasks& entry : plan) {
@@ -106,10 +105,10 @@ class CaseRun {
             CallStyle style = StyleOf(row_, plan_.sizes, turn_++);
             if (pitch_ != 0) style.withXMap = true;
             const std::string where = Where(sign, style);
-            test::SetCurrentTrial((task.label + ": " + where).c_str());
+            SetCurrentTrial((task.label + ": " + where).c_str());
             const std::string wrong =
-                workspace_.Run(kernel, ExpectationOf(task.expected->oracle, sign),
-                               plan_.sizes.dstWidth, plan_.sizes.dstHeight * sign, style);
+                caller_.Run(kernel, ExpectationOf(task.expected->oracle, sign),
+                            plan_.sizes.dstWidth, plan_.sizes.dstHeight * sign, style);
             if (wrong.empty()) {
                 tally_.Pass();
             } else {
@@ -124,7 +123,7 @@ class CaseRun {
                std::to_string(style.srcHeight) +
                (pitch_ != 0 ? ", pitch " + std::to_string(pitch_) : "") +
                (style.withXMap ? "" : ", no xMap") + (style.withYMap ? "" : ", no yMap") +
-               (guard_ == test::BufferGuard::kPageAfter ? ", guard behind" : ", guard in front");
+               (guard_ == BufferGuard::kPageAfter ? ", guard behind" : ", guard in front");
     }
 
     const Expectation& ExpectationOf(Oracle oracle, int sign) {
@@ -140,9 +139,9 @@ class CaseRun {
     const CasePlan& plan_;
     const Source source_;
     const Maps maps_;
-    Workspace& workspace_;
+    KernelCaller& caller_;
     Tally& tally_;
-    test::BufferGuard guard_ = test::BufferGuard::kPageAfter;
+    BufferGuard guard_ = BufferGuard::kPageAfter;
     int pitch_ = 0;
     unsigned turn_ = 0;
     mutable std::string description_;
@@ -156,12 +155,12 @@ void WalkScaleRow(const ScaleRow& row, const WalkOptions& options, Tally& tally)
     if (tasks.empty()) return;
     const Tally before = tally;
     const std::vector<CasePlan> cases = PlanCases(row, options.effort);
-    Workspace workspace;
+    KernelCaller caller;
     // Levels choose among kernels that each instruction set is tried with in full.
     const size_t share = options.effort.quick ? 60 : 16;
     size_t turn = 0;
     for (const CasePlan& plan : cases) {
-        CaseRun(row, plan, workspace, tally).Run(tasks, turn++ % share == 0);
+        CaseRun(row, plan, caller, tally).Run(tasks, turn++ % share == 0);
     }
     const uint64_t passed = tally.Passed() - before.Passed();
     const uint64_t failed = tally.Failed() - before.Failed();
@@ -172,4 +171,4 @@ void WalkScaleRow(const ScaleRow& row, const WalkOptions& options, Tally& tally)
     std::fflush(stdout);
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

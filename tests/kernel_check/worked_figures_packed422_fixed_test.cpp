@@ -4,7 +4,7 @@
 #include "resample/packed422/packed422_kernels.h"
 #include "tests/kernel_check/packed422_rows.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 struct Family {
@@ -158,4 +158,4 @@ TEST_P(Figures, PackedThreeToTwoKeepsPortableKernelsInAutomaticSlots) {
 }
 
 }  // namespace
-}  // namespace tavo::check
+}  // namespace tavo::test

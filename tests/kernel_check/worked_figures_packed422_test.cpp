@@ -7,7 +7,7 @@
 #include "tests/kernel_check/figures.h"
 #include "tests/kernel_check/packed422_rows.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 struct OfFormat {
@@ -42,8 +42,8 @@ bool RoundsUp(ScaleKernel kernel) {
     return std::find(std::begin(kSse), std::end(kSse), kernel) != std::end(kSse);
 }
 
-Entries OneToOne(int count, int weight) {
-    Entries entries;
+AxisEntries OneToOne(int count, int weight) {
+    AxisEntries entries;
     for (int i = 0; i < count; ++i) {
         entries.indices.push_back(i);
         entries.weights.push_back(weight);
@@ -153,7 +153,7 @@ TEST_P(Figures, PackedWidthSourceHeightAndVerticalMapHaveNoEffect) {
     const auto expectNoEffect = [](const OfFormat& k, int srcWidth, int dstWidth) {
         Picture source = RandomPicture(k.format, srcWidth, 3, 45);
         const Picture usual = Scale(k.kernel.kernel, source, {dstWidth, 3});
-        Entries x = OneToOne(dstWidth, 0);
+        AxisEntries x = OneToOne(dstWidth, 0);
         for (int i = 0; i < dstWidth; ++i)
             x.indices[static_cast<size_t>(i)] = i * srcWidth / dstWidth;
         const Picture mapped = ScaleRowWith(k.kernel.kernel, source, x);
@@ -226,4 +226,4 @@ TEST_P(Figures, PackedWidthSseDiffersByOneInChromaOnlyAndUpward) {
 }
 
 }  // namespace
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -3,7 +3,7 @@
 #include "resample/planar/planar_kernels.h"
 #include "tests/kernel_check/figures.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 constexpr NamedKernel kBilinearH[] = {NAMED(ScaleBilinearH_Planar_Portable),
@@ -130,4 +130,4 @@ TEST_P(Figures, PlanarFixedRatiosGiveOtherBytesThanTheMap) {
 }
 
 }  // namespace
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -3,7 +3,7 @@
 #include "resample/rgb16/rgb16_kernels.h"
 #include "tests/kernel_check/figures.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 constexpr NamedKernel kBoth555[] = {NAMED(ScaleBilinear_RGB555_Portable),
@@ -178,4 +178,4 @@ TEST_P(Figures, Rgb16FourToThreeBlendsInThirds) {
 }
 
 }  // namespace
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -3,7 +3,7 @@
 #include "resample/rgb24/rgb24_kernels.h"
 #include "tests/kernel_check/figures.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 constexpr NamedKernel kBilinear[] = {NAMED(ScaleBilinear_RGB24_Portable),
@@ -61,7 +61,7 @@ TEST_P(Figures, Rgb24ColoursAreBlendedIndependently) {
     const Bytes upper = {255, 0, 7, 0, 255, 7};
     const Bytes lower = {0, 255, 7, 255, 0, 7};
     const Picture source = MakePicture(Format::Rgb24, 2, {upper, lower});
-    const Entries half = {{0, 1}, {128, 128}};
+    const AxisEntries half = {{0, 1}, {128, 128}};
     for (const NamedKernel& k : kBilinear) {
         const Picture out = ScaleWith(k.kernel, source, {2, 2}, half, half);
         // Down: 255 + (-255 * 128 >> 8) = 127 and 0 + (255 * 128 >> 8) = 127.
@@ -71,7 +71,7 @@ TEST_P(Figures, Rgb24ColoursAreBlendedIndependently) {
 
 TEST_P(Figures, Rgb24LastRowBlendsBackToTheUpperLeftPixel) {
     const Picture source = MakePicture(Format::Rgb24, 2, {Grey({100, 200})});
-    const Entries half = {{0, 1}, {128, 0}};
+    const AxisEntries half = {{0, 1}, {128, 0}};
     for (const NamedKernel& k : kBilinear) {
         // right = 200 + ((100 - 200) * 64 >> 8) = 175; 100 + ((175 - 100) * 128 >> 8) = 137.
         const Picture out = ScaleWith(k.kernel, source, {2, 1}, half, {{0}, {64}});
@@ -96,7 +96,7 @@ TEST_P(Figures, Rgb24OnePixelWideSourceRepeatsThatPixel) {
 
 TEST_P(Figures, Rgb24WeightZeroYieldsThePixelItself) {
     const Picture source = RandomPicture(Format::Rgb24, 40, 1, 2);
-    Entries entries;
+    AxisEntries entries;
     for (int i = 0; i < 40; ++i) {
         entries.indices.push_back(i);
         entries.weights.push_back(0);
@@ -259,4 +259,4 @@ TEST_P(Figures, Rgb24ANegativeHeightStoresTheFirstRowLast) {
 }
 
 }  // namespace
-}  // namespace tavo::check
+}  // namespace tavo::test

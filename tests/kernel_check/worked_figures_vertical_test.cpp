@@ -6,7 +6,7 @@
 #include "resample/rgb24/rgb24_kernels.h"
 #include "tests/kernel_check/figures.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 struct OfFormat {
@@ -164,4 +164,4 @@ TEST_P(Figures, VerticalRgb555ClearsBit15WhenBilinearAndCopiesItWhenNearest) {
 }
 
 }  // namespace
-}  // namespace tavo::check
+}  // namespace tavo::test

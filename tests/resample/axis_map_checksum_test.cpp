@@ -6,7 +6,7 @@
 #include <cmath>
 
 #include "resample/axis_map.h"
-#include "tests/resample/oracle/axis_oracle.h"
+#include "tests/kernel_oracle/axis_entries.h"
 #include "tests/support/x87_state.h"
 
 namespace tavo::test {
@@ -45,9 +45,10 @@ void AddEngineMap(Checksum& sum, int32_t srcLen, int32_t dstLen) {
 }
 
 void AddOracleMap(Checksum& sum, int32_t srcLen, int32_t dstLen) {
-    const OracleMap map = MakeOracleMap(srcLen, dstLen);
+    const AxisEntries map = MakeAxisEntries(srcLen, dstLen);
     sum.Add(static_cast<uint64_t>(map.srcSpan));
-    for (size_t i = 0; i < map.indices.size(); ++i) sum.AddEntry(map.indices[i], map.weights[i]);
+    for (size_t i = 0; i < map.indices.size(); ++i)
+        sum.AddEntry(map.indices[i], static_cast<uint8_t>(map.weights[i]));
 }
 
 // The map computed in registers as wide as they happen to be.

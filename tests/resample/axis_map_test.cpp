@@ -8,7 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "tests/resample/oracle/axis_oracle.h"
+#include "tests/kernel_oracle/axis_entries.h"
 #include "tests/support/x87_state.h"
 
 namespace tavo::test {
@@ -28,7 +28,7 @@ testing::AssertionResult MatchesOracle(int32_t srcLen, int32_t dstLen) {
         return testing::AssertionFailure() << srcLen << " to " << dstLen << ": ";
     };
     if (!map) return fail() << "no map";
-    const OracleMap expected = MakeOracleMap(srcLen, dstLen);
+    const AxisEntries expected = MakeAxisEntries(srcLen, dstLen);
     const auto count = static_cast<int32_t>(expected.indices.size());
     if (map->count != count) return fail() << "count " << map->count;
     if (map->srcSpan != expected.srcSpan) {
@@ -40,7 +40,7 @@ testing::AssertionResult MatchesOracle(int32_t srcLen, int32_t dstLen) {
         if (map->indices[i] != expected.indices[at] || map->weights[i] != expected.weights[at]) {
             return fail() << "entry " << i << " is " << map->indices[i] << " weight "
                           << int{map->weights[i]} << ", expected " << expected.indices[at]
-                          << " weight " << int{expected.weights[at]};
+                          << " weight " << expected.weights[at];
         }
     }
     return testing::AssertionSuccess();
@@ -211,7 +211,7 @@ TEST(AxisMap, SameUnderEveryX87Setting) {
     for (const X87Setting& setting : kX87Settings) {
         SCOPED_TRACE(setting.name);
         for (const auto& [srcLen, dstLen] : {std::pair{1, 3}, {2, 3}, {640, 480}, {352, 1280}}) {
-            const OracleMap expected = MakeOracleMap(srcLen, dstLen);
+            const AxisEntries expected = MakeAxisEntries(srcLen, dstLen);
             AxisMap* built;
             uint16_t after;
             {
@@ -223,10 +223,8 @@ TEST(AxisMap, SameUnderEveryX87Setting) {
             ASSERT_TRUE(map);
             EXPECT_EQ(after, TAVO_TEST_HAS_X87 ? setting.word : 0);
             EXPECT_EQ(map->srcSpan, expected.srcSpan);
-            EXPECT_EQ(Indices(*map),
-                      std::vector<int>(expected.indices.begin(), expected.indices.end()));
-            EXPECT_EQ(Weights(*map),
-                      std::vector<int>(expected.weights.begin(), expected.weights.end()));
+            EXPECT_EQ(Indices(*map), expected.indices);
+            EXPECT_EQ(Weights(*map), expected.weights);
         }
     }
 }

@@ -6,73 +6,83 @@
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
-#include <vector>
+#include <string>
 
 #include "resample/copy_kernels.h"
 #include "resample/kernel_table.h"
-#include "tests/resample/oracle/copy_oracle.h"
+#include "tests/resample/support/expected_table.h"
 #include "tests/resample/support/forced_level.h"
+#include "tests/resample/support/kernel_caller.h"
 #include "tests/resample/support/test_data.h"
-#include "tests/support/guarded_buffer.h"
-#include "tests/support/x87_state.h"
 
 namespace tavo::test {
 namespace {
 
 constexpr uint8_t kUntouched = 0xa7;
 
-// Both pictures are as long as the copy's own extent says and end, or begin, at a guard page.
-testing::AssertionResult CopiesAt(CopyKernel kernel, CopyMember member, const CopyShape& shape,
+struct CopyShape {
+    Format format;
+    int32_t width;
+    int32_t height;
+    int32_t bitsPerPixel;
+};
+
+std::string Describe(const CopyShape& shape) {
+    return std::to_string(shape.width) + "x" + std::to_string(shape.height) + " at " +
+           std::to_string(shape.bitsPerPixel) + " bits";
+}
+
+// Blocks reach this far beyond the last row.
+constexpr int32_t kBlock = 8;
+
+Source RandomSource(const CopyShape& shape) {
+    const int32_t rows = std::abs(shape.height);
+    const int32_t bytes = StrideOf(shape.format, shape.width) * rows + kBlock;
+    return {shape.format, shape.width, rows,
+            MakeBytes(Pattern::Random, bytes, 1, static_cast<uint64_t>(bytes))};
+}
+
+Canvas CanvasOf(Oracle oracle, const CopyShape& shape, const Source& source) {
+    Canvas canvas(shape.format, shape.width, shape.height);
+    oracle(canvas, source, Maps{});
+    return canvas;
+}
+
+// Both pictures are as long as what the copy moves and end, or begin, at a guard page.
+testing::AssertionResult CopiesAt(const ExpectedCopy& copy, const CopyShape& shape,
                                   BufferGuard guard) {
-    static GuardedBuffer dstBuffer;
-    static GuardedBuffer srcBuffer;
-    const std::string description = testing::PrintToString(shape.width) + "x" +
-                                    testing::PrintToString(shape.height) + " at " +
-                                    testing::PrintToString(shape.bitsPerPixel) + " bits";
+    static KernelCaller caller;
+    const std::string description = Describe(shape);
     SetCurrentTrial(description.c_str());
-
-    const size_t extent = CopyExtent(member, shape);
-    const std::vector<uint8_t> source =
-        MakeBytes(Pattern::Random, static_cast<int32_t>(extent), 1, extent);
-    uint8_t* dst = dstBuffer.Place(extent, guard, kUntouched);
-    uint8_t* src = srcBuffer.Place(extent, guard, 0);
-    if (extent > 0) std::memcpy(src, source.data(), extent);
-    std::vector<uint8_t> expected(extent, kUntouched);
-    OracleCopy(member, expected.data(), source.data(), shape);
-
-    const int32_t result = kernel(dst, src, shape.width, shape.height, shape.bitsPerPixel);
-    const uint16_t tags = X87TagWord();
-
-    const auto fail = [&] { return testing::AssertionFailure() << description << ": "; };
-    if (tags != kEmptyTagWord) return fail() << "x87 registers in use (missing emms)";
-    if (result != std::abs(shape.height)) return fail() << "returned " << result;
-    if (!dstBuffer.Intact()) return fail() << "wrote beside the destination";
-    if (!srcBuffer.Intact() || !std::equal(source.begin(), source.end(), src)) {
-        return fail() << "wrote into the source";
-    }
-    for (size_t i = 0; i < extent; ++i) {
-        if (dst[i] != expected[i]) {
-            return fail() << "byte " << i << " of " << extent << " is " << int{dst[i]}
-                          << ", expected " << int{expected[i]};
-        }
-    }
-    return testing::AssertionSuccess();
+    Source source = RandomSource(shape);
+    const Expectation expected(CanvasOf(copy.oracle, shape, source));
+    source.bytes.resize(expected.Size());
+    const Maps none;
+    caller.Place(source, none, guard);
+    const std::string wrong =
+        caller.Run(copy.kernel, expected, shape.width, shape.height, shape.bitsPerPixel, 0);
+    if (wrong.empty()) return testing::AssertionSuccess();
+    return testing::AssertionFailure() << description << ": " << wrong;
 }
 
-void ExpectCopies(CopyKernel kernel, CopyMember member, int32_t width, int32_t height,
-                  int32_t bitsPerPixel) {
-    for (int32_t signedHeight : {height, -height}) {
+void ExpectCopies(const ExpectedCopy& copy, const CopyShape& shape) {
+    for (int32_t sign : {1, -1}) {
         for (BufferGuard guard : {BufferGuard::kPageAfter, BufferGuard::kPageBefore}) {
-            ASSERT_TRUE(CopiesAt(kernel, member, {width, signedHeight, bitsPerPixel}, guard));
+            const CopyShape turned = {shape.format, shape.width, shape.height * sign,
+                                      shape.bitsPerPixel};
+            ASSERT_TRUE(CopiesAt(copy, turned, guard)) << copy.name;
         }
     }
 }
 
-// The copy that a slot of a copy row holds after a fill.
-CopyMember MemberIn(int row, int slot, int level) {
-    const bool portable = slot == 0 ? !LevelHasMmx(level) : slot == 1 || slot == 3 || slot == 6;
-    if (row == RowCopyPlanar) return portable ? CopyMember::PlanePortable : CopyMember::PlaneMmx;
-    return portable ? CopyMember::PackedPortable : CopyMember::PackedMmx;
+const CopyRow& kPlaneCopies = kCopyRows[RowCopyPlanar];
+const CopyRow& kPackedCopies = kCopyRows[RowCopyPacked422];
+
+// Copies of planes know one format; the others go by the bits per pixel.
+Format FormatOf(int row, int32_t bitsPerPixel) {
+    if (row == RowCopyPlanar) return Format::Planar;
+    if (bitsPerPixel == 8) return Format::Words8;
+    return bitsPerPixel == 16 ? Format::Yuy2 : Format::Rgb24;
 }
 
 // The processor's own row operations, unless a test chooses others.
@@ -83,56 +93,27 @@ class Copies : public testing::Test {
 
 constexpr int32_t kLongWidths[] = {63, 64, 65, 333, 352, 353, 640, 719, 720, 1279, 1280, 1920};
 
-void ExpectCopiesOfAllSizes(CopyKernel kernel, CopyMember member, int32_t bitsPerPixel) {
+void ExpectCopiesOfAllSizes(const ExpectedCopy& copy, Format format, int32_t bitsPerPixel) {
     for (int32_t width = 1; width <= 40; ++width) {
         for (int32_t height : {1, 2, 3, 8}) {
-            ExpectCopies(kernel, member, width, height, bitsPerPixel);
+            ExpectCopies(copy, {format, width, height, bitsPerPixel});
             if (testing::Test::HasFatalFailure()) return;
         }
     }
     for (int32_t width : kLongWidths) {
-        ExpectCopies(kernel, member, width, 7, bitsPerPixel);
+        ExpectCopies(copy, {format, width, 7, bitsPerPixel});
         if (testing::Test::HasFatalFailure()) return;
     }
 }
 
-constexpr struct {
-    const char* name;
-    CopyKernel kernel;
-    CopyMember member;
-} kMembers[] = {
-    {"CopyPlane_Portable", CopyPlane_Portable, CopyMember::PlanePortable},
-    {"CopyPlane_MMX", CopyPlane_MMX, CopyMember::PlaneMmx},
-    {"CopyPacked_Portable", CopyPacked_Portable, CopyMember::PackedPortable},
-    {"CopyPacked_MMX", CopyPacked_MMX, CopyMember::PackedMmx},
-};
-
 TEST_F(Copies, AllSizesDepthsAndSigns) {
     for (int level : {GetCpuLevel(), 0}) {
         const ForcedLevel forced(level, 0);
-        for (const auto& member : kMembers) {
-            for (int32_t bitsPerPixel : {8, 16, 24}) {
-                SCOPED_TRACE(testing::Message() << member.name << " at level " << level);
-                ExpectCopiesOfAllSizes(member.kernel, member.member, bitsPerPixel);
-                if (HasFatalFailure()) return;
-            }
-        }
-    }
-}
-
-TEST_F(Copies, EverySlotAtEveryLevel) {
-    for (int level : RunnableLevels()) {
-        const ForcedLevel forced(level, 0);
-        for (int row = RowCopyPlanar; row <= RowCopyRgb; ++row) {
-            for (int slot = 0; slot < kKernelSlots; ++slot) {
-                const CopyMember member = MemberIn(row, slot, level);
-                const int32_t bitsPerPixel = row == RowCopyPlanar      ? 8
-                                             : row == RowCopyPacked422 ? 16
-                                                                       : 24;
-                for (int32_t width : {1, 5, 8, 13, 24, 171, 172}) {
-                    SCOPED_TRACE(testing::Message()
-                                 << "row " << row << " slot " << slot << " level " << level);
-                    ExpectCopies(KernelTable[row][slot].copy, member, width, 5, bitsPerPixel);
+        for (const CopyRow* row : {&kPlaneCopies, &kPackedCopies}) {
+            for (const ExpectedCopy* copy : {&row->portable, &row->mmx}) {
+                for (int32_t bitsPerPixel : {8, 16, 24}) {
+                    SCOPED_TRACE(testing::Message() << "level " << level);
+                    ExpectCopiesOfAllSizes(*copy, FormatOf(row->row, bitsPerPixel), bitsPerPixel);
                     if (HasFatalFailure()) return;
                 }
             }
@@ -140,25 +121,60 @@ TEST_F(Copies, EverySlotAtEveryLevel) {
     }
 }
 
+void ExpectSlotCopies(const CopyRow& row, int slot, int level) {
+    const int32_t bitsPerPixel = row.row == RowCopyPlanar      ? 8
+                                 : row.row == RowCopyPacked422 ? 16
+                                                               : 24;
+    ExpectedCopy copy = row.InSlot(slot, level);
+    copy.kernel = KernelTable[row.row][slot].copy;
+    for (int32_t width : {1, 5, 8, 13, 24, 171, 172}) {
+        SCOPED_TRACE(testing::Message()
+                     << "row " << row.row << " slot " << slot << " level " << level);
+        ExpectCopies(copy, {FormatOf(row.row, bitsPerPixel), width, 5, bitsPerPixel});
+        if (testing::Test::HasFatalFailure()) return;
+    }
+}
+
+TEST_F(Copies, EverySlotAtEveryLevel) {
+    for (int level : RunnableLevels()) {
+        const ForcedLevel forced(level, 0);
+        for (const CopyRow& row : kCopyRows) {
+            for (int slot = 0; slot < kKernelSlots; ++slot) {
+                ExpectSlotCopies(row, slot, level);
+                if (HasFatalFailure()) return;
+            }
+        }
+    }
+}
+
 TEST_F(Copies, PlanesIgnoreTheBitsPerPixel) {
     for (int32_t bitsPerPixel : {0, -8, 32, INT32_MAX}) {
-        ExpectCopies(CopyPlane_Portable, CopyMember::PlanePortable, 13, 3, bitsPerPixel);
-        ExpectCopies(CopyPlane_MMX, CopyMember::PlaneMmx, 13, 3, bitsPerPixel);
+        ExpectCopies(kPlaneCopies.portable, {Format::Planar, 13, 3, bitsPerPixel});
+        ExpectCopies(kPlaneCopies.mmx, {Format::Planar, 13, 3, bitsPerPixel});
     }
 }
 
 TEST_F(Copies, EmptyPicturesWriteNothing) {
-    for (const auto& member : kMembers) {
-        EXPECT_TRUE(CopiesAt(member.kernel, member.member, {16, 0, 16}, BufferGuard::kPageAfter));
-        EXPECT_TRUE(CopiesAt(member.kernel, member.member, {0, 3, 16}, BufferGuard::kPageAfter));
+    for (const CopyRow* row : {&kPlaneCopies, &kPackedCopies}) {
+        const Format format = FormatOf(row->row, 16);
+        for (const ExpectedCopy* copy : {&row->portable, &row->mmx}) {
+            EXPECT_TRUE(CopiesAt(*copy, {format, 16, 0, 16}, BufferGuard::kPageAfter));
+            EXPECT_TRUE(CopiesAt(*copy, {format, 0, 3, 16}, BufferGuard::kPageAfter));
+        }
     }
+}
+
+// How many bytes a copy touches, in either picture, from its first byte on.
+size_t ExtentOf(Oracle oracle, const CopyShape& shape) {
+    return CanvasOf(oracle, shape, RandomSource(shape)).Size();
 }
 
 TEST_F(Copies, RowsOfWholeBlocksAreCopiedExactly) {
     for (int32_t width : {8, 16, 640}) {
-        EXPECT_EQ(CopyExtent(CopyMember::PlaneMmx, {width, 3, 8}), static_cast<size_t>(width) * 3);
-        ExpectCopies(CopyPlane_MMX, CopyMember::PlaneMmx, width, 3, 8);
-        ExpectCopies(CopyPacked_MMX, CopyMember::PackedMmx, width, 3, 24);
+        const CopyShape plane = {Format::Planar, width, 3, 8};
+        EXPECT_EQ(ExtentOf(kPlaneCopies.mmx.oracle, plane), static_cast<size_t>(width) * 3);
+        ExpectCopies(kPlaneCopies.mmx, plane);
+        ExpectCopies(kPackedCopies.mmx, {Format::Rgb24, width, 3, 24});
     }
 }
 
@@ -199,22 +215,24 @@ TEST_F(Copies, PortableOnesLeaveThePaddingAlone) {
 }
 
 // How far a copy reaches past the picture is what its caller has to leave room for.
-testing::AssertionResult SpillIsTold(int row, int slot, int32_t width, int32_t bitsPerPixel) {
-    const CopyMember member = MemberIn(row, slot, GetCpuLevel());
+testing::AssertionResult SpillIsTold(const CopyRow& row, int slot, int32_t width,
+                                     int32_t bitsPerPixel) {
+    const Oracle oracle = row.InSlot(slot, GetCpuLevel()).oracle;
     const auto extent = [&](int32_t rows) {
-        return static_cast<int64_t>(CopyExtent(member, {width, rows, bitsPerPixel}));
+        return static_cast<int64_t>(
+            ExtentOf(oracle, {FormatOf(row.row, bitsPerPixel), width, rows, bitsPerPixel}));
     };
     const int64_t stride = extent(2) - extent(1);
     const int64_t spill = std::max<int64_t>(extent(4) - 4 * stride, 0);
-    const int32_t told = CopySpill(SelectKernel(row, slot).copy, width, bitsPerPixel);
+    const int32_t told = CopySpill(SelectKernel(row.row, slot).copy, width, bitsPerPixel);
     if (told == spill) return testing::AssertionSuccess();
     return testing::AssertionFailure()
-           << "row " << row << " slot " << slot << " width " << width << " at " << bitsPerPixel
+           << "row " << row.row << " slot " << slot << " width " << width << " at " << bitsPerPixel
            << " bits: " << told << ", expected " << spill;
 }
 
 TEST_F(Copies, TheSpillIsToldBeforehand) {
-    for (int row = RowCopyPlanar; row <= RowCopyRgb; ++row) {
+    for (const CopyRow& row : kCopyRows) {
         for (int slot = 0; slot < kKernelSlots; ++slot) {
             for (int32_t width = 1; width <= 70; ++width) {
                 for (int32_t bitsPerPixel : {8, 16, 24}) {

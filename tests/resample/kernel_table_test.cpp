@@ -23,15 +23,15 @@ struct Snapshot {
 const Snapshot initialTable;
 
 void ExpectConstantSlots(const KernelEntry (&table)[kKernelRows][kKernelSlots]) {
-    for (const ExpectedCopyRow& row : kExpectedCopyRows) {
+    for (const CopyRow& row : kCopyRows) {
         for (int slot = 1; slot < kKernelSlots; ++slot) {
-            EXPECT_EQ(table[row.row][slot].copy, ExpectedStatic(row, slot))
+            EXPECT_EQ(table[row.row][slot].copy, row.InConstantSlot(slot).kernel)
                 << "row " << row.row << " slot " << slot;
         }
     }
-    for (const ExpectedScaleRow& row : kExpectedScaleRows) {
+    for (const ScaleRow& row : kScaleRows) {
         for (int slot = 3; slot < kKernelSlots; ++slot) {
-            EXPECT_EQ(table[row.row][slot].scale, ExpectedStatic(row, slot))
+            EXPECT_EQ(table[row.row][slot].scale, row.InConstantSlot(slot).kernel)
                 << "row " << row.row << " slot " << slot;
         }
     }
@@ -39,8 +39,8 @@ void ExpectConstantSlots(const KernelEntry (&table)[kKernelRows][kKernelSlots]) 
 
 TEST(KernelTable, Has33RowsOf9Slots) {
     static_assert(sizeof KernelTable == 33 * 9 * sizeof(void (*)()));
-    for (int i = 0; i < 3; ++i) EXPECT_EQ(kExpectedCopyRows[i].row, i);
-    for (int i = 0; i < 30; ++i) EXPECT_EQ(kExpectedScaleRows[i].row, i + 3);
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(kCopyRows[i].row, i);
+    for (int i = 0; i < 30; ++i) EXPECT_EQ(kScaleRows[i].row, i + 3);
 }
 
 TEST(KernelTable, ConstantSlotsArePresentBeforeTheFirstFill) {
@@ -61,10 +61,10 @@ TEST(KernelTable, ScaleRowsFollowLevelAndSpeedClass) {
     for (int level : kAllLevels) {
         for (int speedClass : kSpeedClasses) {
             const ForcedLevel forced(level, speedClass);
-            for (const ExpectedScaleRow& row : kExpectedScaleRows) {
+            for (const ScaleRow& row : kScaleRows) {
                 for (int slot = 0; slot < 3; ++slot) {
-                    const int source = ExpectedSource(row.row, slot, level, speedClass);
-                    EXPECT_EQ(KernelTable[row.row][slot].scale, ExpectedStatic(row, source))
+                    EXPECT_EQ(KernelTable[row.row][slot].scale,
+                              row.InSlot(slot, level, speedClass).kernel)
                         << "level " << level << " class " << speedClass << " row " << row.row
                         << " slot " << slot;
                 }
@@ -77,8 +77,8 @@ TEST(KernelTable, OnlyAutoOfTheCopiesFollowsTheLevel) {
     for (int level : kAllLevels) {
         for (int speedClass : kSpeedClasses) {
             const ForcedLevel forced(level, speedClass);
-            for (const ExpectedCopyRow& row : kExpectedCopyRows) {
-                EXPECT_EQ(KernelTable[row.row][0].copy, LevelHasMmx(level) ? row.mmx : row.portable)
+            for (const CopyRow& row : kCopyRows) {
+                EXPECT_EQ(KernelTable[row.row][0].copy, row.InSlot(0, level).kernel)
                     << "level " << level << " row " << row.row;
             }
         }
@@ -113,14 +113,13 @@ TEST(KernelTable, FillsForTheProcessorOfThisMachine) {
     FillKernelTable();
     const int level = GetCpuLevel();
     const int speedClass = CpuSpeedClass();
-    for (const ExpectedScaleRow& row : kExpectedScaleRows) {
+    for (const ScaleRow& row : kScaleRows) {
         for (int slot = 0; slot < 3; ++slot) {
-            const int source = ExpectedSource(row.row, slot, level, speedClass);
-            EXPECT_EQ(KernelTable[row.row][slot].scale, ExpectedStatic(row, source));
+            EXPECT_EQ(KernelTable[row.row][slot].scale, row.InSlot(slot, level, speedClass).kernel);
         }
     }
-    for (const ExpectedCopyRow& row : kExpectedCopyRows) {
-        EXPECT_EQ(KernelTable[row.row][0].copy, LevelHasMmx(level) ? row.mmx : row.portable);
+    for (const CopyRow& row : kCopyRows) {
+        EXPECT_EQ(KernelTable[row.row][0].copy, row.InSlot(0, level).kernel);
     }
 }
 

@@ -25,8 +25,8 @@ class PlanarEdges : public testing::Test {
 };
 
 KernelTrial TrialOf(const FrameShape& shape, Bytes source) {
-    return KernelTrial(kPlanarLayout, shape, MakeOracleMap(shape.srcWidth, shape.dstWidth),
-                       MakeOracleMap(shape.srcHeight, shape.dstHeight), std::move(source));
+    return KernelTrial(shape, MakeAxisEntries(shape.srcWidth, shape.dstWidth),
+                       MakeAxisEntries(shape.srcHeight, shape.dstHeight), std::move(source));
 }
 
 Bytes Repeat(const Bytes& row, int times) {
@@ -182,12 +182,12 @@ TEST_F(PlanarEdges, ASingleColumnIsBlendedVertically) {
 
 TEST_F(PlanarEdges, TheLastColumnOfAnEnlargementReadsNothingBehindTheRow) {
     for (const FrameShape& shape : {FrameShape{80, 1, 7, 1}, {64, 2, 9, 1}, {1000, 3, 333, 2}}) {
-        const KernelTrial trial(kPlanarLayout, shape, Pattern::Random, 3);
+        const KernelTrial trial(shape, Pattern::Random, 3);
         for (ScaleKernel kernel : kNearest) {
-            EXPECT_TRUE(trial.Matches(kernel, OracleNearestPlanar));
+            EXPECT_TRUE(trial.Matches(kernel, NearestPlanar));
         }
         for (ScaleKernel kernel : kBilinear) {
-            EXPECT_TRUE(trial.Matches(kernel, OracleBilinearPlanar));
+            EXPECT_TRUE(trial.Matches(kernel, BilinearPlanar));
         }
     }
 }
@@ -219,8 +219,8 @@ TEST_F(PlanarEdges, AChromaPlaneNeedsNoMapsOfItsOwn) {
     const FrameShape chroma = {48, 18, 32, 24};
     const KernelTrial own = TrialOf(chroma, source);
     for (int shift : {1, 2}) {
-        const KernelTrial shared(kPlanarLayout, chroma, MakeOracleMap(32 << shift, 48 << shift),
-                                 MakeOracleMap(24 << shift, 18 << shift), source);
+        const KernelTrial shared(chroma, MakeAxisEntries(32 << shift, 48 << shift),
+                                 MakeAxisEntries(24 << shift, 18 << shift), source);
         for (ScaleKernel kernel : {kNearest[0], kNearest[1], kBilinear[0], kBilinear[1]}) {
             EXPECT_EQ(shared.Output(kernel), own.Output(kernel));
         }

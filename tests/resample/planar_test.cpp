@@ -10,7 +10,6 @@
 
 #include "resample/kernel_table.h"
 #include "resample/planar/planar_kernels.h"
-#include "tests/resample/oracle/planar_oracle.h"
 #include "tests/resample/support/expected_table.h"
 #include "tests/resample/support/forced_level.h"
 #include "tests/resample/support/kernel_trial.h"
@@ -21,22 +20,22 @@ namespace {
 constexpr struct {
     const char* name;
     ScaleKernel kernel;
-    ScaleOracle oracle;
+    Oracle oracle;
 } kMembers[] = {
-    {"ScaleNearest_Planar_Portable", ScaleNearest_Planar_Portable, OracleNearestPlanar},
-    {"ScaleNearest_Planar_MMX", ScaleNearest_Planar_MMX, OracleNearestPlanar},
-    {"ScaleBilinear_Planar_Portable", ScaleBilinear_Planar_Portable, OracleBilinearPlanar},
-    {"ScaleBilinear_Planar_MMX", ScaleBilinear_Planar_MMX, OracleBilinearPlanar},
+    {"ScaleNearest_Planar_Portable", ScaleNearest_Planar_Portable, NearestPlanar},
+    {"ScaleNearest_Planar_MMX", ScaleNearest_Planar_MMX, NearestPlanar},
+    {"ScaleBilinear_Planar_Portable", ScaleBilinear_Planar_Portable, BilinearPlanar},
+    {"ScaleBilinear_Planar_MMX", ScaleBilinear_Planar_MMX, BilinearPlanar},
 };
 
 // Each member on the row operations of this processor and on the portable ones.
 void ExpectAllMembersMatch(const KernelTrial& trial) {
-    const std::vector<uint8_t> nearest = trial.Expect(OracleNearestPlanar);
-    const std::vector<uint8_t> bilinear = trial.Expect(OracleBilinearPlanar);
+    const Expectation nearest = trial.Expect(NearestPlanar);
+    const Expectation bilinear = trial.Expect(BilinearPlanar);
     for (int level : {GetCpuLevel(), 0}) {
         const ForcedLevel forced(level, 0);
         for (const auto& member : kMembers) {
-            const auto& expected = member.oracle == OracleNearestPlanar ? nearest : bilinear;
+            const auto& expected = member.oracle == NearestPlanar ? nearest : bilinear;
             for (BufferGuard guard : {BufferGuard::kPageAfter, BufferGuard::kPageBefore}) {
                 ASSERT_TRUE(trial.Run(member.kernel, expected, guard))
                     << member.name << " at level " << level;
@@ -58,7 +57,7 @@ Pattern AnyPattern(Random& random) {
 void ExpectMatchesAt(FrameShape shape, Random& random) {
     shape.dstHeight = EitherSign(shape.dstHeight, random);
     shape.srcHeight = EitherSign(shape.srcHeight, random);
-    const KernelTrial trial(kPlanarLayout, shape, AnyPattern(random), random.Next());
+    const KernelTrial trial(shape, AnyPattern(random), random.Next());
     ExpectAllMembersMatch(trial);
 }
 
@@ -110,7 +109,7 @@ TEST(Planar, EveryPatternAndSignAtSeveralRatios) {
                 FrameShape shape = base;
                 if (signs & 1) shape.dstHeight = -shape.dstHeight;
                 if (signs & 2) shape.srcHeight = -shape.srcHeight;
-                ExpectAllMembersMatch(KernelTrial(kPlanarLayout, shape, pattern, 17));
+                ExpectAllMembersMatch(KernelTrial(shape, pattern, 17));
                 if (HasFatalFailure()) return;
             }
         }
@@ -174,8 +173,8 @@ TEST(Planar, ChromaPlanesUnderTheMapsOfTheLumaPlane) {
                                        EitherSign(luma.dstHeight >> shift, random),
                                        luma.srcWidth >> shift, luma.srcHeight >> shift};
             ExpectAllMembersMatch(KernelTrial(
-                kPlanarLayout, chroma, MakeOracleMap(luma.srcWidth, luma.dstWidth),
-                MakeOracleMap(luma.srcHeight, luma.dstHeight),
+                chroma, MakeAxisEntries(luma.srcWidth, luma.dstWidth),
+                MakeAxisEntries(luma.srcHeight, luma.dstHeight),
                 MakeBytes(AnyPattern(random), chroma.srcWidth, chroma.srcHeight, random.Next())));
             if (HasFatalFailure()) return;
         }
@@ -184,8 +183,8 @@ TEST(Planar, ChromaPlanesUnderTheMapsOfTheLumaPlane) {
 
 // Maps of the kernel contract that no pair of lengths produces: any indices that never decrease,
 // any weights.
-OracleMap AnyMap(int32_t srcLen, int32_t dstLen, Random& random) {
-    OracleMap map;
+AxisEntries AnyMap(int32_t srcLen, int32_t dstLen, Random& random) {
+    AxisEntries map;
     map.srcSpan = srcLen;
     int32_t index = random.Next() & 0x40 ? 0 : random.Between(0, srcLen - 1);
     const int32_t longestStep = random.Between(0, 3);
@@ -204,7 +203,7 @@ TEST(Planar, AnyMapsOfTheContract) {
                                   random.Between(1, 70), EitherSign(random.Between(1, 9), random)};
         const int32_t srcRows = std::abs(shape.srcHeight);
         ExpectAllMembersMatch(
-            KernelTrial(kPlanarLayout, shape, AnyMap(shape.srcWidth, shape.dstWidth, random),
+            KernelTrial(shape, AnyMap(shape.srcWidth, shape.dstWidth, random),
                         AnyMap(srcRows, std::abs(shape.dstHeight), random),
                         MakeBytes(AnyPattern(random), shape.srcWidth, srcRows, random.Next())));
         if (HasFatalFailure()) return;
@@ -216,15 +215,18 @@ TEST(Planar, EverySlotAtEveryLevelAndSpeed) {
         {1, 1, 1, 1},      {24, 12, 24, -12}, {16, -8, 32, 16}, {48, 20, 24, 10}, {27, 9, 18, -6},
         {33, -11, 47, 13}, {47, 13, 33, 11},  {100, -17, 3, 2}, {3, 2, 100, 17},  {40, 40, 1, 1},
     };
+    const ScaleRow& row = kScaleRows[RowBothPlanar - kFirstScaleRow];
+    ASSERT_EQ(row.row, int{RowBothPlanar});
     for (const FrameShape& shape : kShapes) {
-        const KernelTrial trial(kPlanarLayout, shape, Pattern::Random, 99);
-        const std::vector<uint8_t> nearest = trial.Expect(OracleNearestPlanar);
-        const std::vector<uint8_t> bilinear = trial.Expect(OracleBilinearPlanar);
+        const KernelTrial trial(shape, Pattern::Random, 99);
+        const Expectation nearest = trial.Expect(NearestPlanar);
+        const Expectation bilinear = trial.Expect(BilinearPlanar);
         for (int level : RunnableLevels()) {
             for (int speedClass : kSpeedClasses) {
                 const ForcedLevel forced(level, speedClass);
                 for (int slot = 0; slot < kKernelSlots; ++slot) {
-                    const auto& expected = SlotIsBilinear(slot, speedClass) ? bilinear : nearest;
+                    const Oracle oracle = row.InSlot(slot, level, speedClass).oracle;
+                    const auto& expected = oracle == NearestPlanar ? nearest : bilinear;
                     ASSERT_TRUE(trial.Run(KernelTable[RowBothPlanar][slot].scale, expected,
                                           BufferGuard::kPageAfter))
                         << "slot " << slot << " level " << level << " class " << speedClass;
@@ -236,7 +238,7 @@ TEST(Planar, EverySlotAtEveryLevelAndSpeed) {
 
 TEST(Planar, AHeightOfZeroWritesNothing) {
     for (const auto& member : kMembers) {
-        const KernelTrial trial(kPlanarLayout, {16, 0, 8, 4}, Pattern::Random, 1);
+        const KernelTrial trial({16, 0, 8, 4}, Pattern::Random, 1);
         EXPECT_TRUE(trial.Matches(member.kernel, member.oracle)) << member.name;
     }
 }

@@ -11,109 +11,261 @@
 
 namespace tavo::test {
 
-const ExpectedCopyRow kExpectedCopyRows[3] = {
-    {0, CopyPlane_Portable, CopyPlane_MMX},
-    {1, CopyPacked_Portable, CopyPacked_MMX},
-    {2, CopyPacked_Portable, CopyPacked_MMX},
+#define KERNEL(name) #name, name
+
+// Each kernel with the bytes that it has to give.
+// clang-format off
+const ScaleRow kScaleRows[30] = {
+    {3, Format::Uyvy, Axis::Vertical,
+     {KERNEL(ScaleNearestV_YUY2_Portable), NearestVertical},
+     {KERNEL(ScaleNearestV_YUY2_MMX), NearestVertical},
+     {KERNEL(ScaleBilinearV_UYVY_Portable), BilinearVertical},
+     {KERNEL(ScaleBilinearV_YUY2_MMX), BilinearVertical},
+     {KERNEL(ScaleBilinearV_YUY2_SSE), BilinearVertical}},
+    {4, Format::Yuy2, Axis::Vertical,
+     {KERNEL(ScaleNearestV_YUY2_Portable), NearestVertical},
+     {KERNEL(ScaleNearestV_YUY2_MMX), NearestVertical},
+     {KERNEL(ScaleBilinearV_YUY2_Portable), BilinearVertical},
+     {KERNEL(ScaleBilinearV_YUY2_MMX), BilinearVertical},
+     {KERNEL(ScaleBilinearV_YUY2_SSE), BilinearVertical}},
+    {5, Format::Rgb565, Axis::Vertical,
+     {KERNEL(ScaleNearestV_RGB16_Portable), NearestVertical},
+     {KERNEL(ScaleNearestV_RGB16_MMX), NearestVertical},
+     {KERNEL(ScaleBilinearV_RGB565_Portable), BilinearVertical},
+     {KERNEL(ScaleBilinearV_RGB565_MMX), BilinearVertical},
+     {KERNEL(ScaleBilinearV_RGB565_SSE), BilinearVertical}},
+    {6, Format::Rgb555, Axis::Vertical,
+     {KERNEL(ScaleNearestV_RGB16_Portable), NearestVertical},
+     {KERNEL(ScaleNearestV_RGB16_MMX), NearestVertical},
+     {KERNEL(ScaleBilinearV_RGB555_Portable), BilinearVertical},
+     {KERNEL(ScaleBilinearV_RGB555_MMX), BilinearVertical},
+     {KERNEL(ScaleBilinearV_RGB555_SSE), BilinearVertical}},
+    {7, Format::Rgb24, Axis::Vertical,
+     {KERNEL(ScaleNearestV_RGB24_Portable), NearestVertical},
+     {KERNEL(ScaleNearestV_RGB24_MMX), NearestVertical},
+     {KERNEL(ScaleBilinearV_RGB24_Portable), BilinearVertical},
+     {KERNEL(ScaleBilinearV_RGB24_MMX), BilinearVertical},
+     {KERNEL(ScaleBilinearV_RGB24_SSE), BilinearVertical}},
+    {8, Format::Planar, Axis::Vertical,
+     {KERNEL(ScaleNearestV_Planar_Portable), NearestVertical},
+     {KERNEL(ScaleNearestV_Planar_MMX), NearestVertical},
+     {KERNEL(ScaleBilinearV_Planar_Portable), BilinearVertical},
+     {KERNEL(ScaleBilinearV_Planar_MMX), BilinearVertical},
+     {KERNEL(ScaleBilinearV_Planar_SSE), BilinearVertical}},
+    {9, Format::Uyvy, Axis::H720,
+     {KERNEL(ScaleNearestH720To480_UYVY_Portable), Nearest720Packed},
+     {KERNEL(ScaleNearestH720To480_UYVY_MMX), Nearest720Packed},
+     {KERNEL(ScaleBilinearH720To480_UYVY_Portable), Bilinear720Packed},
+     {KERNEL(ScaleBilinearH720To480_UYVY_MMX), Bilinear720Packed},
+     {KERNEL(ScaleBilinearH720To480_UYVY_SSE), Bilinear720Packed}},
+    {10, Format::Uyvy, Axis::H640,
+     {KERNEL(ScaleNearestH640To480_UYVY_Portable), Nearest640Packed},
+     {KERNEL(ScaleNearestH640To480_UYVY_MMX), Nearest640Packed},
+     {KERNEL(ScaleBilinearH640To480_UYVY_Portable), Bilinear640Packed},
+     {KERNEL(ScaleBilinearH640To480_UYVY_MMX), Bilinear640PackedDimmed},
+     {KERNEL(ScaleBilinearH640To480_UYVY_SSE), Bilinear640PackedDimmed}},
+    {11, Format::Uyvy, Axis::Horizontal,
+     {KERNEL(ScaleNearestH_UYVY_Portable), NearestHPacked},
+     {KERNEL(ScaleNearestH_UYVY_MMX), NearestHPacked},
+     {KERNEL(ScaleBilinearH_UYVY_Portable), BilinearHPacked},
+     {KERNEL(ScaleBilinearH_UYVY_MMX), BilinearHPacked},
+     {KERNEL(ScaleBilinearH_UYVY_SSE), BilinearHPackedUp}},
+    {12, Format::Yuy2, Axis::H720,
+     {KERNEL(ScaleNearestH720To480_YUY2_Portable), Nearest720Packed},
+     {KERNEL(ScaleNearestH720To480_YUY2_MMX), Nearest720Packed},
+     {KERNEL(ScaleBilinearH720To480_YUY2_Portable), Bilinear720Packed},
+     {KERNEL(ScaleBilinearH720To480_YUY2_MMX), Bilinear720Packed},
+     {KERNEL(ScaleBilinearH720To480_YUY2_SSE), Bilinear720Packed}},
+    {13, Format::Yuy2, Axis::H640,
+     {KERNEL(ScaleNearestH640To480_YUY2_Portable), Nearest640Packed},
+     {KERNEL(ScaleNearestH640To480_YUY2_MMX), Nearest640Packed},
+     {KERNEL(ScaleBilinearH640To480_YUY2_Portable), Bilinear640Packed},
+     {KERNEL(ScaleBilinearH640To480_YUY2_MMX), Bilinear640PackedDimmed},
+     {KERNEL(ScaleBilinearH640To480_YUY2_SSE), Bilinear640PackedDimmed}},
+    {14, Format::Yuy2, Axis::Horizontal,
+     {KERNEL(ScaleNearestH_YUY2_Portable), NearestHPacked},
+     {KERNEL(ScaleNearestH_YUY2_MMX), NearestHPacked},
+     {KERNEL(ScaleBilinearH_YUY2_Portable), BilinearHPacked},
+     {KERNEL(ScaleBilinearH_YUY2_MMX), BilinearHPacked},
+     {KERNEL(ScaleBilinearH_YUY2_SSE), BilinearHPackedUp}},
+    {15, Format::Rgb565, Axis::H720,
+     {KERNEL(ScaleNearestH720To480_RGB16_Portable), Nearest720Rgb16},
+     {KERNEL(ScaleNearestH720To480_RGB16_MMX), Nearest720Rgb16},
+     {KERNEL(ScaleBilinearH720To480_RGB565_Portable), Bilinear720Rgb16},
+     {KERNEL(ScaleBilinearH720To480_RGB565_MMX), Bilinear720Rgb16},
+     {KERNEL(ScaleBilinearH720To480_RGB565_SSE), Bilinear720Rgb16Up}},
+    {16, Format::Rgb565, Axis::H640,
+     {KERNEL(ScaleNearestH640To480_RGB16_Portable), Nearest640Rgb16},
+     {KERNEL(ScaleNearestH640To480_RGB16_MMX), Nearest640Rgb16},
+     {KERNEL(ScaleBilinearH640To480_RGB565_Portable), Bilinear640Rgb16},
+     {KERNEL(ScaleBilinearH640To480_RGB565_MMX), Bilinear640Rgb16},
+     {KERNEL(ScaleBilinearH640To480_RGB565_MMX), Bilinear640Rgb16}},
+    {17, Format::Rgb565, Axis::Horizontal,
+     {KERNEL(ScaleNearestH_RGB16_Portable), NearestHRgb16},
+     {KERNEL(ScaleNearestH_RGB16_MMX), NearestHRgb16},
+     {KERNEL(ScaleBilinearH_RGB565_Portable), BilinearHRgb16},
+     {KERNEL(ScaleBilinearH_RGB565_MMX), BilinearHRgb16},
+     {KERNEL(ScaleBilinearH_RGB565_SSE), BilinearHRgb16}},
+    {18, Format::Rgb555, Axis::H720,
+     {KERNEL(ScaleNearestH720To480_RGB16_Portable), Nearest720Rgb16},
+     {KERNEL(ScaleNearestH720To480_RGB16_MMX), Nearest720Rgb16},
+     {KERNEL(ScaleBilinearH720To480_RGB555_Portable), Bilinear720Rgb16},
+     {KERNEL(ScaleBilinearH720To480_RGB555_MMX), Bilinear720Rgb16},
+     {KERNEL(ScaleBilinearH720To480_RGB555_SSE), Bilinear720Rgb16Up}},
+    {19, Format::Rgb555, Axis::H640,
+     {KERNEL(ScaleNearestH640To480_RGB16_Portable), Nearest640Rgb16},
+     {KERNEL(ScaleNearestH640To480_RGB16_MMX), Nearest640Rgb16},
+     {KERNEL(ScaleBilinearH640To480_RGB555_Portable), Bilinear640Rgb16},
+     {KERNEL(ScaleBilinearH640To480_RGB555_MMX), Bilinear640Rgb16},
+     {KERNEL(ScaleBilinearH640To480_RGB555_MMX), Bilinear640Rgb16}},
+    {20, Format::Rgb555, Axis::Horizontal,
+     {KERNEL(ScaleNearestH_RGB16_Portable), NearestHRgb16},
+     {KERNEL(ScaleNearestH_RGB16_MMX), NearestHRgb16},
+     {KERNEL(ScaleBilinearH_RGB555_Portable), BilinearHRgb16},
+     {KERNEL(ScaleBilinearH_RGB555_MMX), BilinearHRgb16},
+     {KERNEL(ScaleBilinearH_RGB555_SSE), BilinearHRgb16}},
+    {21, Format::Rgb24, Axis::H720,
+     {KERNEL(ScaleNearestH720To480_RGB24_Portable), Nearest720Rgb24},
+     {KERNEL(ScaleNearestH640To480_RGB24_MMX), Nearest640Rgb24Mixed},
+     {KERNEL(ScaleBilinearH720To480_RGB24_Portable), Bilinear720Rgb24},
+     {KERNEL(ScaleBilinearH720To480_RGB24_MMX), Bilinear720Rgb24},
+     {KERNEL(ScaleBilinearH720To480_RGB24_SSE), Bilinear720Rgb24Up}},
+    {22, Format::Rgb24, Axis::H640,
+     {KERNEL(ScaleNearestH640To480_RGB24_Portable), Nearest640Rgb24},
+     {KERNEL(ScaleNearestH640To480_RGB24_MMX), Nearest640Rgb24Mixed},
+     {KERNEL(ScaleBilinearH640To480_RGB24_Portable), Bilinear640Rgb24},
+     {KERNEL(ScaleBilinearH640To480_RGB24_MMX), Bilinear640Rgb24Mmx},
+     {KERNEL(ScaleBilinearH640To480_RGB24_MMX), Bilinear640Rgb24Mmx}},
+    {23, Format::Rgb24, Axis::Horizontal,
+     {KERNEL(ScaleNearestH_RGB24_Portable), NearestHRgb24},
+     {KERNEL(ScaleNearestH_RGB24_MMX), NearestHRgb24Forced},
+     {KERNEL(ScaleBilinearH_RGB24_Portable), BilinearHRgb24},
+     {KERNEL(ScaleBilinearH_RGB24_MMX), BilinearHRgb24Forced},
+     {KERNEL(ScaleBilinearH_RGB24_SSE), BilinearHRgb24Forced}},
+    {24, Format::Planar, Axis::H720,
+     {KERNEL(ScaleNearestH720To480_Planar_Portable), Nearest720Planar},
+     {KERNEL(ScaleNearestH720To480_Planar_MMX), Nearest720Planar},
+     {KERNEL(ScaleBilinearH720To480_Planar_Portable), Bilinear720Planar},
+     {KERNEL(ScaleBilinearH720To480_Planar_MMX), Bilinear720Planar},
+     {KERNEL(ScaleBilinearH720To480_Planar_SSE), Bilinear720PlanarUp}},
+    {25, Format::Planar, Axis::H640,
+     {KERNEL(ScaleNearestH640To480_Planar_Portable), Nearest640Planar},
+     {KERNEL(ScaleNearestH640To480_Planar_MMX), Nearest640Planar},
+     {KERNEL(ScaleBilinearH640To480_Planar_Portable), Bilinear640Planar},
+     {KERNEL(ScaleBilinearH640To480_Planar_MMX), Bilinear640Planar},
+     {KERNEL(ScaleBilinearH640To480_Planar_MMX), Bilinear640Planar}},
+    {26, Format::Planar, Axis::Horizontal,
+     {KERNEL(ScaleNearestH_Planar_Portable), NearestHPlanar},
+     {KERNEL(ScaleNearestH_Planar_MMX), NearestHPlanar},
+     {KERNEL(ScaleBilinearH_Planar_Portable), BilinearHPlanar},
+     {KERNEL(ScaleBilinearH_Planar_MMX), BilinearHPlanar},
+     {KERNEL(ScaleBilinearH_Planar_MMX), BilinearHPlanar}},
+    {27, Format::Uyvy, Axis::Both,
+     {KERNEL(ScaleNearest_UYVY_Portable), NearestPacked},
+     {KERNEL(ScaleNearest_UYVY_MMX), NearestPacked},
+     {KERNEL(ScaleBilinear_UYVY_Portable), BilinearPacked},
+     {KERNEL(ScaleBilinear_UYVY_MMX), BilinearPacked},
+     {KERNEL(ScaleBilinear_UYVY_SSE), BilinearPackedUp}},
+    {28, Format::Yuy2, Axis::Both,
+     {KERNEL(ScaleNearest_YUY2_Portable), NearestPacked},
+     {KERNEL(ScaleNearest_YUY2_MMX), NearestPacked},
+     {KERNEL(ScaleBilinear_YUY2_Portable), BilinearPacked},
+     {KERNEL(ScaleBilinear_YUY2_MMX), BilinearPacked},
+     {KERNEL(ScaleBilinear_YUY2_SSE), BilinearPackedUp}},
+    {29, Format::Rgb565, Axis::Both,
+     {KERNEL(ScaleNearest_RGB16_Portable), NearestRgb16},
+     {KERNEL(ScaleNearest_RGB16_MMX), NearestRgb16},
+     {KERNEL(ScaleBilinear_RGB565_Portable), BilinearRgb16},
+     {KERNEL(ScaleBilinear_RGB565_MMX), BilinearRgb16},
+     {KERNEL(ScaleBilinear_RGB565_SSE), BilinearRgb16}},
+    {30, Format::Rgb555, Axis::Both,
+     {KERNEL(ScaleNearest_RGB16_Portable), NearestRgb16},
+     {KERNEL(ScaleNearest_RGB16_MMX), NearestRgb16},
+     {KERNEL(ScaleBilinear_RGB555_Portable), BilinearRgb16},
+     {KERNEL(ScaleBilinear_RGB555_MMX), BilinearRgb16},
+     {KERNEL(ScaleBilinear_RGB555_SSE), BilinearRgb16}},
+    {31, Format::Rgb24, Axis::Both,
+     {KERNEL(ScaleNearest_RGB24_Portable), NearestRgb24},
+     {KERNEL(ScaleNearest_RGB24_MMX), NearestRgb24},
+     {KERNEL(ScaleBilinear_RGB24_Portable), BilinearRgb24},
+     {KERNEL(ScaleBilinear_RGB24_MMX), BilinearRgb24},
+     {KERNEL(ScaleBilinear_RGB24_SSE), BilinearRgb24}},
+    {32, Format::Planar, Axis::Both,
+     {KERNEL(ScaleNearest_Planar_Portable), NearestPlanar},
+     {KERNEL(ScaleNearest_Planar_MMX), NearestPlanar},
+     {KERNEL(ScaleBilinear_Planar_Portable), BilinearPlanar},
+     {KERNEL(ScaleBilinear_Planar_MMX), BilinearPlanar},
+     {KERNEL(ScaleBilinear_Planar_MMX), BilinearPlanar}},
 };
 
-// clang-format off
-const ExpectedScaleRow kExpectedScaleRows[30] = {
-    { 3, ScaleNearestV_YUY2_Portable, ScaleNearestV_YUY2_MMX,
-         ScaleBilinearV_UYVY_Portable, ScaleBilinearV_YUY2_MMX, ScaleBilinearV_YUY2_SSE},
-    { 4, ScaleNearestV_YUY2_Portable, ScaleNearestV_YUY2_MMX,
-         ScaleBilinearV_YUY2_Portable, ScaleBilinearV_YUY2_MMX, ScaleBilinearV_YUY2_SSE},
-    { 5, ScaleNearestV_RGB16_Portable, ScaleNearestV_RGB16_MMX,
-         ScaleBilinearV_RGB565_Portable, ScaleBilinearV_RGB565_MMX, ScaleBilinearV_RGB565_SSE},
-    { 6, ScaleNearestV_RGB16_Portable, ScaleNearestV_RGB16_MMX,
-         ScaleBilinearV_RGB555_Portable, ScaleBilinearV_RGB555_MMX, ScaleBilinearV_RGB555_SSE},
-    { 7, ScaleNearestV_RGB24_Portable, ScaleNearestV_RGB24_MMX,
-         ScaleBilinearV_RGB24_Portable, ScaleBilinearV_RGB24_MMX, ScaleBilinearV_RGB24_SSE},
-    { 8, ScaleNearestV_Planar_Portable, ScaleNearestV_Planar_MMX,
-         ScaleBilinearV_Planar_Portable, ScaleBilinearV_Planar_MMX, ScaleBilinearV_Planar_SSE},
-    { 9, ScaleNearestH720To480_UYVY_Portable, ScaleNearestH720To480_UYVY_MMX,
-         ScaleBilinearH720To480_UYVY_Portable, ScaleBilinearH720To480_UYVY_MMX, ScaleBilinearH720To480_UYVY_SSE},
-    {10, ScaleNearestH640To480_UYVY_Portable, ScaleNearestH640To480_UYVY_MMX,
-         ScaleBilinearH640To480_UYVY_Portable, ScaleBilinearH640To480_UYVY_MMX, ScaleBilinearH640To480_UYVY_SSE},
-    {11, ScaleNearestH_UYVY_Portable, ScaleNearestH_UYVY_MMX,
-         ScaleBilinearH_UYVY_Portable, ScaleBilinearH_UYVY_MMX, ScaleBilinearH_UYVY_SSE},
-    {12, ScaleNearestH720To480_YUY2_Portable, ScaleNearestH720To480_YUY2_MMX,
-         ScaleBilinearH720To480_YUY2_Portable, ScaleBilinearH720To480_YUY2_MMX, ScaleBilinearH720To480_YUY2_SSE},
-    {13, ScaleNearestH640To480_YUY2_Portable, ScaleNearestH640To480_YUY2_MMX,
-         ScaleBilinearH640To480_YUY2_Portable, ScaleBilinearH640To480_YUY2_MMX, ScaleBilinearH640To480_YUY2_SSE},
-    {14, ScaleNearestH_YUY2_Portable, ScaleNearestH_YUY2_MMX,
-         ScaleBilinearH_YUY2_Portable, ScaleBilinearH_YUY2_MMX, ScaleBilinearH_YUY2_SSE},
-    {15, ScaleNearestH720To480_RGB16_Portable, ScaleNearestH720To480_RGB16_MMX,
-         ScaleBilinearH720To480_RGB565_Portable, ScaleBilinearH720To480_RGB565_MMX, ScaleBilinearH720To480_RGB565_SSE},
-    {16, ScaleNearestH640To480_RGB16_Portable, ScaleNearestH640To480_RGB16_MMX,
-         ScaleBilinearH640To480_RGB565_Portable, ScaleBilinearH640To480_RGB565_MMX, ScaleBilinearH640To480_RGB565_MMX},
-    {17, ScaleNearestH_RGB16_Portable, ScaleNearestH_RGB16_MMX,
-         ScaleBilinearH_RGB565_Portable, ScaleBilinearH_RGB565_MMX, ScaleBilinearH_RGB565_SSE},
-    {18, ScaleNearestH720To480_RGB16_Portable, ScaleNearestH720To480_RGB16_MMX,
-         ScaleBilinearH720To480_RGB555_Portable, ScaleBilinearH720To480_RGB555_MMX, ScaleBilinearH720To480_RGB555_SSE},
-    {19, ScaleNearestH640To480_RGB16_Portable, ScaleNearestH640To480_RGB16_MMX,
-         ScaleBilinearH640To480_RGB555_Portable, ScaleBilinearH640To480_RGB555_MMX, ScaleBilinearH640To480_RGB555_MMX},
-    {20, ScaleNearestH_RGB16_Portable, ScaleNearestH_RGB16_MMX,
-         ScaleBilinearH_RGB555_Portable, ScaleBilinearH_RGB555_MMX, ScaleBilinearH_RGB555_SSE},
-    {21, ScaleNearestH720To480_RGB24_Portable, ScaleNearestH640To480_RGB24_MMX,
-         ScaleBilinearH720To480_RGB24_Portable, ScaleBilinearH720To480_RGB24_MMX, ScaleBilinearH720To480_RGB24_SSE},
-    {22, ScaleNearestH640To480_RGB24_Portable, ScaleNearestH640To480_RGB24_MMX,
-         ScaleBilinearH640To480_RGB24_Portable, ScaleBilinearH640To480_RGB24_MMX, ScaleBilinearH640To480_RGB24_MMX},
-    {23, ScaleNearestH_RGB24_Portable, ScaleNearestH_RGB24_MMX,
-         ScaleBilinearH_RGB24_Portable, ScaleBilinearH_RGB24_MMX, ScaleBilinearH_RGB24_SSE},
-    {24, ScaleNearestH720To480_Planar_Portable, ScaleNearestH720To480_Planar_MMX,
-         ScaleBilinearH720To480_Planar_Portable, ScaleBilinearH720To480_Planar_MMX, ScaleBilinearH720To480_Planar_SSE},
-    {25, ScaleNearestH640To480_Planar_Portable, ScaleNearestH640To480_Planar_MMX,
-         ScaleBilinearH640To480_Planar_Portable, ScaleBilinearH640To480_Planar_MMX, ScaleBilinearH640To480_Planar_MMX},
-    {26, ScaleNearestH_Planar_Portable, ScaleNearestH_Planar_MMX,
-         ScaleBilinearH_Planar_Portable, ScaleBilinearH_Planar_MMX, ScaleBilinearH_Planar_MMX},
-    {27, ScaleNearest_UYVY_Portable, ScaleNearest_UYVY_MMX,
-         ScaleBilinear_UYVY_Portable, ScaleBilinear_UYVY_MMX, ScaleBilinear_UYVY_SSE},
-    {28, ScaleNearest_YUY2_Portable, ScaleNearest_YUY2_MMX,
-         ScaleBilinear_YUY2_Portable, ScaleBilinear_YUY2_MMX, ScaleBilinear_YUY2_SSE},
-    {29, ScaleNearest_RGB16_Portable, ScaleNearest_RGB16_MMX,
-         ScaleBilinear_RGB565_Portable, ScaleBilinear_RGB565_MMX, ScaleBilinear_RGB565_SSE},
-    {30, ScaleNearest_RGB16_Portable, ScaleNearest_RGB16_MMX,
-         ScaleBilinear_RGB555_Portable, ScaleBilinear_RGB555_MMX, ScaleBilinear_RGB555_SSE},
-    {31, ScaleNearest_RGB24_Portable, ScaleNearest_RGB24_MMX,
-         ScaleBilinear_RGB24_Portable, ScaleBilinear_RGB24_MMX, ScaleBilinear_RGB24_SSE},
-    {32, ScaleNearest_Planar_Portable, ScaleNearest_Planar_MMX,
-         ScaleBilinear_Planar_Portable, ScaleBilinear_Planar_MMX, ScaleBilinear_Planar_MMX},
+const CopyRow kCopyRows[3] = {
+    {0, {Format::Planar, Format::Planar, Format::Planar},
+     {KERNEL(CopyPlane_Portable), CopyWords},
+     {KERNEL(CopyPlane_MMX), CopyBlocks}},
+    {1, {Format::Yuy2, Format::Uyvy, Format::Yuy2},
+     {KERNEL(CopyPacked_Portable), CopyWords},
+     {KERNEL(CopyPacked_MMX), CopyBlocks}},
+    {2, {Format::Rgb24, Format::Rgb555, Format::Rgb565},
+     {KERNEL(CopyPacked_Portable), CopyWords},
+     {KERNEL(CopyPacked_MMX), CopyBlocks}},
 };
 // clang-format on
 
-ScaleKernel ExpectedStatic(const ExpectedScaleRow& row, int slot) {
-    const ScaleKernel bySlot[] = {nullptr,      nullptr,         nullptr,
-                                  row.nearest,  row.nearestMmx,  row.nearestMmx,
-                                  row.bilinear, row.bilinearMmx, row.bilinearSse};
-    return bySlot[slot];
+#undef KERNEL
+
+const ExpectedKernel& ScaleRow::InConstantSlot(int slot) const {
+    switch (slot) {
+        case 3: return nearest;
+        case 4:
+        case 5: return nearestMmx;
+        case 6: return bilinear;
+        case 7: return bilinearMmx;
+        default: return bilinearSse;
+    }
 }
 
-CopyKernel ExpectedStatic(const ExpectedCopyRow& row, int slot) {
-    const bool portable = slot == 1 || slot == 3 || slot == 6;
-    return portable ? row.portable : row.mmx;
+// The automatic slots 0, 1 and 2 hold the kernel of a constant one.
+const ExpectedKernel& ScaleRow::InSlot(int slot, int level, int speedClass) const {
+    if (slot > 2) return InConstantSlot(slot);
+    const bool mmx = LevelHasMmx(level) && row != 9 && row != 12;
+    const int nearestSlot = mmx ? 4 : 3;
+    const int bilinearSlot = mmx ? (level == 2 ? 8 : 7) : 6;
+    const bool isNearest = slot == 1 || (slot == 0 && speedClass < 0);
+    return InConstantSlot(isNearest ? nearestSlot : bilinearSlot);
 }
 
-int ExpectedSource(int row, int automaticSlot, int level, int speedClass) {
-    struct Rule {
-        int fast[3];
-        int slow[3];
-    };
-    constexpr Rule kSse = {{8, 4, 8}, {4, 4, 8}};
-    constexpr Rule kMmx = {{7, 4, 7}, {4, 4, 7}};
-    constexpr Rule kPortable = {{6, 3, 6}, {3, 3, 6}};
-
-    const bool alwaysPortable = row == 9 || row == 12;
-    const Rule& rule = alwaysPortable       ? kPortable
-                       : level == 2         ? kSse
-                       : LevelHasMmx(level) ? kMmx
-                                            : kPortable;
-    return speedClass < 0 ? rule.slow[automaticSlot] : rule.fast[automaticSlot];
+const ExpectedCopy& CopyRow::InConstantSlot(int slot) const {
+    return slot == 1 || slot == 3 || slot == 6 ? portable : mmx;
 }
 
-bool SlotIsBilinear(int slot, int speedClass) {
-    if (slot == 0) return speedClass >= 0;
-    return slot == 2 || slot >= 6;
+const ExpectedCopy& CopyRow::InSlot(int slot, int level) const {
+    if (slot > 0) return InConstantSlot(slot);
+    return LevelHasMmx(level) ? mmx : portable;
+}
+
+const char* NameOf(Format format) {
+    switch (format) {
+        case Format::Planar: return "Planar";
+        case Format::Rgb24: return "RGB24";
+        case Format::Rgb565: return "RGB565";
+        case Format::Rgb555: return "RGB555";
+        case Format::Uyvy: return "UYVY";
+        case Format::Yuy2: return "YUY2";
+        case Format::Words8: return "Words8";
+    }
+    return "?";
+}
+
+const char* NameOf(Axis axis) {
+    switch (axis) {
+        case Axis::Copy: return "Copy";
+        case Axis::Vertical: return "VerticalOnly";
+        case Axis::H720: return "Horizontal720To480";
+        case Axis::H640: return "Horizontal640To480";
+        case Axis::Horizontal: return "HorizontalOnly";
+        case Axis::Both: return "Both";
+    }
+    return "?";
 }
 
 }  // namespace tavo::test

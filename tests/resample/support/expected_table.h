@@ -1,40 +1,58 @@
-// The dispatch table as it has to be, laid down a second time: which kernel stands in which slot at
-// which processor level.
+// What the dispatch table has to hold: which kernel stands in which slot at which processor level,
+// and which bytes it writes. Written down here, not read from the table.
 
 #pragma once
 
-#include "resample/kernel_table.h"
+#include "resample/scale_kernel.h"
+#include "tests/kernel_oracle/kernel_oracle.h"
 
 namespace tavo::test {
 
-// The constant kernels of one row of scalers. Nearest neighbour for SSE is always that for MMX.
-struct ExpectedScaleRow {
-    int row;
-    ScaleKernel nearest;
-    ScaleKernel nearestMmx;
-    ScaleKernel bilinear;
-    ScaleKernel bilinearMmx;
-    ScaleKernel bilinearSse;
+enum class Axis { Copy, Vertical, H720, H640, Horizontal, Both };
+
+const char* NameOf(Format format);
+const char* NameOf(Axis axis);
+
+struct ExpectedKernel {
+    const char* name;
+    ScaleKernel kernel;
+    Oracle oracle;
 };
 
-struct ExpectedCopyRow {
+// The constant kernels of one row of scalers, by slot: 3, 4 and 5, 6, 7, 8.
+struct ScaleRow {
     int row;
-    CopyKernel portable;
-    CopyKernel mmx;
+    Format format;
+    Axis axis;
+    ExpectedKernel nearest;
+    ExpectedKernel nearestMmx;
+    ExpectedKernel bilinear;
+    ExpectedKernel bilinearMmx;
+    ExpectedKernel bilinearSse;
+
+    const ExpectedKernel& InConstantSlot(int slot) const;  // 3 to 8
+    const ExpectedKernel& InSlot(int slot, int level, int speedClass) const;
 };
 
-extern const ExpectedScaleRow kExpectedScaleRows[30];
-extern const ExpectedCopyRow kExpectedCopyRows[3];
+extern const ScaleRow kScaleRows[30];
 
-// Slots 3 to 8.
-ScaleKernel ExpectedStatic(const ExpectedScaleRow& row, int slot);
-// Slots 1 to 8.
-CopyKernel ExpectedStatic(const ExpectedCopyRow& row, int slot);
+struct ExpectedCopy {
+    const char* name;
+    CopyKernel kernel;
+    Oracle oracle;
+};
 
-// The slot whose kernel an automatic slot (0 to 2) of a row of scalers holds.
-int ExpectedSource(int row, int automaticSlot, int level, int speedClass);
+// A copy row serves several formats.
+struct CopyRow {
+    int row;
+    Format formats[3];
+    ExpectedCopy portable;
+    ExpectedCopy mmx;
 
-// Whether a slot's kernel interpolates.
-bool SlotIsBilinear(int slot, int speedClass);
+    const ExpectedCopy& InConstantSlot(int slot) const;  // 1 to 8
+    const ExpectedCopy& InSlot(int slot, int level) const;
+};
+
+extern const CopyRow kCopyRows[3];
 
 }  // namespace tavo::test

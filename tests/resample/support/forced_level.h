@@ -15,15 +15,17 @@ constexpr int kSpeedClasses[] = {-2, -1, 0, 1, 2};
 
 constexpr bool LevelHasMmx(int level) { return level >= 1 && level <= 4; }
 
-// The levels whose kernels this processor can run: all but those that it lacks the instructions
-// for, which only an emulated old processor leaves out.
-inline std::vector<int> RunnableLevels() {
+// Whether this processor has the instructions of a level. Only old ones lack any.
+inline bool CanRunLevel(int level) {
     const int own = GetCpuLevel();
+    if (level == 2) return own == 2;
+    return own != 0 || !LevelHasMmx(level);
+}
+
+inline std::vector<int> RunnableLevels() {
     std::vector<int> levels;
     for (int level : kAllLevels) {
-        if (LevelHasMmx(level) && own == 0) continue;
-        if (level == 2 && own != 2) continue;
-        levels.push_back(level);
+        if (CanRunLevel(level)) levels.push_back(level);
     }
     return levels;
 }

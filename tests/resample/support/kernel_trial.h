@@ -1,5 +1,5 @@
-// Runs one kernel after another on the same picture and maps, everything between guard pages, and
-// compares what they write with an oracle.
+// Runs planar kernels on one picture and its maps, everything between guard pages, and compares
+// what they write with the oracle.
 
 #pragma once
 
@@ -9,38 +9,39 @@
 #include <vector>
 
 #include "resample/scale_kernel.h"
-#include "tests/resample/oracle/axis_oracle.h"
-#include "tests/resample/oracle/planar_oracle.h"
-#include "tests/resample/support/picture_layout.h"
+#include "tests/kernel_oracle/kernel_oracle.h"
+#include "tests/resample/support/kernel_caller.h"
 #include "tests/resample/support/test_data.h"
-#include "tests/support/guarded_buffer.h"
 
 namespace tavo::test {
 
-using ScaleOracle = void (*)(uint8_t* dst, const uint8_t* src, const FrameShape& shape,
-                             const OracleMap& xMap, const OracleMap& yMap);
+// The sizes as a kernel is given them; heights may be negative.
+struct FrameShape {
+    int32_t dstWidth;
+    int32_t dstHeight;
+    int32_t srcWidth;
+    int32_t srcHeight;
+};
 
 class KernelTrial {
   public:
     // With the maps that the sizes call for.
-    KernelTrial(const PictureLayout& layout, const FrameShape& shape, Pattern pattern,
-                uint64_t seed);
+    KernelTrial(const FrameShape& shape, Pattern pattern, uint64_t seed);
 
     // With given maps, of which a kernel reads as many entries as the destination has.
-    KernelTrial(const PictureLayout& layout, const FrameShape& shape, OracleMap xMap,
-                OracleMap yMap, std::vector<uint8_t> source);
+    KernelTrial(const FrameShape& shape, AxisEntries xMap, AxisEntries yMap,
+                std::vector<uint8_t> source);
 
-    // The bytes that the whole destination holds afterwards, those that stay untouched included.
-    std::vector<uint8_t> Expect(ScaleOracle oracle) const;
+    Expectation Expect(Oracle oracle) const;
 
     // Calls the kernel with every buffer and map at the chosen guard. Fails unless the destination
     // then holds exactly these bytes, nothing else changed, the result is the number of rows and
     // the x87 registers are left empty.
-    testing::AssertionResult Run(ScaleKernel kernel, const std::vector<uint8_t>& expected,
+    testing::AssertionResult Run(ScaleKernel kernel, const Expectation& expected,
                                  BufferGuard guard) const;
 
     // Run against the oracle at both guards.
-    testing::AssertionResult Matches(ScaleKernel kernel, ScaleOracle oracle) const;
+    testing::AssertionResult Matches(ScaleKernel kernel, Oracle oracle) const;
 
     // What the kernel writes.
     std::vector<uint8_t> Output(ScaleKernel kernel) const;
@@ -48,13 +49,9 @@ class KernelTrial {
     std::string Describe() const;
 
   private:
-    size_t DestinationSize() const;
-
-    PictureLayout layout_;
     FrameShape shape_;
-    OracleMap xMap_;
-    OracleMap yMap_;
-    std::vector<uint8_t> source_;
+    Maps maps_;
+    Source source_;
     std::string dataName_;
 };
 

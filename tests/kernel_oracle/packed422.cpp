@@ -1,9 +1,9 @@
 // Packed 4:2:2 by maps.
 
-#include "tests/kernel_check/oracle/oracles.h"
-#include "tests/kernel_check/oracle/packed422_pixels.h"
+#include "tests/kernel_oracle/kernel_oracle.h"
+#include "tests/kernel_oracle/packed422_pixels.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 struct Pixel {
@@ -109,4 +109,4 @@ void BilinearHPackedUp(Canvas& out, const Source& s, const Maps& maps) {
     BilinearH(out, s, maps, 1);
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

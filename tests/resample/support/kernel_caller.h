@@ -1,5 +1,5 @@
-// One case in guarded memory: kernels are run on it, one after the other, and what they wrote is
-// compared with what the oracle expects.
+// Calls kernels, one after the other, on a source and maps in guarded memory, and compares what
+// they wrote with what the oracle expects.
 
 #pragma once
 
@@ -7,10 +7,10 @@
 #include <vector>
 
 #include "resample/scale_kernel.h"
-#include "tests/kernel_check/oracle/oracles.h"
+#include "tests/kernel_oracle/kernel_oracle.h"
 #include "tests/support/guarded_buffer.h"
 
-namespace tavo::check {
+namespace tavo::test {
 
 // What a destination of one sign of the height has to hold.
 class Expectation {
@@ -31,17 +31,17 @@ constexpr uint8_t kFills[2] = {0xa7, 0x58};
 
 // How a kernel is called.
 struct CallStyle {
-    int srcHeight;  // as passed
-    bool withXMap;  // otherwise null
-    bool withYMap;
-    unsigned stack;  // 0, 4, 8 or 12 bytes below a multiple of 16, in 32-bit builds
+    int srcHeight;         // as passed
+    bool withXMap = true;  // otherwise null
+    bool withYMap = true;
+    unsigned stack = 0;  // 0, 4, 8 or 12 bytes below a multiple of 16, in 32-bit builds
 };
 
-class Workspace {
+class KernelCaller {
   public:
     // Puts source and maps next to their guards. The entries must stay alive. With a pitch the rows
     // of the source lie that far apart, and the horizontal map says so.
-    void Place(const Source& source, const Maps& maps, test::BufferGuard guard, int pitch = 0);
+    void Place(const Source& source, const Maps& maps, BufferGuard guard, int pitch = 0);
 
     // Nothing, or what is wrong. dstHeight has the sign to call with.
     std::string Run(ScaleKernel kernel, const Expectation& expectation, int dstWidth, int dstHeight,
@@ -52,23 +52,23 @@ class Workspace {
   private:
     class GuardedMap {
       public:
-        void Place(const Entries& entries, test::BufferGuard guard, int pitch);
+        void Place(const AxisEntries& entries, BufferGuard guard, int pitch);
         bool Intact() const;
         const AxisMap* Record() const { return &record_; }
 
       private:
-        test::GuardedBuffer weightBuffer_;
-        test::GuardedBuffer indexBuffer_;
-        const Entries* entries_ = nullptr;
+        GuardedBuffer weightBuffer_;
+        GuardedBuffer indexBuffer_;
+        const AxisEntries* entries_ = nullptr;
         AxisMap record_{};
     };
 
     uint8_t* PlaceDestination(const Expectation& expectation);
     std::string Verdict(const Expectation& expectation, int result, int rows) const;
 
-    test::BufferGuard guard_ = test::BufferGuard::kPageAfter;
-    test::GuardedBuffer dstBuffer_;
-    test::GuardedBuffer srcBuffer_;
+    BufferGuard guard_ = BufferGuard::kPageAfter;
+    GuardedBuffer dstBuffer_;
+    GuardedBuffer srcBuffer_;
     GuardedMap xMap_;
     GuardedMap yMap_;
     int srcWidth_ = 0;
@@ -77,4 +77,4 @@ class Workspace {
     uint8_t* dst_ = nullptr;
 };
 
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -1,8 +1,8 @@
 // One plane of bytes.
 
-#include "tests/kernel_check/oracle/oracles.h"
+#include "tests/kernel_oracle/kernel_oracle.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 int VerticalBlend(const Source& s, int iy, int iy1, int column, int wy) {
@@ -153,4 +153,4 @@ void Bilinear720PlanarUp(Canvas& out, const Source& s, const Maps&) {
     HalvesTail(out, s);
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

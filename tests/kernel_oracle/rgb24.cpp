@@ -1,8 +1,8 @@
 // Pixels of three bytes: blue, green, red.
 
-#include "tests/kernel_check/oracle/oracles.h"
+#include "tests/kernel_oracle/kernel_oracle.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 constexpr int kBytes = 3;
@@ -69,27 +69,16 @@ void NearestRgb24(Canvas& out, const Source& s, const Maps& maps) {
 }
 
 void BilinearRgb24(Canvas& out, const Source& s, const Maps& maps) {
-    const int mainWidth = MainLength(maps.x, out.Width(), s.width - 1, 8);
-    const int mainHeight = MainLength(maps.y, out.Rows(), s.height - 1, 2);
-    for (int y = 0; y < out.Rows(); ++y) {
-        const int iy = maps.y.indices[y];
+    ForCorners(out, s, maps, 8, [&](int y, int x, const Corners& c) {
         const int wy = maps.y.weights[y];
-        for (int x = 0; x < out.Width(); ++x) {
-            const bool inStrip = x >= mainWidth || y >= mainHeight;
-            const int ix = maps.x.indices[x];
-            const bool lastRow = inStrip && s.IsLastRow(iy);
-            const int ix1 = inStrip && s.IsLastColumn(ix) ? ix : ix + 1;
-            for (int byte = 0; byte < kBytes; ++byte) {
-                const int upperLeft = Sample(s, iy, ix, byte);
-                const int upperRight = Sample(s, iy, ix1, byte);
-                const int lowerLeft = lastRow ? upperLeft : Sample(s, iy + 1, ix, byte);
-                const int lowerRight = lastRow ? upperLeft : Sample(s, iy + 1, ix1, byte);
-                const int left = Blend(upperLeft, lowerLeft, wy);
-                const int right = Blend(upperRight, lowerRight, wy);
-                out.Put(y, kBytes * x + byte, Blend(left, right, maps.x.weights[x]));
-            }
+        for (int byte = 0; byte < kBytes; ++byte) {
+            const int left =
+                Blend(Sample(s, c.row, c.column, byte), Sample(s, c.below, c.column, byte), wy);
+            const int right =
+                Blend(Sample(s, c.row, c.right, byte), Sample(s, c.below, c.rightBelow, byte), wy);
+            out.Put(y, kBytes * x + byte, Blend(left, right, maps.x.weights[x]));
         }
-    }
+    });
 }
 
 void NearestHRgb24(Canvas& out, const Source& s, const Maps& maps) {
@@ -173,4 +162,4 @@ void Bilinear720Rgb24(Canvas& out, const Source& s, const Maps&) { Halves(out, s
 
 void Bilinear720Rgb24Up(Canvas& out, const Source& s, const Maps&) { Halves(out, s, 1); }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -1,11 +1,11 @@
 // The canvas, and the edge of an axis.
 
-#include "tests/kernel_check/oracle/picture.h"
+#include "tests/kernel_oracle/picture.h"
 
 #include <cstdio>
 #include <cstdlib>
 
-namespace tavo::check {
+namespace tavo::test {
 
 Canvas::Canvas(Format format, int width, int height)
     : format_(format),
@@ -40,6 +40,11 @@ void Canvas::MayPut(int row, int offset, int value) {
 
 void Canvas::Free(int row, int offset) { Set(row, offset, 0, Rule::Anything); }
 
+void Canvas::EndAfterLastByte() {
+    while (!rules_.empty() && rules_.back() == Rule::Untouched) rules_.pop_back();
+    values_.resize(rules_.size());
+}
+
 size_t Canvas::FirstDifference(const uint8_t* actual, uint8_t fill) const {
     for (size_t place = 0; place < values_.size(); ++place) {
         const bool untouched = actual[place] == fill;
@@ -60,11 +65,11 @@ uint8_t Canvas::Expected(size_t place, uint8_t fill) const {
     return rules_[place] == Rule::Untouched ? fill : values_[place];
 }
 
-int MainLength(const Entries& entries, int count, int lastIndex, int step) {
+int MainLength(const AxisEntries& entries, int count, int lastIndex, int step) {
     for (int i = count - 1; i >= 0; --i) {
         if (entries.indices[static_cast<size_t>(i)] != lastIndex) return i / step * step;
     }
     return 0;
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -1,6 +1,6 @@
 // Calling and judging.
 
-#include "tests/kernel_check/trial.h"
+#include "tests/resample/support/kernel_caller.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -9,13 +9,13 @@
 #include "tests/support/odd_stack.h"
 #include "tests/support/x87_state.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 template <typename Kernel, typename... Arguments>
 int32_t CallOn([[maybe_unused]] unsigned stack, Kernel kernel, Arguments... arguments) {
-#if defined(__i386__)
-    return test::CallOnOddStack(stack, kernel, arguments...);
+#if TAVO_TEST_HAS_ODD_STACK
+    return CallOnOddStack(stack, kernel, arguments...);
 #else
     return kernel(arguments...);
 #endif
@@ -34,7 +34,7 @@ std::vector<uint8_t> BytesAtPitch(const Source& source, int pitch) {
     return bytes;
 }
 
-int FillOf(test::BufferGuard guard) { return guard == test::BufferGuard::kPageAfter ? 0 : 1; }
+int FillOf(BufferGuard guard) { return guard == BufferGuard::kPageAfter ? 0 : 1; }
 
 }  // namespace
 
@@ -59,18 +59,18 @@ std::string Expectation::Compare(const uint8_t* actual, int fill) const {
            std::to_string(filled_[fill][place]);
 }
 
-void Workspace::GuardedMap::Place(const Entries& entries, test::BufferGuard guard, int pitch) {
+void KernelCaller::GuardedMap::Place(const AxisEntries& entries, BufferGuard guard, int pitch) {
     const size_t count = entries.indices.size();
     uint8_t* weights = weightBuffer_.Place(count, guard, 0);
     uint8_t* indices = indexBuffer_.Place(count * sizeof(int32_t), guard, 0);
     for (size_t i = 0; i < count; ++i) weights[i] = static_cast<uint8_t>(entries.weights[i]);
     if (count > 0) std::memcpy(indices, entries.indices.data(), count * sizeof(int32_t));
-    record_ = {static_cast<int32_t>(count),         0,    8, weights,
-               reinterpret_cast<int32_t*>(indices), pitch};
+    const int32_t told = entries.wholeCount > 0 ? entries.wholeCount : static_cast<int32_t>(count);
+    record_ = {told, entries.srcSpan, 8, weights, reinterpret_cast<int32_t*>(indices), pitch};
     entries_ = &entries;
 }
 
-bool Workspace::GuardedMap::Intact() const {
+bool KernelCaller::GuardedMap::Intact() const {
     const size_t count = entries_->indices.size();
     if (!weightBuffer_.Intact() || !indexBuffer_.Intact()) return false;
     for (size_t i = 0; i < count; ++i) {
@@ -80,7 +80,7 @@ bool Workspace::GuardedMap::Intact() const {
            std::memcmp(record_.indices, entries_->indices.data(), count * sizeof(int32_t)) == 0;
 }
 
-void Workspace::Place(const Source& source, const Maps& maps, test::BufferGuard guard, int pitch) {
+void KernelCaller::Place(const Source& source, const Maps& maps, BufferGuard guard, int pitch) {
     guard_ = guard;
     srcWidth_ = source.width;
     srcBytes_ = pitch == 0 ? source.bytes : BytesAtPitch(source, pitch);
@@ -91,13 +91,13 @@ void Workspace::Place(const Source& source, const Maps& maps, test::BufferGuard 
     yMap_.Place(maps.y, guard, 0);
 }
 
-uint8_t* Workspace::PlaceDestination(const Expectation& expectation) {
+uint8_t* KernelCaller::PlaceDestination(const Expectation& expectation) {
     dst_ = dstBuffer_.Place(expectation.Size(), guard_, kFills[FillOf(guard_)]);
     return dst_;
 }
 
-std::string Workspace::Verdict(const Expectation& expectation, int result, int rows) const {
-    if (test::X87TagWord() != test::kEmptyTagWord) {
+std::string KernelCaller::Verdict(const Expectation& expectation, int result, int rows) const {
+    if (X87TagWord() != kEmptyTagWord) {
         asm volatile("emms");
         return "x87 registers in use (missing emms)";
     }
@@ -111,8 +111,8 @@ std::string Workspace::Verdict(const Expectation& expectation, int result, int r
     return expectation.Compare(dst_, FillOf(guard_));
 }
 
-std::string Workspace::Run(ScaleKernel kernel, const Expectation& expectation, int dstWidth,
-                           int dstHeight, const CallStyle& style) {
+std::string KernelCaller::Run(ScaleKernel kernel, const Expectation& expectation, int dstWidth,
+                              int dstHeight, const CallStyle& style) {
     uint8_t* dst = PlaceDestination(expectation);
     const AxisMap* xMap = style.withXMap ? xMap_.Record() : nullptr;
     const AxisMap* yMap = style.withYMap ? yMap_.Record() : nullptr;
@@ -121,11 +121,11 @@ std::string Workspace::Run(ScaleKernel kernel, const Expectation& expectation, i
     return Verdict(expectation, result, std::abs(dstHeight));
 }
 
-std::string Workspace::Run(CopyKernel kernel, const Expectation& expectation, int width, int height,
-                           int bitsPerPixel, unsigned stack) {
+std::string KernelCaller::Run(CopyKernel kernel, const Expectation& expectation, int width,
+                              int height, int bitsPerPixel, unsigned stack) {
     uint8_t* dst = PlaceDestination(expectation);
     const int32_t result = CallOn(stack, kernel, dst, src_, width, height, bitsPerPixel);
     return Verdict(expectation, result, std::abs(height));
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

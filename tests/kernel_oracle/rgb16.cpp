@@ -1,8 +1,8 @@
 // Pixels of one little-endian word with three fields of bits.
 
-#include "tests/kernel_check/oracle/oracles.h"
+#include "tests/kernel_oracle/kernel_oracle.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 int Word(const Source& s, int row, int column) {
@@ -72,26 +72,14 @@ void NearestRgb16(Canvas& out, const Source& s, const Maps& maps) {
 }
 
 void BilinearRgb16(Canvas& out, const Source& s, const Maps& maps) {
-    const int mainWidth = MainLength(maps.x, out.Width(), s.width - 1, 4);
-    const int mainHeight = MainLength(maps.y, out.Rows(), s.height - 1, 2);
-    for (int y = 0; y < out.Rows(); ++y) {
-        const int iy = maps.y.indices[y];
+    ForCorners(out, s, maps, 4, [&](int y, int x, const Corners& c) {
         const int wy = maps.y.weights[y];
-        for (int x = 0; x < out.Width(); ++x) {
-            const bool inStrip = x >= mainWidth || y >= mainHeight;
-            const int ix = maps.x.indices[x];
-            const bool lastRow = inStrip && s.IsLastRow(iy);
-            const bool lastColumn = inStrip && s.IsLastColumn(ix);
-            const Fields upperLeft = PixelFields(s, iy, ix);
-            const Fields upperRight = lastColumn ? upperLeft : PixelFields(s, iy, ix + 1);
-            const Fields lowerLeft = lastRow ? upperLeft : PixelFields(s, iy + 1, ix);
-            const Fields lowerRight =
-                lastRow || lastColumn ? lowerLeft : PixelFields(s, iy + 1, ix + 1);
-            const Fields left = BlendFields(upperLeft, lowerLeft, wy);
-            const Fields right = BlendFields(upperRight, lowerRight, wy);
-            PutFields(out, y, x, BlendFields(left, right, maps.x.weights[x]));
-        }
-    }
+        const Fields left =
+            BlendFields(PixelFields(s, c.row, c.column), PixelFields(s, c.below, c.column), wy);
+        const Fields right =
+            BlendFields(PixelFields(s, c.row, c.right), PixelFields(s, c.below, c.rightBelow), wy);
+        PutFields(out, y, x, BlendFields(left, right, maps.x.weights[x]));
+    });
 }
 
 void NearestHRgb16(Canvas& out, const Source& s, const Maps& maps) {
@@ -132,4 +120,4 @@ void Bilinear720Rgb16(Canvas& out, const Source& s, const Maps&) { Halves(out, s
 
 void Bilinear720Rgb16Up(Canvas& out, const Source& s, const Maps&) { Halves(out, s, 1); }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -1,8 +1,8 @@
 // Frames of unchanged size.
 
-#include "tests/kernel_check/oracle/oracles.h"
+#include "tests/kernel_oracle/kernel_oracle.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 // In the order of memory, whichever row of the picture is stored first.
@@ -11,6 +11,7 @@ void CopyRows(Canvas& out, const Source& s, int moved) {
         const int row = out.RowStoredAt(stored);
         for (int at = 0; at < moved; ++at) out.Put(row, at, s.At(row, at));
     }
+    out.EndAfterLastByte();
 }
 
 int RowBytes(const Canvas& out) { return BytesPerPixel(out.PixelFormat()) * out.Width(); }
@@ -23,4 +24,4 @@ void CopyBlocks(Canvas& out, const Source& s, const Maps&) {
     CopyRows(out, s, (RowBytes(out) + 7) / 8 * 8);
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

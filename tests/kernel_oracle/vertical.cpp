@@ -1,9 +1,9 @@
 // Height only, every format. Nearest neighbour copies the padding of a row with it; bilinear may
 // blend it or leave it as it was.
 
-#include "tests/kernel_check/oracle/oracles.h"
+#include "tests/kernel_oracle/kernel_oracle.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 void PutByte(Canvas& out, int y, int at, int value) {
@@ -58,4 +58,4 @@ void BilinearVertical(Canvas& out, const Source& s, const Maps& maps) {
     }
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -7,12 +7,15 @@
 #include <cstdint>
 #include <vector>
 
-namespace tavo::check {
+#include "tests/kernel_oracle/axis_entries.h"
 
-enum class Format { Planar, Rgb24, Rgb565, Rgb555, Uyvy, Yuy2 };
+namespace tavo::test {
+
+// Words8 has one byte a pixel and rows of whole words. No video has it, but copies take any depth.
+enum class Format { Planar, Rgb24, Rgb565, Rgb555, Uyvy, Yuy2, Words8 };
 
 inline int BytesPerPixel(Format format) {
-    if (format == Format::Planar) return 1;
+    if (format == Format::Planar || format == Format::Words8) return 1;
     return format == Format::Rgb24 ? 3 : 2;
 }
 
@@ -23,13 +26,9 @@ inline int StrideOf(Format format, int width) {
 }
 
 // The entries of both axes, as far as the destination reaches.
-struct Entries {
-    std::vector<int> indices;
-    std::vector<int> weights;
-};
 struct Maps {
-    Entries x;
-    Entries y;
+    AxisEntries x;
+    AxisEntries y;
 };
 
 struct Source {
@@ -66,6 +65,9 @@ class Canvas {
     // A byte of whatever value.
     void Free(int row, int offset);
 
+    // Ends the canvas behind the last byte that has been put.
+    void EndAfterLastByte();
+
     // The bytes that a kernel may touch at all.
     size_t Size() const { return values_.size(); }
 
@@ -100,6 +102,35 @@ inline int Blend(int a, int b, int weight) { return a + FloorDivide((b - a) * we
 
 // How many entries come before the edge of an axis: the last entry that does not name the last
 // source sample, rounded down to a multiple of step; 0 when every entry names it.
-int MainLength(const Entries& entries, int count, int lastIndex, int step);
+int MainLength(const AxisEntries& entries, int count, int lastIndex, int step);
 
-}  // namespace tavo::check
+// Where the four samples of a blend lie. In the strips at the edges, what would lie outside is
+// replaced by what is inside.
+struct Corners {
+    int row;
+    int column;
+    int right;
+    int below;
+    int rightBelow;  // the column in the row below
+};
+
+// Calls use(y, x, corners) for every pixel. The strips begin after the main block, which is a
+// multiple of widthStep pixels wide and of two rows high.
+template <typename Use>
+void ForCorners(const Canvas& out, const Source& s, const Maps& maps, int widthStep, Use use) {
+    const int mainWidth = MainLength(maps.x, out.Width(), s.width - 1, widthStep);
+    const int mainHeight = MainLength(maps.y, out.Rows(), s.height - 1, 2);
+    for (int y = 0; y < out.Rows(); ++y) {
+        for (int x = 0; x < out.Width(); ++x) {
+            const int row = maps.y.indices[y];
+            const int column = maps.x.indices[x];
+            const bool inStrip = x >= mainWidth || y >= mainHeight;
+            const int right = inStrip && s.IsLastColumn(column) ? column : column + 1;
+            const bool lastRow = inStrip && s.IsLastRow(row);
+            use(y, x,
+                Corners{row, column, right, lastRow ? row : row + 1, lastRow ? column : right});
+        }
+    }
+}
+
+}  // namespace tavo::test

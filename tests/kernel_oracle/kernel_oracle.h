@@ -3,9 +3,9 @@
 
 #pragma once
 
-#include "tests/kernel_check/oracle/picture.h"
+#include "tests/kernel_oracle/picture.h"
 
-namespace tavo::check {
+namespace tavo::test {
 
 // Fills the canvas as a kernel fills a destination of its size. A function without maps is for a
 // fixed ratio. The formats that a function serves are those of its family.
@@ -68,8 +68,8 @@ void Bilinear720Packed(Canvas& out, const Source& source, const Maps& maps);
 void NearestVertical(Canvas& out, const Source& source, const Maps& maps);
 void BilinearVertical(Canvas& out, const Source& source, const Maps& maps);
 
-// copies.cpp: rows of rowBytes bytes; blocks of eight reach beyond the end of a row, and read as
-// far from the source, which has to be that long. Rows are stored in the order of memory.
+// copies.cpp: rows of bytes, without their padding, in the order of memory; blocks of eight reach
+// beyond the end of a row. The canvas ends with the last byte that is moved, and so may the source.
 void CopyWords(Canvas& out, const Source& source, const Maps& maps);
 void CopyBlocks(Canvas& out, const Source& source, const Maps& maps);
 
@@ -83,4 +83,4 @@ Fields Unpack(Format format, int pixel);
 int Pack(Format format, const Fields& fields);
 Fields BlendFields(const Fields& a, const Fields& b, int weight);
 
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -2,8 +2,9 @@
 // to even. All other steps of the map are exact in double arithmetic and need no rounding: the
 // fraction of x, a quarter added to it, and the multiplication by 256.
 
-#include "tests/resample/oracle/axis_oracle.h"
+#include "tests/kernel_oracle/axis_entries.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdlib>
 
@@ -57,23 +58,30 @@ uint64_t In256ths(Binary value) {
 
 }  // namespace
 
-OracleMap MakeOracleMap(int32_t srcLen, int32_t dstLen) {
+AxisEntries MakeAxisEntries(int32_t srcLen, int32_t dstLen) {
+    AxisEntries map;
+    if (dstLen == 0) return map;
     const auto source = static_cast<uint64_t>(std::llabs(srcLen));
     const auto count = static_cast<uint64_t>(std::llabs(dstLen));
     const uint64_t quarter = source >= count ? 64 : 0;
     const Binary ratio = RoundedQuotient(source, count);
 
-    OracleMap map;
     map.srcSpan = static_cast<int32_t>(In256ths(RoundedProduct(count, ratio)) >> 8);
     map.indices.reserve(count);
     map.weights.reserve(count);
     for (uint64_t i = 0; i < count; ++i) {
         const uint64_t position = In256ths(RoundedProduct(i, ratio));
-        const uint64_t weight = position % 256 + quarter;
         map.indices.push_back(static_cast<int32_t>(position / 256));
-        map.weights.push_back(static_cast<uint8_t>(weight > 255 ? 255 : weight));
+        map.weights.push_back(static_cast<int>(std::min<uint64_t>(position % 256 + quarter, 255)));
     }
     return map;
+}
+
+AxisEntries FirstEntries(AxisEntries whole, int32_t count) {
+    whole.wholeCount = static_cast<int32_t>(whole.indices.size());
+    whole.indices.resize(static_cast<size_t>(count));
+    whole.weights.resize(static_cast<size_t>(count));
+    return whole;
 }
 
 }  // namespace tavo::test

@@ -2,9 +2,9 @@
 
 #pragma once
 
-#include "tests/kernel_check/oracle/picture.h"
+#include "tests/kernel_oracle/picture.h"
 
-namespace tavo::check {
+namespace tavo::test {
 
 inline int Luma(const Source& s, int row, int pixel) {
     return s.At(row, 2 * pixel + (s.format == Format::Uyvy ? 1 : 0));
@@ -23,4 +23,4 @@ inline void PutChroma(Canvas& out, int y, int group, int which, int value) {
     out.Put(y, 4 * group + 2 * which + (out.PixelFormat() == Format::Uyvy ? 0 : 1), value);
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test

@@ -1,9 +1,9 @@
 // Packed 4:2:2 at the fixed ratios, group by group.
 
-#include "tests/kernel_check/oracle/oracles.h"
-#include "tests/kernel_check/oracle/packed422_pixels.h"
+#include "tests/kernel_oracle/kernel_oracle.h"
+#include "tests/kernel_oracle/packed422_pixels.h"
 
-namespace tavo::check {
+namespace tavo::test {
 namespace {
 
 // One group of source pixels and the destination pixels that it gives.
@@ -108,4 +108,4 @@ void Bilinear640PackedDimmed(Canvas& out, const Source& s, const Maps&) {
     });
 }
 
-}  // namespace tavo::check
+}  // namespace tavo::test
