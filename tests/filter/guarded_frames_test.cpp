@@ -38,7 +38,7 @@ void CheckScaling(const PixelFormat& format, Size from, Size to, BufferGuard gua
         rig.settings->SetScaleMethod(method);
         EXPECT_TRUE(Matches(nearest, rig.Frame(source))) << "method " << method;
     }
-    const Expected bilinear = BilinearPlanarInterior(format, source, from, to);
+    const Expected bilinear = BilinearPlanar(format, source, from, to);
     const bool hasInterior =
         std::find(bilinear.settled.begin(), bilinear.settled.end(), true) != bilinear.settled.end();
     for (const int method : {10, 11, 12, 2, 0}) {

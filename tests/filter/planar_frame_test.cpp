@@ -71,10 +71,9 @@ TEST_F(PlanarFrameTest, NearestNeighbourTakesTheMappedSampleInEveryPlane) {
     });
 }
 
-TEST_F(PlanarFrameTest, BilinearFollowsTheFormulaAwayFromTheEdges) {
+TEST_F(PlanarFrameTest, BilinearFollowsTheFormula) {
     ForEachScaling([](const PixelFormat& format, const Scaling& scaling, ScalingRig& rig) {
-        const Expected want =
-            BilinearPlanarInterior(format, rig.SourceBytes(), scaling.from, scaling.to);
+        const Expected want = BilinearPlanar(format, rig.SourceBytes(), scaling.from, scaling.to);
         for (const int method : {VantrelMethodBilinear, VantrelMethodBilinearMmx,
                                  VantrelMethodBilinearSse, VantrelMethodBilinearAuto}) {
             EXPECT_TRUE(Matches(want, rig.Scaled(method))) << "method " << method;
@@ -132,9 +131,9 @@ TEST_F(PlanarFrameTest, ANegativeOutputHeightTurnsI420AndNoOtherPlanarFormat) {
             NearestPlanar(format, rig.SourceBytes(), {64, 48}, {40, 36}, format.keepsHeightSign),
             rig.Scaled(VantrelMethodNearest)))
             << format.name;
-        EXPECT_TRUE(Matches(BilinearPlanarInterior(format, rig.SourceBytes(), {64, 48}, {40, 36},
-                                                   format.keepsHeightSign),
-                            rig.Scaled(VantrelMethodBilinear)))
+        EXPECT_TRUE(Matches(
+            BilinearPlanar(format, rig.SourceBytes(), {64, 48}, {40, 36}, format.keepsHeightSign),
+            rig.Scaled(VantrelMethodBilinear)))
             << format.name;
     }
 }
@@ -143,7 +142,7 @@ TEST_F(PlanarFrameTest, TheMethodCanChangeFromFrameToFrame) {
     const PixelFormat& format = Format("IYUV");
     ScalingRig rig(format, {{64, 48}, {40, 36}});
     const Expected nearest = NearestPlanar(format, rig.SourceBytes(), {64, 48}, {40, 36});
-    const Expected bilinear = BilinearPlanarInterior(format, rig.SourceBytes(), {64, 48}, {40, 36});
+    const Expected bilinear = BilinearPlanar(format, rig.SourceBytes(), {64, 48}, {40, 36});
     for (int i = 0; i < 3; ++i) {
         EXPECT_TRUE(Matches(nearest, rig.Scaled(VantrelMethodNearest)));
         EXPECT_TRUE(Matches(bilinear, rig.Scaled(VantrelMethodBilinear)));
@@ -168,10 +167,10 @@ TEST_F(PixelFrameTest, NearestNeighbourTakesTheMappedPixelInEveryFormat) {
     }
 }
 
-TEST_F(PixelFrameTest, BilinearRgb24FollowsTheFormulaAwayFromTheEdges) {
+TEST_F(PixelFrameTest, BilinearRgb24FollowsTheFormula) {
     for (const Scaling& scaling : kScalings) {
         ScalingRig rig(Format("RGB24"), scaling);
-        const Expected want = BilinearRgb24Interior(rig.SourceBytes(), scaling.from, scaling.to);
+        const Expected want = BilinearRgb24(rig.SourceBytes(), scaling.from, scaling.to);
         for (const int method : {VantrelMethodBilinear, VantrelMethodBilinearMmx}) {
             EXPECT_TRUE(Matches(want, rig.Scaled(method)))
                 << "to " << scaling.to.width << ", method " << method;

@@ -7,6 +7,7 @@
 #include "tests/resample/support/forced_level.h"
 
 namespace tavo::test {
+
 std::vector<Backend> RunnableBackends() {
     std::vector<Backend> backends;
     for (const InstructionSetInfo& info : InstructionSets()) {

@@ -76,6 +76,7 @@ class Canvas {
     size_t FirstDifference(const uint8_t* actual, uint8_t fill) const;
 
     uint8_t Expected(size_t place, uint8_t fill) const;
+    bool IsExact(size_t place) const { return rules_[place] == Rule::Exact; }
 
   private:
     enum class Rule : uint8_t { Untouched, Exact, ExactOrUntouched, Anything };

@@ -1,6 +1,6 @@
-// What a frame must look like after scaling, computed here from the formulas.
+// What a frame must look like after scaling, as the oracle of the kernels says.
 //
-//   const Expected want = NearestPlanar(format, source, 352, 288, 176, 144);
+//   const Expected want = NearestPlanar(format, source, {352, 288}, {176, 144});
 //   EXPECT_TRUE(Matches(want, sample.bytes));
 #pragma once
 
@@ -36,17 +36,18 @@ struct Size {
 Expected NearestPlanar(const PixelFormat& format, const std::vector<uint8_t>& source, Size from,
                        Size to, bool bottomUp = false);
 
-// The part of each plane in which no edge is in reach.
-Expected BilinearPlanarInterior(const PixelFormat& format, const std::vector<uint8_t>& source,
-                                Size from, Size to, bool bottomUp = false);
+// The same by blending. Of a plane that the maps reach out of, only the part is settled that no
+// edge is in reach of.
+Expected BilinearPlanar(const PixelFormat& format, const std::vector<uint8_t>& source, Size from,
+                        Size to, bool bottomUp = false);
 
-// The same for every format, where both axes change: pixels of the other formats as a whole, but
-// the chroma of a packed pair as the mean of those of its two pixels.
+// Nearest neighbour for every format, where both axes change: pixels of the other formats as a
+// whole, but the chroma of a packed pair as the mean of those of its two pixels.
 Expected NearestFrame(const PixelFormat& format, const std::vector<uint8_t>& source, Size from,
                       Size to);
 
-// RGB24 pixels away from the edges.
-Expected BilinearRgb24Interior(const std::vector<uint8_t>& source, Size from, Size to);
+// RGB24 pixels by blending.
+Expected BilinearRgb24(const std::vector<uint8_t>& source, Size from, Size to);
 
 // A picture of unchanged size.
 Expected CopiedFrame(const PixelFormat& format, const std::vector<uint8_t>& source, Size size,
