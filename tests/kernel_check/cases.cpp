@@ -42,6 +42,14 @@ class Planner {
 
     int Between(int low, int high) { return random_.Between(low, high); }
 
+    // Calls add(source, destination) for every pair of short lengths.
+    template <typename AddPair>
+    void ShortPairs(AddPair add) {
+        for (int source = kShortest; source <= kLongestShort; ++source) {
+            for (int dst = kShortest; dst <= kLongestShort; ++dst) add(source, dst);
+        }
+    }
+
     // A quick walk takes one of 23 of the systematic cases.
     bool TakesPart() { return !effort_.quick || ++turn_ % 23 == 0; }
 
@@ -80,11 +88,9 @@ class Planner {
     }
 
     void Widths() {
-        for (int source = kShortest; source <= kLongestShort; ++source) {
-            for (int dst = kShortest; dst <= kLongestShort; ++dst) {
-                if (TakesPart()) Add({source, 0, dst, Between(1, 4)});
-            }
-        }
+        ShortPairs([&](int source, int dst) {
+            if (TakesPart()) Add({source, 0, dst, Between(1, 4)});
+        });
         for (int source : kLengths) {
             for (int dst : kLengths) {
                 if (TakesPart()) Add({source, 0, dst, Between(1, 3)});
@@ -104,11 +110,9 @@ class Planner {
     }
 
     void Heights() {
-        for (int source = kShortest; source <= kLongestShort; ++source) {
-            for (int dst = kShortest; dst <= kLongestShort; ++dst) {
-                if (TakesPart()) Add({0, source, Between(1, 40), dst});
-            }
-        }
+        ShortPairs([&](int source, int dst) {
+            if (TakesPart()) Add({0, source, Between(1, 40), dst});
+        });
         for (int width = 1; width <= 70; ++width) Add({0, Between(1, 9), width, Between(1, 9)});
         for (int width : kLengths) {
             for (int times = 0; times < (effort_.quick ? 1 : 4); ++times) {
@@ -132,12 +136,10 @@ class Planner {
     }
 
     void BothAxes() {
-        for (int source = kShortest; source <= kLongestShort; ++source) {
-            for (int dst = kShortest; dst <= kLongestShort; ++dst) {
-                if (TakesPart()) Add({source, Between(1, 16), dst, Between(1, 16)});
-                if (TakesPart()) Add({Between(1, 40), source, Between(1, 40), dst});
-            }
-        }
+        ShortPairs([&](int source, int dst) {
+            if (TakesPart()) Add({source, Between(1, 16), dst, Between(1, 16)});
+            if (TakesPart()) Add({Between(1, 40), source, Between(1, 40), dst});
+        });
         for (int source : kLengths) {
             for (int dst : kLengths) {
                 if (!TakesPart()) continue;

@@ -107,4 +107,17 @@ Picture ScaleRowWith(ScaleKernel kernel, const Picture& source, const AxisEntrie
                      MakeAxisEntries(source.height, source.height));
 }
 
+void ExpectRowsInReverse(const NamedKernel& kernel, const Picture& source, int dstWidth) {
+    const Picture down = Scale(kernel.kernel, source, {dstWidth, source.height});
+    const Picture up = Scale(kernel.kernel, source, {dstWidth, -source.height});
+    for (int y = 0; y < source.height; ++y) {
+        EXPECT_EQ(up.Row(source.height - 1 - y), down.Row(y)) << kernel.name << ' ' << y;
+    }
+}
+
+void ExpectNotAsMapped(ScaleKernel fixed, ScaleKernel mapped, const Picture& source, int dstWidth) {
+    const Size size = {dstWidth, source.height};
+    EXPECT_NE(Scale(fixed, source, size).bytes, Scale(mapped, source, size).bytes);
+}
+
 }  // namespace tavo::test

@@ -30,6 +30,11 @@ struct NamedKernel {
 #define NAMED(kernel) \
     NamedKernel { #kernel, kernel }
 
+struct FormatKernel {
+    Format format;
+    NamedKernel kernel;
+};
+
 // What the bytes hold that a kernel leaves alone.
 constexpr uint8_t kLeftAlone = 0xee;
 
@@ -70,5 +75,12 @@ Picture ScaleWith(ScaleKernel kernel, const Picture& source, Size size, const Ax
 Picture ScaleRowWith(ScaleKernel kernel, const Picture& source, const AxisEntries& x);
 
 constexpr int kBytesBehind = 8;
+
+// That a kernel writes the same rows from the bottom up when the height is negative. The height of
+// the source stays.
+void ExpectRowsInReverse(const NamedKernel& kernel, const Picture& source, int dstWidth);
+
+// That a kernel of a fixed ratio does not write what the map of its sizes would give.
+void ExpectNotAsMapped(ScaleKernel fixed, ScaleKernel mapped, const Picture& source, int dstWidth);
 
 }  // namespace tavo::test

@@ -10,31 +10,26 @@
 namespace tavo::test {
 namespace {
 
-struct OfFormat {
-    Format format;
-    NamedKernel kernel;
-};
-
-constexpr OfFormat kNearest[] = {{Format::Yuy2, NAMED(ScaleNearest_YUY2_Portable)},
-                                 {Format::Yuy2, NAMED(ScaleNearest_YUY2_MMX)},
-                                 {Format::Uyvy, NAMED(ScaleNearest_UYVY_Portable)},
-                                 {Format::Uyvy, NAMED(ScaleNearest_UYVY_MMX)}};
-constexpr OfFormat kNearestH[] = {{Format::Yuy2, NAMED(ScaleNearestH_YUY2_Portable)},
-                                  {Format::Yuy2, NAMED(ScaleNearestH_YUY2_MMX)},
-                                  {Format::Uyvy, NAMED(ScaleNearestH_UYVY_Portable)},
-                                  {Format::Uyvy, NAMED(ScaleNearestH_UYVY_MMX)}};
-constexpr OfFormat kBilinear[] = {{Format::Yuy2, NAMED(ScaleBilinear_YUY2_Portable)},
-                                  {Format::Yuy2, NAMED(ScaleBilinear_YUY2_MMX)},
-                                  {Format::Yuy2, NAMED(ScaleBilinear_YUY2_SSE)},
-                                  {Format::Uyvy, NAMED(ScaleBilinear_UYVY_Portable)},
-                                  {Format::Uyvy, NAMED(ScaleBilinear_UYVY_MMX)},
-                                  {Format::Uyvy, NAMED(ScaleBilinear_UYVY_SSE)}};
-constexpr OfFormat kBilinearH[] = {{Format::Yuy2, NAMED(ScaleBilinearH_YUY2_Portable)},
-                                   {Format::Yuy2, NAMED(ScaleBilinearH_YUY2_MMX)},
-                                   {Format::Yuy2, NAMED(ScaleBilinearH_YUY2_SSE)},
-                                   {Format::Uyvy, NAMED(ScaleBilinearH_UYVY_Portable)},
-                                   {Format::Uyvy, NAMED(ScaleBilinearH_UYVY_MMX)},
-                                   {Format::Uyvy, NAMED(ScaleBilinearH_UYVY_SSE)}};
+constexpr FormatKernel kNearest[] = {{Format::Yuy2, NAMED(ScaleNearest_YUY2_Portable)},
+                                     {Format::Yuy2, NAMED(ScaleNearest_YUY2_MMX)},
+                                     {Format::Uyvy, NAMED(ScaleNearest_UYVY_Portable)},
+                                     {Format::Uyvy, NAMED(ScaleNearest_UYVY_MMX)}};
+constexpr FormatKernel kNearestH[] = {{Format::Yuy2, NAMED(ScaleNearestH_YUY2_Portable)},
+                                      {Format::Yuy2, NAMED(ScaleNearestH_YUY2_MMX)},
+                                      {Format::Uyvy, NAMED(ScaleNearestH_UYVY_Portable)},
+                                      {Format::Uyvy, NAMED(ScaleNearestH_UYVY_MMX)}};
+constexpr FormatKernel kBilinear[] = {{Format::Yuy2, NAMED(ScaleBilinear_YUY2_Portable)},
+                                      {Format::Yuy2, NAMED(ScaleBilinear_YUY2_MMX)},
+                                      {Format::Yuy2, NAMED(ScaleBilinear_YUY2_SSE)},
+                                      {Format::Uyvy, NAMED(ScaleBilinear_UYVY_Portable)},
+                                      {Format::Uyvy, NAMED(ScaleBilinear_UYVY_MMX)},
+                                      {Format::Uyvy, NAMED(ScaleBilinear_UYVY_SSE)}};
+constexpr FormatKernel kBilinearH[] = {{Format::Yuy2, NAMED(ScaleBilinearH_YUY2_Portable)},
+                                       {Format::Yuy2, NAMED(ScaleBilinearH_YUY2_MMX)},
+                                       {Format::Yuy2, NAMED(ScaleBilinearH_YUY2_SSE)},
+                                       {Format::Uyvy, NAMED(ScaleBilinearH_UYVY_Portable)},
+                                       {Format::Uyvy, NAMED(ScaleBilinearH_UYVY_MMX)},
+                                       {Format::Uyvy, NAMED(ScaleBilinearH_UYVY_SSE)}};
 
 bool RoundsUp(ScaleKernel kernel) {
     constexpr ScaleKernel kSse[] = {ScaleBilinear_YUY2_SSE, ScaleBilinear_UYVY_SSE,
@@ -54,7 +49,7 @@ AxisEntries OneToOne(int count, int weight) {
 // Both axes
 
 TEST_P(Figures, PackedNearestAtOneToOneGivesTheSourceBack) {
-    for (const OfFormat& k : kNearest) {
+    for (const FormatKernel& k : kNearest) {
         const Picture source = RandomPicture(k.format, 38, 5, 41);
         const Picture out = Scale(k.kernel.kernel, source, {38, 5});
         for (int y = 0; y < 5; ++y) EXPECT_EQ(out.Row(y), source.Row(y)) << k.kernel.name;
@@ -65,7 +60,7 @@ TEST_P(Figures, PackedNearestAveragesTheChromaOfTwoGroupsTruncating) {
     const std::vector<PackedGroup> groups = {{1, 2, 10, 101}, {3, 4, 11, 104}};
     for (const auto& kernels : {kNearest, kNearestH}) {
         for (int i = 0; i < 4; ++i) {
-            const OfFormat& k = kernels[i];
+            const FormatKernel& k = kernels[i];
             const Picture source = MakeGroups(k.format, groups);
             const Picture out =
                 ScaleWith(k.kernel.kernel, source, {2, 1}, {{1, 2}, {0, 0}}, {{0}, {0}});
@@ -76,7 +71,7 @@ TEST_P(Figures, PackedNearestAveragesTheChromaOfTwoGroupsTruncating) {
 
 TEST_P(Figures, PackedBilinearOfSseRoundsTheChromaAverageUp) {
     const std::vector<PackedGroup> groups = {{1, 2, 10, 101}, {3, 4, 11, 104}};
-    for (const OfFormat& k : kBilinear) {
+    for (const FormatKernel& k : kBilinear) {
         const Picture source = MakeGroups(k.format, groups);
         const Picture out =
             ScaleWith(k.kernel.kernel, source, {2, 1}, {{1, 2}, {0, 0}}, {{0}, {0}});
@@ -96,7 +91,7 @@ TEST_P(Figures, PackedOddWidthStaysWithinItsStride) {
             }
         }
     }
-    for (const OfFormat& k : kBilinear) {
+    for (const FormatKernel& k : kBilinear) {
         const Picture source = RandomPicture(k.format, 6, 2, 43);
         const Picture out = Scale(k.kernel.kernel, source, {3, 1});
         EXPECT_EQ(out.bytes[8], kLeftAlone) << k.kernel.name;
@@ -106,7 +101,7 @@ TEST_P(Figures, PackedOddWidthStaysWithinItsStride) {
 TEST_P(Figures, PackedBilinearBlendsAcrossBeforeDown) {
     // Across, 0 and 5 at 100 give 1, 1 and 9 at 100 give 4; down, 1 and 4 at 180 give 3.
     // Down first it would be 0 and 7, and then 2.
-    for (const OfFormat& k : kBilinear) {
+    for (const FormatKernel& k : kBilinear) {
         const Picture source =
             MakeRows(k.format, {{{0, 5, 0, 0}, {0, 0, 0, 0}}, {{1, 9, 0, 0}, {0, 0, 0, 0}}});
         const Picture out =
@@ -117,7 +112,7 @@ TEST_P(Figures, PackedBilinearBlendsAcrossBeforeDown) {
 
 TEST_P(Figures, PackedBilinearLastRowBlendsBackAtOddPixelsOnly) {
     const std::vector<PackedGroup> groups = {{100, 120, 40, 60}, {200, 7, 80, 20}};
-    for (const OfFormat& k : kBilinear) {
+    for (const FormatKernel& k : kBilinear) {
         const Picture source = MakeGroups(k.format, groups);
         const Picture out =
             ScaleWith(k.kernel.kernel, source, {2, 1}, {{0, 1}, {128, 128}}, {{0}, {64}});
@@ -135,14 +130,11 @@ TEST_P(Figures, PackedBilinearLastRowBlendsBackAtOddPixelsOnly) {
 // Width only
 
 TEST_P(Figures, PackedWidthNegativeHeightStoresTheRowsInReverse) {
-    const auto expectReversed = [](const OfFormat& k, int srcWidth, int dstWidth) {
-        const Picture source = RandomPicture(k.format, srcWidth, 5, 44);
-        const Picture down = Scale(k.kernel.kernel, source, {dstWidth, 5});
-        const Picture up = Scale(k.kernel.kernel, source, {dstWidth, -5});
-        for (int y = 0; y < 5; ++y) EXPECT_EQ(up.Row(4 - y), down.Row(y)) << k.kernel.name;
+    const auto expectReversed = [](const FormatKernel& k, int srcWidth, int dstWidth) {
+        ExpectRowsInReverse(k.kernel, RandomPicture(k.format, srcWidth, 5, 44), dstWidth);
     };
-    for (const OfFormat& k : kNearestH) expectReversed(k, 34, 50);
-    for (const OfFormat& k : kBilinearH) expectReversed(k, 34, 50);
+    for (const FormatKernel& k : kNearestH) expectReversed(k, 34, 50);
+    for (const FormatKernel& k : kBilinearH) expectReversed(k, 34, 50);
     for (const NamedKernel& k : kFixed720Yuy2) expectReversed({Format::Yuy2, k}, 720, 480);
     for (const NamedKernel& k : kFixed720Uyvy) expectReversed({Format::Uyvy, k}, 720, 480);
     for (const NamedKernel& k : kFixed640Yuy2) expectReversed({Format::Yuy2, k}, 640, 480);
@@ -150,7 +142,7 @@ TEST_P(Figures, PackedWidthNegativeHeightStoresTheRowsInReverse) {
 }
 
 TEST_P(Figures, PackedWidthSourceHeightAndVerticalMapHaveNoEffect) {
-    const auto expectNoEffect = [](const OfFormat& k, int srcWidth, int dstWidth) {
+    const auto expectNoEffect = [](const FormatKernel& k, int srcWidth, int dstWidth) {
         Picture source = RandomPicture(k.format, srcWidth, 3, 45);
         const Picture usual = Scale(k.kernel.kernel, source, {dstWidth, 3});
         AxisEntries x = OneToOne(dstWidth, 0);
@@ -163,15 +155,15 @@ TEST_P(Figures, PackedWidthSourceHeightAndVerticalMapHaveNoEffect) {
         EXPECT_EQ(mapped.bytes, other.bytes) << k.kernel.name;
         EXPECT_EQ(usual.bytes.size(), other.bytes.size()) << k.kernel.name;
     };
-    for (const OfFormat& k : kNearestH) expectNoEffect(k, 34, 50);
-    for (const OfFormat& k : kBilinearH) expectNoEffect(k, 34, 50);
+    for (const FormatKernel& k : kNearestH) expectNoEffect(k, 34, 50);
+    for (const FormatKernel& k : kBilinearH) expectNoEffect(k, 34, 50);
     for (const NamedKernel& k : kFixed720Yuy2) expectNoEffect({Format::Yuy2, k}, 720, 480);
     for (const NamedKernel& k : kFixed640Uyvy) expectNoEffect({Format::Uyvy, k}, 640, 480);
 }
 
 TEST_P(Figures, PackedWidthLastPixelRepeatsItsLumaAndTheChromaOfItsGroup) {
     const std::vector<PackedGroup> groups = {{1, 2, 10, 100}, {3, 77, 33, 66}};
-    for (const OfFormat& k : kBilinearH) {
+    for (const FormatKernel& k : kBilinearH) {
         const Picture source = MakeGroups(k.format, groups);
         const Picture out =
             ScaleRowWith(k.kernel.kernel, source, {{0, 1, 3, 3, 3, 3}, {0, 0, 1, 128, 254, 255}});
@@ -182,7 +174,7 @@ TEST_P(Figures, PackedWidthLastPixelRepeatsItsLumaAndTheChromaOfItsGroup) {
 
 TEST_P(Figures, PackedWidthAtEqualWidthsAppliesTheQuarterPixel) {
     const std::vector<PackedGroup> groups = {{100, 20, 40, 60}, {60, 200, 80, 20}};
-    for (const OfFormat& k : kBilinearH) {
+    for (const FormatKernel& k : kBilinearH) {
         const Picture source = MakeGroups(k.format, groups);
         const Picture out = Scale(k.kernel.kernel, source, {4, 1});
         // 100 + (-80 * 64 >> 8) = 80; 20 + (40 >> 2) = 30; 60 + (140 >> 2) = 95; 200.
@@ -193,7 +185,7 @@ TEST_P(Figures, PackedWidthAtEqualWidthsAppliesTheQuarterPixel) {
 }
 
 TEST_P(Figures, PackedWidthNearestAtEqualWidthsGivesTheSourceBack) {
-    for (const OfFormat& k : kNearestH) {
+    for (const FormatKernel& k : kNearestH) {
         const Picture source = RandomPicture(k.format, 50, 3, 46);
         const Picture out = Scale(k.kernel.kernel, source, {50, 3});
         for (int y = 0; y < 3; ++y) EXPECT_EQ(out.Row(y), source.Row(y)) << k.kernel.name;

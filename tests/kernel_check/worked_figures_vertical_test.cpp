@@ -9,12 +9,7 @@
 namespace tavo::test {
 namespace {
 
-struct OfFormat {
-    Format format;
-    NamedKernel kernel;
-};
-
-constexpr OfFormat kBilinear[] = {
+constexpr FormatKernel kBilinear[] = {
     {Format::Uyvy, NAMED(ScaleBilinearV_UYVY_Portable)},
     {Format::Yuy2, NAMED(ScaleBilinearV_YUY2_Portable)},
     {Format::Yuy2, NAMED(ScaleBilinearV_YUY2_MMX)},
@@ -33,7 +28,7 @@ constexpr OfFormat kBilinear[] = {
     {Format::Planar, NAMED(ScaleBilinearV_Planar_SSE)},
 };
 
-constexpr OfFormat kNearest[] = {
+constexpr FormatKernel kNearest[] = {
     {Format::Yuy2, NAMED(ScaleNearestV_YUY2_Portable)},
     {Format::Yuy2, NAMED(ScaleNearestV_YUY2_MMX)},
     {Format::Rgb565, NAMED(ScaleNearestV_RGB16_Portable)},
@@ -56,7 +51,7 @@ Picture PictureOf(Format format, int width, int height, uint64_t seed) {
 }
 
 TEST_P(Figures, VerticalLastSourceRowIsCopiedWithoutReadingOn) {
-    for (const OfFormat& k : kBilinear) {
+    for (const FormatKernel& k : kBilinear) {
         const Picture source = PictureOf(k.format, kWidth, 2, 31);
         const Picture out =
             ScaleWith(k.kernel.kernel, source, {kWidth, 3}, {}, {{0, 1, 1}, {0, 128, 255}});
@@ -67,7 +62,7 @@ TEST_P(Figures, VerticalLastSourceRowIsCopiedWithoutReadingOn) {
 }
 
 TEST_P(Figures, VerticalEnlargementByTwoCopiesEvenRows) {
-    for (const OfFormat& k : kBilinear) {
+    for (const FormatKernel& k : kBilinear) {
         const Picture source = PictureOf(k.format, kWidth, 4, 32);
         const Picture out = Scale(k.kernel.kernel, source, {kWidth, 8});
         for (int y = 0; y < 4; ++y) {
@@ -78,7 +73,7 @@ TEST_P(Figures, VerticalEnlargementByTwoCopiesEvenRows) {
 }
 
 TEST_P(Figures, VerticalEnlargementByTwoMakesOddRowsTheFloorAverage) {
-    for (const OfFormat& k : kBilinear) {
+    for (const FormatKernel& k : kBilinear) {
         if (k.format == Format::Rgb555 || k.format == Format::Rgb565) continue;
         const Picture source = PictureOf(k.format, kWidth, 4, 33);
         const Picture out = Scale(k.kernel.kernel, source, {kWidth, 8});
@@ -100,7 +95,7 @@ TEST_P(Figures, VerticalEnlargementByTwoAveragesFieldsOfBits) {
         MakePicture(Format::Rgb565, 2, {{0x21, 0x08, 0x00, 0x00}, {0x42, 0x10, 0xff, 0xff}});
     const Picture rgb555 =
         MakePicture(Format::Rgb555, 2, {{0x21, 0x04, 0x00, 0x00}, {0x42, 0x08, 0xff, 0x7f}});
-    for (const OfFormat& k : kBilinear) {
+    for (const FormatKernel& k : kBilinear) {
         if (k.format == Format::Rgb565) {
             const Picture out = Scale(k.kernel.kernel, rgb565, {2, 4});
             EXPECT_EQ(out.Word(1, 0), 0x0821) << k.kernel.name;
@@ -114,8 +109,8 @@ TEST_P(Figures, VerticalEnlargementByTwoAveragesFieldsOfBits) {
 }
 
 template <size_t kCount>
-void ExpectReversed(const OfFormat (&kernels)[kCount]) {
-    for (const OfFormat& k : kernels) {
+void ExpectReversed(const FormatKernel (&kernels)[kCount]) {
+    for (const FormatKernel& k : kernels) {
         const Picture source = PictureOf(k.format, kWidth, 5, 34);
         const Picture down = Scale(k.kernel.kernel, source, {kWidth, 9});
         const Picture up = Scale(k.kernel.kernel, source, {kWidth, -9});
@@ -131,7 +126,7 @@ TEST_P(Figures, VerticalANegativeHeightStoresTheRowsInReverse) {
 }
 
 TEST_P(Figures, VerticalNearestCopiesTheIndexedRows) {
-    for (const OfFormat& k : kNearest) {
+    for (const FormatKernel& k : kNearest) {
         const Picture source = RandomPicture(k.format, kWidth, 4, 35);
         const Picture out =
             ScaleWith(k.kernel.kernel, source, {kWidth, 3}, {}, {{0, 2, 3}, {9, 99, 255}});
@@ -151,7 +146,7 @@ TEST_P(Figures, VerticalRgb555ClearsBit15WhenBilinearAndCopiesItWhenNearest) {
         }
         return true;
     };
-    for (const OfFormat& k : kBilinear) {
+    for (const FormatKernel& k : kBilinear) {
         if (k.format != Format::Rgb555) continue;
         for (int height : {1, 2, 3, 7}) {
             EXPECT_TRUE(everyWord(Scale(k.kernel.kernel, source, {9, height}), 0x7fff))
