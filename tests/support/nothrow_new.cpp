@@ -4,21 +4,14 @@
 #include <cstdlib>
 #include <new>
 
+#include "tests/support/refusals.h"
+
 namespace {
 
-thread_local bool t_failing = false;
-thread_local int t_allowed = 0;
-thread_local int t_refused = 0;
+thread_local tavo_test::Refusals t_refusals;
 
 void* Allocate(std::size_t size) noexcept {
-    if (t_failing) {
-        if (t_allowed <= 0) {
-            ++t_refused;
-            return nullptr;
-        }
-        --t_allowed;
-    }
-    return std::malloc(size ? size : 1);
+    return t_refusals.RefuseNext() ? nullptr : std::malloc(size ? size : 1);
 }
 
 }  // namespace
@@ -29,14 +22,10 @@ void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { return 
 
 namespace tavo_test {
 
-FailNothrowNew::FailNothrowNew(int after) {
-    t_allowed = after;
-    t_refused = 0;
-    t_failing = true;
-}
+FailNothrowNew::FailNothrowNew(int after) { t_refusals.Start(after); }
 
-FailNothrowNew::~FailNothrowNew() { t_failing = false; }
+FailNothrowNew::~FailNothrowNew() { t_refusals.End(); }
 
-int FailNothrowNew::refused() const { return t_refused; }
+int FailNothrowNew::refused() const { return t_refusals.Refused(); }
 
 }  // namespace tavo_test

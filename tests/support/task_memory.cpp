@@ -6,24 +6,14 @@
 
 #include <cstdlib>
 
+#include "tests/support/refusals.h"
+
 namespace tavo_test {
 namespace {
 
 thread_local long t_live = 0;
-thread_local bool t_failing = false;
-thread_local int t_allowed = 0;
-thread_local int t_refused = 0;
+thread_local Refusals t_refusals;
 thread_local bool t_growingNothing = false;  // a Realloc of a null pointer is on its way
-
-bool Refuse() {
-    if (!t_failing) return false;
-    if (t_allowed > 0) {
-        --t_allowed;
-        return false;
-    }
-    ++t_refused;
-    return true;
-}
 
 class Spy final : public IMallocSpy {
   public:
@@ -37,7 +27,9 @@ class Spy final : public IMallocSpy {
     STDMETHODIMP_(ULONG) AddRef() override { return 2; }
     STDMETHODIMP_(ULONG) Release() override { return 1; }
 
-    STDMETHODIMP_(SIZE_T) PreAlloc(SIZE_T size) override { return Refuse() ? 0 : size; }
+    STDMETHODIMP_(SIZE_T) PreAlloc(SIZE_T size) override {
+        return t_refusals.RefuseNext() ? 0 : size;
+    }
     STDMETHODIMP_(void*) PostAlloc(void* block) override {
         if (block) ++t_live;
         return block;
@@ -53,7 +45,7 @@ class Spy final : public IMallocSpy {
     PreRealloc(void* block, SIZE_T size, void** newBlock, WINBOOL) override {
         *newBlock = block;
         t_growingNothing = !block;
-        return Refuse() ? 0 : size;
+        return t_refusals.RefuseNext() ? 0 : size;
     }
     STDMETHODIMP_(void*) PostRealloc(void* block, WINBOOL) override {
         if (block && t_growingNothing) ++t_live;
@@ -80,14 +72,10 @@ const bool g_installed = (InstallOnce(), true);
 
 long LiveTaskBlocks() { return g_installed ? t_live : 0; }
 
-FailTaskMemory::FailTaskMemory(int after) {
-    t_allowed = after;
-    t_refused = 0;
-    t_failing = true;
-}
+FailTaskMemory::FailTaskMemory(int after) { t_refusals.Start(after); }
 
-FailTaskMemory::~FailTaskMemory() { t_failing = false; }
+FailTaskMemory::~FailTaskMemory() { t_refusals.End(); }
 
-int FailTaskMemory::refused() const { return t_refused; }
+int FailTaskMemory::refused() const { return t_refusals.Refused(); }
 
 }  // namespace tavo_test

@@ -56,24 +56,23 @@ STDMETHODIMP TestFilter::Stop() {
     return S_OK;
 }
 
-STDMETHODIMP TestFilter::Pause() {
-    if (const auto injected = calls_.Enter("Pause")) return *injected;
+HRESULT TestFilter::GoTo(FILTER_STATE state) {
     if (state_ == State_Stopped) {
         const HRESULT hr = OnPauseFromStopped();
         if (FAILED(hr)) return hr;
     }
-    state_ = State_Paused;
+    state_ = state;
     return S_OK;
+}
+
+STDMETHODIMP TestFilter::Pause() {
+    if (const auto injected = calls_.Enter("Pause")) return *injected;
+    return GoTo(State_Paused);
 }
 
 STDMETHODIMP TestFilter::Run(REFERENCE_TIME) {
     if (const auto injected = calls_.Enter("Run")) return *injected;
-    if (state_ == State_Stopped) {
-        const HRESULT hr = OnPauseFromStopped();
-        if (FAILED(hr)) return hr;
-    }
-    state_ = State_Running;
-    return S_OK;
+    return GoTo(State_Running);
 }
 
 STDMETHODIMP TestFilter::GetState(DWORD, FILTER_STATE* state) {

@@ -55,6 +55,8 @@ class TestFilter : public IBaseFilter, private LiveObject<LiveKind::kFilter> {
     virtual HRESULT OnPauseFromStopped() { return S_OK; }
 
   private:
+    HRESULT GoTo(FILTER_STATE state);  // paused or running
+
     std::atomic<long> references_ = 1;
     CallLog calls_;
     std::atomic<FILTER_STATE> state_ = State_Stopped;
