@@ -6,8 +6,8 @@
 #include <fstream>
 #include <iterator>
 
-#include "tests/host/movie_files.h"
-#include "tests/host/run_program.h"
+#include "tests/host/avi/movie_files.h"
+#include "tests/host/cli/run_program.h"
 #include "tests/support/unmanaged_windows.h"
 
 namespace tavo {

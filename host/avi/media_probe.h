@@ -1,0 +1,57 @@
+// A look into a media file, ahead of the platform's own: what kind it is, whether it is whole, and
+// what decoders do not tell. Says what went wrong better than they do.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "host/avi/aspect_ratio.h"
+#include "host/avi/byte_store.h"
+
+namespace tavo {
+
+enum class MediaKind {
+    Unknown,
+    Text,
+    Picture,
+    Sound,  // a kind of file that holds nothing else
+    Avi,
+    Mp4,
+    Matroska,
+    Ogg,
+    Flv,
+    Asf,
+    MpegTs,
+    MpegPs,
+};
+
+struct MediaFacts {
+    MediaKind kind = MediaKind::Unknown;
+    bool cutOff = false;      // ends before it should
+    bool hasHeaders = false;  // what follows was told by the file
+    bool hasVideo = false;
+    bool hasSound = false;
+    bool isEmpty = false;  // its video has no frames
+    std::string codec;     // of the first video, as the file names it: "avc1", "V_VP9"
+    AspectRatio pixel;     // of the first video; unknown when it is square or not told
+    int rotation = 0;      // degrees clockwise, for showing it: 0, 90, 180, 270
+};
+
+// Reads little of the file. Nothing in it is trusted.
+MediaFacts ProbeMedia(ByteStore& store);
+
+// What no decoder can change: the file has no video to decode. Empty when it may have one. `name`
+// is how the file is called in the text.
+std::wstring WhyNoVideo(const std::wstring& name, const MediaFacts& facts);
+
+// Where decoders come from.
+enum class Platform { Windows, Wine32, Wine64 };
+
+// Why a file that the platform found no way to decode was not decoded, and what would help.
+std::wstring WhyNotDecoded(const std::wstring& name, const MediaFacts& facts, Platform platform);
+
+// A file that gave no frame though there was a way to decode it.
+std::wstring WhyNoFrames(const std::wstring& name, const MediaFacts& facts);
+
+}  // namespace tavo

@@ -1,0 +1,137 @@
+// vantrel: scales a video file with the filter Mira Vantrel and writes it as an AVI, or plays it.
+
+#include <windows.h>
+
+#include <filesystem>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "host/cli/console.h"
+#include "host/cli/options.h"
+#include "host/cli/processor_text.h"
+#include "host/graph/error_text.h"
+#include "host/graph/filter_factory.h"
+#include "host/graph/graph_run.h"
+#include "host/graph/graph_text.h"
+#include "host/graph/input_file.h"
+#include "host/graph/playback.h"
+#include "host/graph/video_graph.h"
+
+namespace tavo {
+namespace {
+
+enum ExitCode { kDone = 0, kFailed = 1, kWrongCommandLine = 2, kStopped = 3 };
+
+int Complain(const std::wstring& error, int code) {
+    PrintError(L"vantrel: " + error + L"\n");
+    return code;
+}
+
+// What can be said about the output before anything is done with it.
+std::wstring CheckOutput(const Options& options) {
+    const std::filesystem::path output = options.output;
+    const std::filesystem::path input = options.input;
+    std::error_code ignored;
+    const std::wstring out = L"\"" + output.wstring() + L"\"";
+    if (std::filesystem::is_directory(output, ignored)) return out + L" is a folder";
+    if (std::filesystem::equivalent(input, output, ignored)) {
+        return L"the input and the output are the same file, \"" + input.wstring() + L"\"";
+    }
+    const std::filesystem::path folder = output.parent_path();
+    if (!folder.empty() && !std::filesystem::is_directory(folder, ignored)) {
+        return L"the folder of " + out + L" does not exist";
+    }
+    if (!options.overwrite && std::filesystem::exists(output, ignored)) {
+        return out + L" is there already; --overwrite replaces it";
+    }
+    return {};
+}
+
+int Write(const Options& options, VideoGraph& graph, StopRequest& stop, const InputFile& input) {
+    const RunResult result = RunGraph(graph, options, stop);
+    if (!options.quiet && result.file.frames > 0) PrintOut(StatisticsText(graph, result));
+    if (result.gaveNoFrame) {
+        return Complain(WhyNoFrames(input.Name(), input.facts), kFailed);
+    }
+    if (input.IsCutOff() && !result.stopped) {
+        PrintError(L"vantrel: warning: " + input.Name() +
+                   L" is cut off; all whole frames were read\n");
+    }
+    if (!result.error.empty()) return Complain(result.error, kFailed);
+    if (result.stopped) {
+        const uint64_t frames = result.file.frames + result.file.repeats;
+        return Complain(L"stopped after " + std::to_wstring(frames) + L" frames", kStopped);
+    }
+    return kDone;
+}
+
+int Play(const Options& options, VideoGraph& graph, StopRequest& stop) {
+    const PlayResult result = PlayGraph(graph, stop, options.pages);
+    if (!options.quiet && result.error.empty()) PrintOut(FiguresText(graph, result.figures));
+    if (!result.error.empty()) return Complain(result.error, kFailed);
+    return result.stopped ? Complain(L"stopped", kStopped) : kDone;
+}
+
+int Scale(const Options& options) {
+    InputFile input;
+    std::wstring error = OpenInput(options.input, input);
+    if (error.empty() && !options.ToScreen()) error = CheckOutput(options);
+    if (!error.empty()) return Complain(error, kFailed);
+
+    FilterFactory factory;
+    if (options.registered) {
+        error = factory.UseRegistered();
+    } else {
+        error = factory.UseModule(options.module.empty() ? ProgramFolder() / L"TavoResample.ax"
+                                                         : std::filesystem::path(options.module));
+    }
+    if (!error.empty()) return Complain(error, kFailed);
+
+    if (options.pages) {
+        const HRESULT hr = factory.AnnouncePages();
+        if (FAILED(hr))
+            return Complain(L"the property pages are missing: " + ErrorText(hr), kFailed);
+    }
+
+    StopRequest stop;
+    const auto graph = BuildVideoGraph(options, factory, input, error);
+    if (!graph) return Complain(error, kFailed);
+    if (options.graph) PrintOut(GraphText(graph->builder.Get()));
+    if (stop.IsSet()) return Complain(L"stopped before the first frame", kStopped);
+
+    return options.ToScreen() ? Play(options, *graph, stop) : Write(options, *graph, stop, input);
+}
+
+int Run(const std::vector<std::wstring_view>& arguments) {
+    const ParsedOptions parsed = ParseOptions(arguments);
+    if (!parsed.error.empty()) {
+        return Complain(parsed.error + L"; try --help", kWrongCommandLine);
+    }
+    if (parsed.options.help) return PrintOut(UsageText()), kDone;
+    if (parsed.options.version) return PrintOut(L"vantrel " TAVO_VERSION L"\n"), kDone;
+
+    if (parsed.options.cpu) return PrintOut(ThisProcessorText()), kDone;
+
+    // Windows belong to one thread, and so do the objects that show them.
+    const HRESULT hr = CoInitializeEx(
+        nullptr, parsed.options.ToScreen() ? COINIT_APARTMENTTHREADED : COINIT_MULTITHREADED);
+    if (FAILED(hr)) return Complain(L"COM is not available: " + ErrorText(hr), kFailed);
+    const int code = Scale(parsed.options);
+    CoUninitialize();
+    return code;
+}
+
+}  // namespace
+}  // namespace tavo
+
+int wmain(int count, wchar_t** values) {
+    try {
+        return tavo::Run(std::vector<std::wstring_view>(values + 1, values + count));
+    } catch (const std::bad_alloc&) {
+        return tavo::Complain(L"out of memory", tavo::kFailed);
+    } catch (const std::exception&) {
+        return tavo::Complain(L"an unexpected error of the C++ library", tavo::kFailed);
+    }
+}

@@ -1,0 +1,281 @@
+// Parses the command line; each option is a row of a table.
+
+#include "host/cli/options.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+#include <vector>
+
+#include "host/graph/settings_names.h"
+
+namespace tavo {
+namespace {
+
+using std::wstring;
+using std::wstring_view;
+
+constexpr int kLargestEdge = 65535;
+// The rate counts in hundredths, and a frame lasts at least one unit of 100 ns.
+constexpr double kLowestFps = 0.01;
+constexpr double kHighestFps = 100000.0;
+
+// Numbers are ASCII; anything else becomes a character that no number contains.
+std::string Narrow(wstring_view text) {
+    std::string narrow;
+    for (const wchar_t c : text) narrow += c > 0 && c < 128 ? static_cast<char>(c) : '?';
+    return narrow;
+}
+
+template <typename Number>
+std::optional<Number> ParseNumber(wstring_view text) {
+    const std::string narrow = Narrow(text);
+    Number value{};
+    const char* end = narrow.data() + narrow.size();
+    const auto [stop, error] = std::from_chars(narrow.data(), end, value);
+    return error == std::errc{} && stop == end ? std::optional(value) : std::nullopt;
+}
+
+std::optional<int> ParseEdge(wstring_view text) {
+    const std::optional<int> value = ParseNumber<int>(text);
+    return value && *value >= 0 && *value <= kLargestEdge ? value : std::nullopt;
+}
+
+wstring Quoted(wstring_view text) { return L"\"" + wstring(text) + L"\""; }
+
+bool TakeEdges(Options& options, wstring_view value) {
+    const size_t cross = value.find_first_of(L"xX");
+    if (cross == wstring_view::npos) return false;
+    const auto width = ParseEdge(value.substr(0, cross));
+    const auto height = ParseEdge(value.substr(cross + 1));
+    if (!width || !height) return false;
+    options.width = *width;
+    options.height = *height;
+    return true;
+}
+
+// The two say the same thing in two ways: the second to come is one too many.
+wstring SetSize(Options& options, wstring_view value) {
+    if (options.fit) return L"--size and --fit exclude each other";
+    if (TakeEdges(options, value)) {
+        options.sized = true;
+        return {};
+    }
+    return L"--size wants WIDTHxHEIGHT, each from 0 (as the source) to 65535, and not " +
+           Quoted(value);
+}
+
+wstring SetFit(Options& options, wstring_view value) {
+    if (options.sized) return L"--size and --fit exclude each other";
+    if (TakeEdges(options, value) && options.width > 0 && options.height > 0) {
+        options.fit = true;
+        return {};
+    }
+    return L"--fit wants WIDTHxHEIGHT, each from 1 to 65535, and not " + Quoted(value);
+}
+
+// A decimal number, or a fraction such as 30000/1001.
+wstring SetFps(Options& options, wstring_view value) {
+    const size_t slash = value.find(L'/');
+    std::optional<double> fps = ParseNumber<double>(value.substr(0, slash));
+    if (slash != wstring_view::npos && fps) {
+        const auto divisor = ParseNumber<double>(value.substr(slash + 1));
+        fps = divisor && *divisor > 0 ? std::optional(*fps / *divisor) : std::nullopt;
+    }
+    // Written so that what is not a number is refused too.
+    if (!fps || !(*fps >= kLowestFps && *fps <= kHighestFps)) {
+        return L"--fps wants frames per second from 0.01 to 100000, and not " + Quoted(value);
+    }
+    options.fps = *fps;
+    return {};
+}
+
+wstring SetNamed(int& target, std::span<const SettingName> names, const wchar_t* option,
+                 wstring_view value) {
+    const std::optional<int> code = FindSetting(names, value);
+    if (!code) {
+        return wstring(option) + L" knows no " + Quoted(value) + L", only " + ListSettings(names);
+    }
+    target = *code;
+    return {};
+}
+
+struct OptionRow {
+    const wchar_t* name;
+    // Exactly one of the two: a switch, or an option with a value. Returns an error or nothing.
+    bool Options::*flag;
+    wstring (*set)(Options&, wstring_view value);
+};
+
+const OptionRow kOptions[] = {
+    {L"--size", nullptr, SetSize},
+    {L"--fit", nullptr, SetFit},
+    {L"--method", nullptr,
+     [](Options& o, wstring_view v) { return SetNamed(o.method, MethodNames(), L"--method", v); }},
+    {L"--format", nullptr,
+     [](Options& o, wstring_view v) { return SetNamed(o.format, FormatNames(), L"--format", v); }},
+    {L"--type", nullptr,
+     [](Options& o, wstring_view v) { return SetNamed(o.type, TypeNames(), L"--type", v); }},
+    {L"--fps", nullptr, SetFps},
+    {L"--as-is", &Options::asIs, nullptr},
+    {L"--overwrite", &Options::overwrite, nullptr},
+    {L"--module", nullptr,
+     [](Options& o, wstring_view v) {
+         o.module = v;
+         return v.empty() ? wstring(L"--module wants the path of a file") : wstring();
+     }},
+    {L"--registered", &Options::registered, nullptr},
+    {L"--graph", &Options::graph, nullptr},
+    {L"--quiet", &Options::quiet, nullptr},
+    {L"--play", &Options::play, nullptr},
+    {L"--pages", &Options::pages, nullptr},
+    {L"--cpu", &Options::cpu, nullptr},
+    {L"--help", &Options::help, nullptr},
+    {L"-h", &Options::help, nullptr},
+    {L"/?", &Options::help, nullptr},
+    {L"--version", &Options::version, nullptr},
+};
+
+const OptionRow* FindOption(wstring_view name) {
+    for (const OptionRow& row : kOptions) {
+        if (name == row.name) return &row;
+    }
+    return nullptr;
+}
+
+// Takes the option at `next` and its value, and moves `next` past both.
+wstring TakeOption(Options& options, std::span<const wstring_view> arguments, size_t& next) {
+    const wstring_view argument = arguments[next++];
+    const size_t equals = argument.find(L'=');
+    const wstring_view name = argument.substr(0, equals);
+    const OptionRow* row = FindOption(name);
+    if (row == nullptr) return L"there is no option " + Quoted(name);
+    if (row->flag != nullptr) {
+        if (equals != wstring_view::npos) return wstring(name) + L" takes no value";
+        options.*row->flag = true;
+        return {};
+    }
+    if (equals != wstring_view::npos) return row->set(options, argument.substr(equals + 1));
+    if (next >= arguments.size()) return wstring(name) + L" wants a value";
+    return row->set(options, arguments[next++]);
+}
+
+wstring CheckFilesToWrite(const std::vector<wstring_view>& files) {
+    if (files.empty()) return L"the names of the input and of the output file are missing";
+    if (files.size() == 1) return L"the name of the output file is missing";
+    if (files.size() > 2) return L"one input and one output, but there is also " + Quoted(files[2]);
+    return {};
+}
+
+// Not by the platform's rules for paths: they differ from build to build.
+bool IsNamedAvi(wstring_view file) {
+    constexpr wstring_view kExtension = L".avi";
+    const size_t slash = file.find_last_of(L"/\\:");
+    const wstring_view name = slash == wstring_view::npos ? file : file.substr(slash + 1);
+    return name.size() > kExtension.size() &&
+           std::ranges::equal(name.substr(name.size() - kExtension.size()), kExtension, {},
+                              [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c + 32 : c; });
+}
+
+wstring CheckFilesToPlay(const std::vector<wstring_view>& files) {
+    if (files.empty()) return L"the name of the input file is missing";
+    if (files.size() > 1) return L"one input and no output, but there is also " + Quoted(files[1]);
+    return {};
+}
+
+wstring TakeFiles(Options& options, const std::vector<wstring_view>& files) {
+    if (options.help || options.version || options.cpu) return {};
+    if (options.play && options.pages) return L"--play and --pages exclude each other";
+    const wstring error = options.ToScreen() ? CheckFilesToPlay(files) : CheckFilesToWrite(files);
+    if (!error.empty()) return error;
+    if (std::ranges::any_of(files, &wstring_view::empty)) return L"the name of a file is empty";
+    if (options.registered && !options.module.empty()) {
+        return L"--registered and --module exclude each other";
+    }
+    if (options.asIs && options.fps > 0) return L"--as-is and --fps exclude each other";
+    options.input = files[0];
+    if (options.ToScreen()) return {};
+    options.output = files[1];
+    // The folder of a name that ends with a slash is told as such later.
+    const bool folder = options.output.find_last_of(L"/\\") + 1 == options.output.size();
+    if (folder || IsNamedAvi(options.output)) return {};
+    return L"the output is an AVI file: its name has to end with .avi, and not be " +
+           Quoted(options.output);
+}
+
+}  // namespace
+
+ParsedOptions ParseOptions(std::span<const wstring_view> arguments) {
+    ParsedOptions parsed;
+    std::vector<wstring_view> files;
+    bool optionsEnded = false;
+    for (size_t next = 0; next < arguments.size();) {
+        const wstring_view argument = arguments[next];
+        const bool isOption =
+            !optionsEnded && ((argument.size() > 1 && argument[0] == L'-') || argument == L"/?");
+        if (!isOption) {
+            files.push_back(argument);
+            ++next;
+        } else if (argument == L"--") {
+            optionsEnded = true;
+            ++next;
+        } else {
+            parsed.error = TakeOption(parsed.options, arguments, next);
+            if (!parsed.error.empty()) return parsed;
+        }
+    }
+    parsed.error = TakeFiles(parsed.options, files);
+    return parsed;
+}
+
+wstring UsageText() {
+    return LR"(Usage: vantrel INPUT OUTPUT.avi [options]
+       vantrel --play INPUT [options]
+       vantrel --pages INPUT [options]
+       vantrel --cpu
+
+Scales the video in INPUT with the filter Mira Vantrel and writes it, uncompressed, to OUTPUT.avi,
+or plays it in a window.
+
+  --play          play the video; ends with it, with Esc, or when its window is closed; the space
+                  bar pauses
+  --pages         play it over and over beside the filter's property pages; ends when these or the
+                  window are closed
+  --size WxH      size of the output; 0 for either keeps that side of the source, so that 640x0
+                  changes the width alone and with it the shape of the picture (default 0x0)
+  --fit WxH       the largest size within this box that keeps the shape of the picture; smaller
+                  pictures stay as they are
+  --method NAME   how to scale (default AUTO)
+  --format NAME   the only pixel format that the filter may take (default AUTO: any)
+  --type NAME     the only kind of format block that the filter may take (default AUTO: any)
+  --fps N         fixed frame rate: frames are repeated and dropped; 29.97 or 30000/1001
+  --as-is         write frame for frame, whatever the times of the frames
+  --overwrite     replace OUTPUT.avi if it is there
+  --registered    use the filter that is registered on this system
+  --module PATH   use the filter in this file (default: TavoResample.ax beside this program)
+  --graph         print the filters, pins and media types that were connected
+  --quiet         no progress and no statistics
+  --cpu           print what is known of the processor and which code will run on it
+  --help, -h, /?  this text
+  --version       version of this program
+
+Formats hold sizes of their own: planar pictures are even in width and height (YVU9: multiples of
+4), packed 4:2:2 ones even in width. Sizes between are rounded up.
+
+Without --fps and --as-is, frames that come at irregular times keep them: the file has the rate that
+suits their distances, and shows frames for as long as they last.
+
+Methods: )" +
+           ListSettings(MethodNames()) +
+           L"\n         or, for short, \"nearest\" and \"bilinear\", also with -auto, -mmx, -sse"
+           L"\nFormats: " +
+           ListSettings(FormatNames()) + L"; \"I420\" is IYUV\nTypes:   " +
+           ListSettings(TypeNames()) +
+           LR"(
+
+Ctrl-C stops early; what was written until then is a complete file. There is no sound.
+Exit codes: 0 done, 1 failed, 2 wrong command line, 3 stopped by Ctrl-C.
+)";
+}
+
+}  // namespace tavo

@@ -1,0 +1,256 @@
+// The AVI sink: frames to the writer, the end of the stream and failures to the graph.
+
+#include "host/filters/avi_sink_filter.h"
+
+#include <new>
+#include <utility>
+
+namespace {
+
+// {5D7B0E3C-9C0A-4B52-8A0E-0C2F6B1D7A29}; never registered.
+constexpr CLSID kSinkClass = {
+    0x5d7b0e3c, 0x9c0a, 0x4b52, {0x8a, 0x0e, 0x0c, 0x2f, 0x6b, 0x1d, 0x7a, 0x29}};
+
+constexpr tavo::FrameRate kUnknownRate = {25, 1};
+
+HRESULT ReasonOf(tavo::IoResult io) {
+    return io == tavo::IoResult::DiskFull ? HRESULT_FROM_WIN32(ERROR_DISK_FULL)
+                                          : HRESULT_FROM_WIN32(ERROR_WRITE_FAULT);
+}
+
+}  // namespace
+
+CAviSinkPin::CAviSinkPin(CAviSink* filter, CCritSec* lock, HRESULT* phr)
+    : CBaseInputPin(NAME("AVI sink pin"), filter, lock, phr, L"Input"), m_sink(*filter) {}
+
+HRESULT CAviSinkPin::CheckMediaType(const CMediaType* type) {
+    return tavo::ReadVideoType(*type) ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
+}
+
+HRESULT CAviSinkPin::SetMediaType(const CMediaType* type) {
+    const auto video = tavo::ReadVideoType(*type);
+    if (!video) return VFW_E_TYPE_NOT_ACCEPTED;
+    m_video = *video;
+    return CBaseInputPin::SetMediaType(type);
+}
+
+STDMETHODIMP CAviSinkPin::Receive(IMediaSample* sample) {
+    const HRESULT hr = CBaseInputPin::Receive(sample);
+    if (hr != S_OK) return hr;
+    if ((m_SampleProps.dwSampleFlags & AM_SAMPLE_TYPECHANGED) != 0) {
+        const auto video = tavo::ReadVideoType(*m_SampleProps.pMediaType);
+        if (!video || video->video != m_video.video) {
+            return m_sink.Fail(tavo::IoResult::Ok, VFW_E_TYPE_NOT_ACCEPTED);
+        }
+    }
+    return m_sink.WriteFrame(sample);
+}
+
+STDMETHODIMP CAviSinkPin::EndOfStream() {
+    const HRESULT hr = CheckStreaming();
+    if (hr != S_OK) return hr;
+    m_sink.ReachEnd();
+    return S_OK;
+}
+
+CAviSink::CAviSink(HRESULT* phr)
+    : CBaseFilter(NAME("AVI sink"), nullptr, &m_lock, kSinkClass), m_pin(this, &m_lock, phr) {}
+
+STDMETHODIMP CAviSink::NonDelegatingQueryInterface(REFIID riid, void** ppv) {
+    CheckPointer(ppv, E_POINTER);
+    if (riid == IID_IAMFilterMiscFlags) {
+        return GetInterface(static_cast<IAMFilterMiscFlags*>(this), ppv);
+    }
+    return CBaseFilter::NonDelegatingQueryInterface(riid, ppv);
+}
+
+STDMETHODIMP CAviSink::Run(REFERENCE_TIME start) {
+    const HRESULT hr = CBaseFilter::Run(start);
+    if (FAILED(hr)) return hr;
+    {
+        CAutoLock lock(&m_fileLock);
+        m_running = true;
+    }
+    // A short stream can end before the graph runs; the graph counts the end only when it does.
+    SignalCompleteOnce();
+    return hr;
+}
+
+STDMETHODIMP CAviSink::Stop() {
+    const HRESULT hr = CBaseFilter::Stop();
+    CAutoLock lock(&m_fileLock);
+    m_running = false;
+    m_endReached = false;
+    m_completeSent = false;
+    return hr;
+}
+
+void CAviSink::Expect(REFERENCE_TIME start, REFERENCE_TIME stop) {
+    CAutoLock lock(&m_fileLock);
+    m_expectedStart = start;
+    m_expectedStop = stop;
+    m_shown = false;
+}
+
+bool CAviSink::IsShown() {
+    CAutoLock lock(&m_fileLock);
+    return m_shown;
+}
+
+// A picture is shown by the frame that has its very times, or by the slot of a fixed rate in which
+// it starts. The slot from zero on takes whatever comes first.
+bool CAviSink::ShowsExpected(REFERENCE_TIME start, REFERENCE_TIME stop) const {
+    if (start == m_expectedStart && stop == m_expectedStop) return true;
+    return start == 0 || (start < m_expectedStart && m_expectedStart <= stop);
+}
+
+void CAviSink::ReachEnd() {
+    {
+        CAutoLock lock(&m_fileLock);
+        m_endReached = true;
+    }
+    SignalCompleteOnce();
+}
+
+void CAviSink::SignalCompleteOnce() {
+    {
+        CAutoLock lock(&m_fileLock);
+        if (!m_running || !m_endReached || m_completeSent || m_failed) return;
+        m_completeSent = true;
+    }
+    NotifyEvent(EC_COMPLETE, S_OK, 0);
+}
+
+tavo::IoResult CAviSink::OpenFile(const std::filesystem::path& path, const FileOptions& options) {
+    CAutoLock lock(&m_fileLock);
+    const tavo::VideoType& video = m_pin.Video();
+    tavo::IoResult result = m_file.Create(path);
+    if (result != tavo::IoResult::Ok) return result;
+    m_result.rate =
+        video.frameDuration > 0 ? tavo::RateFromDuration(video.frameDuration) : kUnknownRate;
+    m_writer.emplace(m_file, video.video, m_result.rate);
+    m_writer->SetShownAspect(options.shown);
+    m_timing = options.timing;
+    return m_writer->Begin();
+}
+
+uint64_t CAviSink::Count() {
+    CAutoLock lock(&m_fileLock);
+    return m_count;
+}
+
+HRESULT CAviSink::Fail(tavo::IoResult io, HRESULT reason) {
+    {
+        CAutoLock lock(&m_fileLock);
+        if (m_failed) return E_FAIL;
+        m_failed = true;
+        m_result.io = io;
+        m_result.typeChanged = reason == VFW_E_TYPE_NOT_ACCEPTED;
+    }
+    NotifyEvent(EC_ERRORABORT, reason, 0);
+    return E_FAIL;
+}
+
+HRESULT CAviSink::WriteFrame(IMediaSample* sample) {
+    BYTE* data = nullptr;
+    const uint32_t length = tavo::FrameSize(m_pin.Video().video).value_or(0);
+    // The whole buffer counts: few filters are careful about the length of its contents.
+    if (FAILED(sample->GetPointer(&data)) || data == nullptr || sample->GetSize() < 0 ||
+        static_cast<uint32_t>(sample->GetSize()) < length) {
+        return Fail(tavo::IoResult::Ok, VFW_E_BUFFER_OVERFLOW);
+    }
+    REFERENCE_TIME start = 0;
+    REFERENCE_TIME stop = 0;
+    const HRESULT times = sample->GetTime(&start, &stop);
+    const bool timed = SUCCEEDED(times);
+    tavo::IoResult result = tavo::IoResult::Failed;
+    {
+        CAutoLock lock(&m_fileLock);
+        if (m_failed || !m_writer) return E_FAIL;
+        try {
+            result = TakeTimedFrame({reinterpret_cast<const std::byte*>(data), length},
+                                    timed ? std::optional(start) : std::nullopt,
+                                    times == S_OK ? stop - start : 0);
+        } catch (const std::bad_alloc&) {
+            return E_OUTOFMEMORY;
+        }
+        if (result == tavo::IoResult::Ok) {
+            ++m_count;
+            if (!timed || ShowsExpected(start, stop)) m_shown = true;
+            if (timed) {
+                m_result.stamps.Add(start);
+            } else {
+                m_result.stamps.AddUnknown();
+            }
+        }
+    }
+    return result == tavo::IoResult::Ok ? S_OK : Fail(result, ReasonOf(result));
+}
+
+int64_t CAviSink::UsualDistance() const {
+    const REFERENCE_TIME duration = m_pin.Video().frameDuration;
+    if (duration > 0) return duration;
+    const int64_t interval = m_result.stamps.FirstInterval();
+    return interval > 0 ? interval : tavo::DurationOf(kUnknownRate);
+}
+
+// Room for repeats is left behind each frame; how many there are is settled by all of the times.
+tavo::IoResult CAviSink::TakeTimedFrame(std::span<const std::byte> frame,
+                                        std::optional<REFERENCE_TIME> start,
+                                        REFERENCE_TIME length) {
+    if (m_timing == Timing::FrameForFrame) return m_writer->WriteFrame(frame);
+    const int64_t time = m_times.Next(start, UsualDistance());
+    const int64_t last = m_starts.empty() ? time : m_starts.back();
+    m_starts.push_back(time);
+    tavo::IoResult result = tavo::IoResult::Ok;
+    if (time > last) result = m_writer->LeaveRoom(tavo::MostRepeats(time - last));
+    if (result == tavo::IoResult::Ok) result = m_writer->WriteFrame(frame);
+    if (result != tavo::IoResult::Ok) {
+        m_starts.pop_back();
+        return result;
+    }
+    m_lastLength = length;
+    return result;
+}
+
+tavo::IoResult CAviSink::FinishTiming() {
+    const REFERENCE_TIME duration = m_pin.Video().frameDuration;
+    if (m_timing == Timing::FrameForFrame) {
+        const int64_t interval = m_result.stamps.FirstInterval();
+        if (duration == 0 && interval > 0) m_result.rate = tavo::RateFromDuration(interval);
+        m_writer->SetRate(m_result.rate);
+        return tavo::IoResult::Ok;
+    }
+    if (m_starts.empty()) return tavo::IoResult::Ok;
+    const bool says = m_lastLength > 0 && m_lastLength <= tavo::RisingTimes::kLongestGap;
+    const int64_t length = says ? m_lastLength : UsualDistance();
+    const auto nominal = duration > 0 ? std::optional(m_result.rate) : std::nullopt;
+    tavo::FrameTiming timing = tavo::FitTiming(m_starts, m_starts.back() + length, nominal);
+    m_result.rate = timing.rate;
+    m_writer->SetRate(timing.rate);
+    const uint32_t last = timing.repeats.back();
+    m_writer->SetRepeats(std::move(timing.repeats));
+    return m_writer->LeaveRoom(last);
+}
+
+CAviSink::Result CAviSink::FinishFile() {
+    CAutoLock lock(&m_fileLock);
+    if (m_writer) {
+        tavo::IoResult result = tavo::IoResult::Failed;
+        try {
+            // A file whose writing failed has no room left, and is finished all the same.
+            const tavo::IoResult timed = FinishTiming();
+            result = m_writer->Finish();
+            if (result == tavo::IoResult::Ok && !m_failed) result = timed;
+            m_result.repeats = m_writer->SlotCount() - m_writer->FrameCount();
+        } catch (const std::bad_alloc&) {
+        }
+        m_result.frames = m_writer->FrameCount();
+        m_result.bytes = m_writer->BytesWritten();
+        m_writer.reset();
+        const tavo::IoResult closed = m_file.Close();
+        if (result == tavo::IoResult::Ok) result = closed;
+        if (m_result.io == tavo::IoResult::Ok) m_result.io = result;
+    }
+    return m_result;
+}

@@ -1,0 +1,116 @@
+// A renderer that writes uncompressed frames to an AVI file, as fast as they come.
+
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+#include "host/avi/avi_writer.h"
+#include "host/avi/file_store.h"
+#include "host/avi/frame_timing.h"
+#include "host/avi/time_stamps.h"
+#include "host/filters/frame_counter_filter.h"
+#include "host/filters/video_type.h"
+#include "streams.h"
+
+class CAviSink;
+
+// Accepts the eleven formats, and in mid-stream only the one it is connected with.
+class CAviSinkPin final : public CBaseInputPin {
+  public:
+    CAviSinkPin(CAviSink* filter, CCritSec* lock, HRESULT* phr);
+
+    HRESULT CheckMediaType(const CMediaType* type) override;
+    HRESULT SetMediaType(const CMediaType* type) override;
+    STDMETHODIMP Receive(IMediaSample* sample) override;
+    STDMETHODIMP EndOfStream() override;
+    // Frames go to a file: a wait for the disk is possible.
+    STDMETHODIMP ReceiveCanBlock() override { return S_OK; }
+
+    const tavo::VideoType& Video() const { return m_video; }
+
+  private:
+    CAviSink& m_sink;
+    tavo::VideoType m_video;
+};
+
+// Order of use: connect, OpenFile, run the graph, stop it, FinishFile.
+class CAviSink final : public CBaseFilter,
+                       public IAMFilterMiscFlags,
+                       public CFrameCounter::Arrivals {
+  public:
+    explicit CAviSink(HRESULT* phr);
+
+    DECLARE_IUNKNOWN
+    STDMETHODIMP NonDelegatingQueryInterface(REFIID riid, void** ppv) override;
+    // A graph waits for the end of the stream of those that call themselves renderers.
+    STDMETHODIMP_(ULONG) GetMiscFlags() override { return AM_FILTER_MISC_FLAGS_IS_RENDERER; }
+
+    STDMETHODIMP Run(REFERENCE_TIME start) override;
+    STDMETHODIMP Stop() override;
+    int GetPinCount() override { return 1; }
+    CBasePin* GetPin(int n) override { return n == 0 ? &m_pin : nullptr; }
+
+    struct Result {
+        tavo::IoResult io = tavo::IoResult::Ok;  // the first failure
+        bool typeChanged = false;                // the stream went on in another format
+        uint64_t frames = 0;
+        uint64_t repeats = 0;  // of frames that are shown longer than one slot
+        uint64_t bytes = 0;
+        tavo::FrameRate rate;
+        tavo::TimeStamps stamps;
+    };
+
+    // Whether frames keep the distances of their times, or follow each other at the rate that the
+    // type names.
+    enum class Timing { Kept, FrameForFrame };
+
+    struct FileOptions {
+        Timing timing = Timing::Kept;
+        tavo::AspectRatio shown;
+    };
+
+    // Creates or empties the file. The pin is connected and the graph stopped.
+    tavo::IoResult OpenFile(const std::filesystem::path& path, const FileOptions& options);
+
+    // Makes the file whole; any thread. What arrives later is refused.
+    Result FinishFile();
+
+    // Any thread.
+    uint64_t Count() override;
+    void Expect(REFERENCE_TIME start, REFERENCE_TIME stop) override;
+    bool IsShown() override;
+
+    // For the pin, on the streaming thread.
+    HRESULT WriteFrame(IMediaSample* sample);
+    void ReachEnd();
+    // Tells the graph that the run is over, once.
+    HRESULT Fail(tavo::IoResult io, HRESULT reason);
+
+  private:
+    void SignalCompleteOnce();
+    tavo::IoResult TakeTimedFrame(std::span<const std::byte> frame,
+                                  std::optional<REFERENCE_TIME> start, REFERENCE_TIME length);
+    tavo::IoResult FinishTiming();
+    int64_t UsualDistance() const;
+    bool ShowsExpected(REFERENCE_TIME start, REFERENCE_TIME stop) const;
+
+    CCritSec m_lock;
+    CCritSec m_fileLock;  // guards all below; taken last
+    tavo::FileStore m_file;
+    std::optional<tavo::AviWriter> m_writer;
+    Result m_result;
+    Timing m_timing = Timing::Kept;
+    tavo::RisingTimes m_times;
+    std::vector<int64_t> m_starts;
+    REFERENCE_TIME m_lastLength = 0;  // 0 when the last frame does not say
+    uint64_t m_count = 0;
+    REFERENCE_TIME m_expectedStart = 0;
+    REFERENCE_TIME m_expectedStop = 0;
+    bool m_shown = false;
+    bool m_failed = false;
+    bool m_running = false;
+    bool m_endReached = false;
+    bool m_completeSent = false;
+    CAviSinkPin m_pin;
+};

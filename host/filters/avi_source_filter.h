@@ -1,0 +1,52 @@
+// A source filter for uncompressed AVI files: pushes every frame once, as fast as they are taken.
+
+#pragma once
+
+#include <atomic>
+#include <memory>
+#include <thread>
+
+#include "host/avi/raw_movie.h"
+#include "streams.h"
+
+class CAviSource;
+
+// Offers the file's format in a VIDEOINFOHEADER, then in a VIDEOINFOHEADER2. Top-down RGB is turned
+// over on the way.
+class CAviSourcePin final : public CBaseOutputPin {
+  public:
+    CAviSourcePin(CAviSource* filter, CCritSec* lock, HRESULT* phr);
+    ~CAviSourcePin() override;
+
+    HRESULT CheckMediaType(const CMediaType* type) override;
+    HRESULT GetMediaType(int position, CMediaType* type) override;
+    HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* properties) override;
+    HRESULT Active() override;
+    HRESULT Inactive() override;
+
+  private:
+    void Push();
+    HRESULT PushFrame(uint32_t index);
+    void JoinThread();
+
+    CAviSource& m_source;
+    std::thread m_thread;
+    std::atomic<bool> m_stopping = false;
+};
+
+// Starts with the first frame each time the graph leaves the stopped state; it does not seek.
+class CAviSource final : public CBaseFilter {
+  public:
+    // The movie is open.
+    CAviSource(std::shared_ptr<tavo::RawMovie> movie, HRESULT* phr);
+
+    int GetPinCount() override { return 1; }
+    CBasePin* GetPin(int n) override { return n == 0 ? &m_pin : nullptr; }
+
+    tavo::RawMovie& Movie() { return *m_movie; }
+
+  private:
+    CCritSec m_lock;
+    const std::shared_ptr<tavo::RawMovie> m_movie;
+    CAviSourcePin m_pin;
+};

@@ -1,0 +1,130 @@
+// The counting filter: everything but the counting goes straight to the pin downstream.
+
+#include "host/filters/frame_counter_filter.h"
+
+#include "host/filters/stopped_receiver.h"
+
+namespace {
+
+// {A7D0C0C1-2E5B-4C44-8F0C-0E6A0B6D9C57}; never registered.
+constexpr CLSID kCounterClass = {
+    0xa7d0c0c1, 0x2e5b, 0x4c44, {0x8f, 0x0c, 0x0e, 0x6a, 0x0b, 0x6d, 0x9c, 0x57}};
+
+}  // namespace
+
+CFrameCounter::CFrameCounter(Arrivals& arrivals, HRESULT* phr)
+    : CBaseFilter(NAME("Frame counter"), nullptr, &m_lock, kCounterClass),
+      m_arrivals(arrivals),
+      m_input(this, &m_lock, phr),
+      m_output(this, &m_lock, phr) {}
+
+CBasePin* CFrameCounter::GetPin(int n) {
+    if (n == 0) return &m_input;
+    return n == 1 ? static_cast<CBasePin*>(&m_output) : nullptr;
+}
+
+CFrameCounter::Counts CFrameCounter::Read() {
+    CAutoLock lock(&m_countsLock);
+    return m_counts;
+}
+
+HRESULT CFrameCounter::Pass(IMediaSample* sample) {
+    IMemInputPin* const peer = m_output.PeerMemory();
+    if (peer == nullptr) return VFW_E_NOT_CONNECTED;
+    REFERENCE_TIME start = 0;
+    REFERENCE_TIME stop = 0;
+    const HRESULT times = sample->GetTime(&start, &stop);
+    const bool timed = SUCCEEDED(times);
+    if (times == S_OK) m_arrivals.Expect(start, stop);
+    const uint64_t before = m_arrivals.Count();
+    const HRESULT hr = peer->Receive(sample);
+    const uint64_t results = m_arrivals.Count() - before;
+    const bool shown = results > 0 && (times != S_OK || m_arrivals.IsShown());
+
+    CAutoLock lock(&m_countsLock);
+    if (FAILED(hr)) {
+        const bool isFirst = SUCCEEDED(m_counts.failure);
+        if (isFirst && !tavo::ReceiverHasStopped(hr)) m_counts.failure = hr;
+        // What a stop cuts short may have come out in part.
+        if (results == 0) return hr;
+    }
+    ++m_counts.frames;
+    if (!shown) ++m_counts.dropped;
+    m_counts.repeated += results - (shown ? 1 : 0);
+    if (timed) {
+        m_counts.position = start;
+        m_counts.stamps.Add(start);
+    } else {
+        m_counts.stamps.AddUnknown();
+    }
+    return hr;
+}
+
+CFrameCounterInput::CFrameCounterInput(CFrameCounter* filter, CCritSec* lock, HRESULT* phr)
+    : CBaseInputPin(NAME("Frame counter input"), filter, lock, phr, L"In"), m_counter(*filter) {}
+
+HRESULT CFrameCounterInput::CheckMediaType(const CMediaType* type) {
+    IPin* const peer = m_counter.Output().GetConnected();
+    if (peer == nullptr) return VFW_E_NOT_CONNECTED;
+    return peer->QueryAccept(type) == S_OK ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
+}
+
+STDMETHODIMP CFrameCounterInput::GetAllocator(IMemAllocator** allocator) {
+    CheckPointer(allocator, E_POINTER);
+    IMemInputPin* const peer = m_counter.Output().PeerMemory();
+    return peer != nullptr ? peer->GetAllocator(allocator) : VFW_E_NO_ALLOCATOR;
+}
+
+STDMETHODIMP CFrameCounterInput::NotifyAllocator(IMemAllocator* allocator, BOOL readOnly) {
+    const HRESULT hr = CBaseInputPin::NotifyAllocator(allocator, readOnly);
+    IMemInputPin* const peer = m_counter.Output().PeerMemory();
+    return SUCCEEDED(hr) && peer != nullptr ? peer->NotifyAllocator(allocator, readOnly) : hr;
+}
+
+STDMETHODIMP CFrameCounterInput::GetAllocatorRequirements(ALLOCATOR_PROPERTIES* properties) {
+    CheckPointer(properties, E_POINTER);
+    IMemInputPin* const peer = m_counter.Output().PeerMemory();
+    return peer != nullptr ? peer->GetAllocatorRequirements(properties) : E_NOTIMPL;
+}
+
+STDMETHODIMP CFrameCounterInput::Receive(IMediaSample* sample) {
+    HRESULT hr = CBaseInputPin::Receive(sample);
+    if (hr != S_OK) return hr;
+    hr = m_counter.Pass(sample);
+    // A frame that was dropped gives S_FALSE, which many sources take for the end of the stream.
+    return hr == S_FALSE && !IsFlushing() && !IsStopped() ? S_OK : hr;
+}
+
+STDMETHODIMP CFrameCounterInput::EndOfStream() {
+    const HRESULT hr = CheckStreaming();
+    return hr == S_OK ? m_counter.Output().DeliverEndOfStream() : hr;
+}
+
+STDMETHODIMP CFrameCounterInput::BeginFlush() {
+    const HRESULT hr = CBaseInputPin::BeginFlush();
+    return SUCCEEDED(hr) ? m_counter.Output().DeliverBeginFlush() : hr;
+}
+
+STDMETHODIMP CFrameCounterInput::EndFlush() {
+    const HRESULT hr = m_counter.Output().DeliverEndFlush();
+    return SUCCEEDED(hr) ? CBaseInputPin::EndFlush() : hr;
+}
+
+STDMETHODIMP CFrameCounterInput::NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop,
+                                            double rate) {
+    CBaseInputPin::NewSegment(start, stop, rate);
+    return m_counter.Output().DeliverNewSegment(start, stop, rate);
+}
+
+CFrameCounterOutput::CFrameCounterOutput(CFrameCounter* filter, CCritSec* lock, HRESULT* phr)
+    : CBaseOutputPin(NAME("Frame counter output"), filter, lock, phr, L"Out") {}
+
+HRESULT CFrameCounterOutput::CheckMediaType(const CMediaType* type) {
+    return type->majortype == MEDIATYPE_Video ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
+}
+
+// The pin upstream settles the allocator with the pin downstream, through the input pin here.
+HRESULT CFrameCounterOutput::DecideAllocator(IMemInputPin*, IMemAllocator** allocator) {
+    *allocator = nullptr;
+    return S_OK;
+}

@@ -1,0 +1,185 @@
+// Reads, makes and describes video media types.
+
+#include "host/filters/video_type.h"
+
+#include <dvdmedia.h>
+
+#include <cstring>
+
+#include "host/avi/frame_rate.h"
+#include "host/cli/progress_text.h"
+
+namespace tavo {
+namespace {
+
+// What a character code becomes as a subtype: {code-0000-0010-8000-00AA00389B71}.
+GUID SubtypeOfCode(uint32_t code) {
+    return {code, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}};
+}
+
+struct RgbSubtype {
+    PixelFormat format;
+    const GUID* subtype;
+};
+
+constexpr RgbSubtype kRgbSubtypes[] = {
+    {PixelFormat::RGB24, &MEDIASUBTYPE_RGB24},
+    {PixelFormat::RGB555, &MEDIASUBTYPE_RGB555},
+    {PixelFormat::RGB565, &MEDIASUBTYPE_RGB565},
+};
+
+GUID SubtypeOf(const VideoFormat& video) {
+    for (const RgbSubtype& row : kRgbSubtypes) {
+        if (row.format == video.format) return *row.subtype;
+    }
+    return SubtypeOfCode(video.compression);
+}
+
+// Format and compression; sizes are left open.
+std::optional<VideoFormat> FormatOfSubtype(const GUID& subtype) {
+    for (const RgbSubtype& row : kRgbSubtypes) {
+        if (subtype == *row.subtype) return VideoFormat{row.format, InfoOf(row.format).compression};
+    }
+    if (subtype != SubtypeOfCode(subtype.Data1)) return std::nullopt;
+    const auto format = FormatOf(subtype.Data1, 0, {});
+    if (!format || InfoOf(*format).group == FormatGroup::Rgb) return std::nullopt;
+    return VideoFormat{*format, subtype.Data1};
+}
+
+std::wstring GuidText(const GUID& guid) {
+    wchar_t text[64] = {};
+    return StringFromGUID2(guid, text, 64) > 0 ? text : L"?";
+}
+
+std::wstring CodeText(uint32_t code) {
+    std::wstring text;
+    for (int shift = 0; shift < 32; shift += 8) {
+        const uint32_t c = code >> shift & 0xFF;
+        if (c < 0x20 || c > 0x7E) return {};
+        text += static_cast<wchar_t>(c);
+    }
+    return text;
+}
+
+std::wstring SubtypeText(const GUID& subtype) {
+    if (const auto video = FormatOfSubtype(subtype)) {
+        const bool i420 = video->compression == kCompressionI420;
+        return i420 ? L"I420" : InfoOf(video->format).name;
+    }
+    if (subtype == MEDIASUBTYPE_RGB32) return L"RGB32";
+    if (subtype == MEDIASUBTYPE_Avi) return L"Avi";
+    if (subtype == GUID_NULL) return L"any";
+    if (subtype == SubtypeOfCode(subtype.Data1)) {
+        const std::wstring code = CodeText(subtype.Data1);
+        if (!code.empty()) return code;
+    }
+    return GuidText(subtype);
+}
+
+std::wstring MajorText(const GUID& major) {
+    if (major == MEDIATYPE_Video) return L"video";
+    if (major == MEDIATYPE_Audio) return L"audio";
+    if (major == MEDIATYPE_Stream) return L"bytes";
+    return GuidText(major);
+}
+
+REFERENCE_TIME FrameDurationOf(const AM_MEDIA_TYPE& type) {
+    // Both blocks begin alike up to and with this field.
+    static_assert(offsetof(VIDEOINFOHEADER, AvgTimePerFrame) ==
+                  offsetof(VIDEOINFOHEADER2, AvgTimePerFrame));
+    const auto duration = reinterpret_cast<const VIDEOINFOHEADER*>(type.pbFormat)->AvgTimePerFrame;
+    return duration > 0 ? duration : 0;
+}
+
+void FillBitmapHeader(const VideoFormat& video, BITMAPINFOHEADER& bitmap) {
+    bitmap.biSize = sizeof(bitmap);
+    bitmap.biWidth = video.width;
+    bitmap.biHeight = video.height;
+    bitmap.biPlanes = 1;
+    bitmap.biBitCount = InfoOf(video.format).bitCount;
+    bitmap.biCompression = video.compression;
+    bitmap.biSizeImage = FrameSize(video).value_or(0);
+}
+
+// `Header` is VIDEOINFOHEADER or VIDEOINFOHEADER2; RGB565 is followed by its masks.
+template <typename Header>
+HRESULT FillBlock(const VideoType& video, CMediaType& type) {
+    const bool masks = video.video.compression == kCompressionBitFields;
+    const ULONG length = sizeof(Header) + (masks ? sizeof(kMasks565) : 0);
+    BYTE* const block = type.AllocFormatBuffer(length);
+    if (block == nullptr) return E_OUTOFMEMORY;
+    Header header = {};
+    const RECT all = {0, 0, video.video.width, static_cast<LONG>(RowCount(video.video.height))};
+    header.rcSource = all;
+    header.rcTarget = all;
+    header.AvgTimePerFrame = video.frameDuration;
+    if (video.frameDuration > 0) {
+        const double bits = 8.0 * FrameSize(video.video).value_or(0) * kUnitsPerSecond /
+                            static_cast<double>(video.frameDuration);
+        header.dwBitRate = bits < 4294967295.0 ? static_cast<DWORD>(bits) : 0xFFFFFFFF;
+    }
+    FillBitmapHeader(video.video, header.bmiHeader);
+    if constexpr (requires { header.dwPictAspectRatioX; }) {
+        header.dwPictAspectRatioX = static_cast<DWORD>(all.right);
+        header.dwPictAspectRatioY = static_cast<DWORD>(all.bottom);
+    }
+    std::memcpy(block, &header, sizeof(header));
+    if (masks) std::memcpy(block + sizeof(header), kMasks565.data(), sizeof(kMasks565));
+    return S_OK;
+}
+
+}  // namespace
+
+const BITMAPINFOHEADER* BitmapHeaderOf(const AM_MEDIA_TYPE& type) {
+    if (type.pbFormat == nullptr) return nullptr;
+    if (type.formattype == FORMAT_VideoInfo && type.cbFormat >= sizeof(VIDEOINFOHEADER)) {
+        return &reinterpret_cast<const VIDEOINFOHEADER*>(type.pbFormat)->bmiHeader;
+    }
+    if (type.formattype == FORMAT_VideoInfo2 && type.cbFormat >= sizeof(VIDEOINFOHEADER2)) {
+        return &reinterpret_cast<const VIDEOINFOHEADER2*>(type.pbFormat)->bmiHeader;
+    }
+    return nullptr;
+}
+
+std::optional<VideoType> ReadVideoType(const AM_MEDIA_TYPE& type) {
+    const BITMAPINFOHEADER* const bitmap = BitmapHeaderOf(type);
+    if (type.majortype != MEDIATYPE_Video || bitmap == nullptr) return std::nullopt;
+    auto video = FormatOfSubtype(type.subtype);
+    if (!video) return std::nullopt;
+    // No frame has as many rows as the most negative height, whose magnitude is no LONG.
+    if (bitmap->biHeight == LONG_MIN) return std::nullopt;
+    video->width = bitmap->biWidth;
+    video->height = bitmap->biHeight;
+    if (InfoOf(video->format).group != FormatGroup::Rgb && video->height < 0) {
+        video->height = -video->height;
+    }
+    if (!FrameSize(*video)) return std::nullopt;
+    return VideoType{*video, FrameDurationOf(type)};
+}
+
+HRESULT MakeVideoType(const VideoType& video, FormatBlock block, CMediaType& type) {
+    const GUID subtype = SubtypeOf(video.video);
+    const bool info2 = block == FormatBlock::VideoInfo2;
+    type.SetType(&MEDIATYPE_Video);
+    type.SetSubtype(&subtype);
+    type.SetFormatType(info2 ? &FORMAT_VideoInfo2 : &FORMAT_VideoInfo);
+    type.SetSampleSize(FrameSize(video.video).value_or(0));
+    type.SetTemporalCompression(FALSE);
+    return info2 ? FillBlock<VIDEOINFOHEADER2>(video, type)
+                 : FillBlock<VIDEOINFOHEADER>(video, type);
+}
+
+std::wstring DescribeType(const AM_MEDIA_TYPE& type) {
+    std::wstring text = MajorText(type.majortype) + L" " + SubtypeText(type.subtype);
+    if (const BITMAPINFOHEADER* const bitmap = BitmapHeaderOf(type)) {
+        text += L", " + std::to_wstring(bitmap->biWidth) + L" x " +
+                std::to_wstring(bitmap->biHeight) + L", " + std::to_wstring(bitmap->biBitCount) +
+                L" bits";
+        const REFERENCE_TIME duration = FrameDurationOf(type);
+        if (duration > 0) text += L", " + NumberText(RateFromDuration(duration).Fps()) + L" fps";
+        text += type.formattype == FORMAT_VideoInfo ? L" (VideoInfo)" : L" (VideoInfo2)";
+    }
+    return text;
+}
+
+}  // namespace tavo

@@ -1,0 +1,15 @@
+// Plays a graph in its renderer's window, with or without the filter's property pages beside it.
+
+#pragma once
+
+#include "host/cli/console.h"
+#include "host/graph/player.h"
+#include "host/graph/video_graph.h"
+
+namespace tavo {
+
+// The calling thread's apartment is single-threaded. Without pages the movie is played once; with
+// pages over and over, until they or the window are closed. The graph is stopped when this returns.
+PlayResult PlayGraph(VideoGraph& graph, StopRequest& stop, bool withPages);
+
+}  // namespace tavo

@@ -1,0 +1,41 @@
+// A second, strict look at an AVI file, written without the code under test: every size must be
+// exact, every index must point at its chunk. For tests of the writer.
+
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "host/avi/byte_store.h"
+
+namespace tavo_test {
+
+struct CheckedAvi {
+    std::string fault;  // empty when the file is sound
+    std::string handler;
+    std::string compression;  // four characters, or "#" and a number
+    uint32_t bitCount = 0;
+    int32_t width = 0;
+    int32_t height = 0;
+    uint32_t imageSize = 0;
+    std::vector<uint32_t> masks;
+    uint32_t rate = 0;
+    uint32_t scale = 0;
+    uint32_t mainFrames = 0;    // avih
+    uint32_t streamFrames = 0;  // strh
+    uint32_t totalFrames = 0;   // dmlh
+    std::string frameCode;
+    uint32_t shownAspect = 0;             // vprp; 0 without
+    std::vector<uint64_t> frames;         // data offsets, from the movi lists
+    std::vector<uint32_t> repeats;        // empty chunks behind each frame
+    std::vector<uint64_t> chunks;         // data offsets of frames and empty chunks
+    std::vector<uint64_t> oldIndex;       // the same by idx1
+    std::vector<uint64_t> openDmlIndex;   // the same by indx and ix00
+    std::vector<uint64_t> segmentStarts;  // RIFF chunks
+    uint64_t longestSegment = 0;
+};
+
+CheckedAvi CheckAvi(tavo::ByteStore& store);
+
+}  // namespace tavo_test

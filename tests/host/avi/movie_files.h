@@ -1,0 +1,49 @@
+// Small AVI files for tests, and a look at the ones that come out.
+
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "host/avi/avi_writer.h"
+#include "tests/host/avi/avi_checker.h"
+
+namespace tavo_test {
+
+using Frame = std::vector<std::byte>;
+
+// Frames of noise, the same every time; no two alike.
+std::vector<Frame> NoiseFrames(const tavo::VideoFormat& video, uint32_t count);
+
+void WriteMovie(const std::filesystem::path& path, const tavo::VideoFormat& video,
+                const std::vector<Frame>& frames, tavo::FrameRate rate = {30000, 1001});
+
+// The same, with each frame shown that often more.
+void WriteMovie(const std::filesystem::path& path, const tavo::VideoFormat& video,
+                const std::vector<Frame>& frames, tavo::FrameRate rate,
+                const std::vector<uint32_t>& repeats, tavo::AspectRatio shown = {});
+
+struct Movie {
+    CheckedAvi avi;
+    std::vector<Frame> frames;
+};
+
+// `avi.fault` tells what is wrong with the file, also when it cannot be opened.
+Movie ReadMovie(const std::filesystem::path& path);
+
+// A folder of its own for every test, gone afterwards. Its name has a blank and an umlaut.
+class MovieTest : public testing::Test {
+  protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    std::filesystem::path Path(const wchar_t* name) const { return folder_ / name; }
+
+  private:
+    std::filesystem::path folder_;
+};
+
+}  // namespace tavo_test

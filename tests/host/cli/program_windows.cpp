@@ -1,0 +1,103 @@
+// Looks at windows of another process.
+
+#include "tests/host/cli/program_windows.h"
+
+#include <cstdlib>
+#include <utility>
+
+namespace tavo_test {
+namespace {
+
+struct WindowSearch {
+    DWORD process;
+    bool dialog;  // else the window of the video
+    HWND found;
+};
+
+BOOL CALLBACK Visit(HWND window, LPARAM target) {
+    auto& search = *reinterpret_cast<WindowSearch*>(target);
+    DWORD process = 0;
+    GetWindowThreadProcessId(window, &process);
+    wchar_t name[20] = {};
+    wchar_t text[60] = {};
+    GetClassNameW(window, name, 20);
+    GetWindowTextW(window, text, 60);
+    const bool isDialog = std::wstring_view(name) == L"#32770";
+    const bool fits = search.dialog ? isDialog : !isDialog && text == std::wstring(L"Mira Vantrel");
+    if (process != search.process || !IsWindowVisible(window) || !fits) return TRUE;
+    search.found = window;
+    return FALSE;
+}
+
+HWND Find(const RunningProgram& program, bool dialog) {
+    WindowSearch search = {program.Id(), dialog, nullptr};
+    WaitFor([&] {
+        EnumWindows(Visit, reinterpret_cast<LPARAM>(&search));
+        return search.found != nullptr || program.HasEnded();
+    });
+    return search.found;
+}
+
+BOOL CALLBACK FindControl(HWND window, LPARAM target) {
+    auto& search = *reinterpret_cast<std::pair<int, HWND>*>(target);
+    if (GetDlgCtrlID(window) == search.first) search.second = window;
+    return TRUE;
+}
+
+}  // namespace
+
+HWND FindFrame(const RunningProgram& program) { return Find(program, true); }
+HWND FindVideo(const RunningProgram& program) { return Find(program, false); }
+
+HWND ControlWithin(HWND frame, int id) {
+    std::pair<int, HWND> search = {id, nullptr};
+    EnumChildWindows(frame, FindControl, reinterpret_cast<LPARAM>(&search));
+    return search.second;
+}
+
+std::string TextWithin(HWND frame, int id) {
+    char text[40] = {};
+    // Texts of another process's controls come only by message.
+    SendMessageA(ControlWithin(frame, id), WM_GETTEXT, sizeof text, reinterpret_cast<LPARAM>(text));
+    return text;
+}
+
+double FigureWithin(HWND frame, int id) { return std::atof(TextWithin(frame, id).c_str()); }
+
+void TypeInto(HWND edit, std::string_view text) {
+    SendMessageA(edit, EM_SETSEL, 0, -1);
+    for (const char c : text) PostMessageA(edit, WM_CHAR, static_cast<WPARAM>(c), 0);
+}
+
+void ClickOn(HWND button) {
+    PostMessageW(button, WM_LBUTTONDOWN, MK_LBUTTON, MAKELPARAM(5, 5));
+    PostMessageW(button, WM_LBUTTONUP, 0, MAKELPARAM(5, 5));
+}
+
+bool IsVideoAs(HWND video, int width, int height) {
+    RECT client = {};
+    GetClientRect(video, &client);
+    return client.right == width && client.bottom == height;
+}
+
+int GrayOf(HWND video) {
+    const HDC dc = GetDC(video);
+    const COLORREF color = GetPixel(dc, 30, 30);
+    ReleaseDC(video, dc);
+    const bool isGray = GetRValue(color) == GetGValue(color) && GetRValue(color) < 180;
+    return isGray ? GetRValue(color) : -1;
+}
+
+std::wstring PlayTest::Movie(uint32_t count, tavo::PixelFormat format) {
+    const tavo::VideoFormat video = {format, tavo::InfoOf(format).compression, 160, 120};
+    WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, count), {25, 1});
+    return Path(L"in.avi");
+}
+
+void PlayTest::ExpectGoodEnd(const Output& run) {
+    EXPECT_EQ(run.exitCode, 0u) << run.error;
+    EXPECT_EQ(run.error, "");
+    EXPECT_NE(run.out.find("Filter "), std::string::npos) << run.out;
+}
+
+}  // namespace tavo_test

@@ -1,0 +1,51 @@
+// The windows of a running program, which plays a video: finding them, reading them, and the user
+// at mouse and keyboard.
+//
+//   RunningProgram program(VantrelPath(), {L"--pages", path});
+//   const HWND frame = FindFrame(program);
+//   TypeInto(ControlWithin(frame, id), "320");
+//   EXPECT_TRUE(WaitFor([&] { return TextWithin(frame, id) == "320"; }));
+
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "host/avi/pixel_format.h"
+#include "tests/host/avi/movie_files.h"
+#include "tests/host/cli/run_program.h"
+#include "tests/support/patience.h"
+
+namespace tavo_test {
+
+// Looks seldom: every look takes time from the program.
+template <typename Condition>
+bool WaitFor(Condition condition) {
+    return WaitUntil(condition, 50);
+}
+
+// Null when the program ends before it has one.
+HWND FindFrame(const RunningProgram& program);
+HWND FindVideo(const RunningProgram& program);
+
+HWND ControlWithin(HWND frame, int id);
+std::string TextWithin(HWND frame, int id);
+double FigureWithin(HWND frame, int id);
+
+// Instead of what stands there.
+void TypeInto(HWND edit, std::string_view text);
+void ClickOn(HWND button);
+
+// Whether the picture in the window is of that size.
+bool IsVideoAs(HWND video, int width, int height);
+// Of a picture in one dark gray; -1 when it is none.
+int GrayOf(HWND video);
+
+class PlayTest : public MovieTest {
+  protected:
+    // `count` frames of 160 x 120, 25 a second.
+    std::wstring Movie(uint32_t count, tavo::PixelFormat format = tavo::PixelFormat::RGB24);
+    static void ExpectGoodEnd(const Output& run);
+};
+
+}  // namespace tavo_test
