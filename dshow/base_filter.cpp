@@ -7,16 +7,17 @@
 #include <utility>
 
 #include "dshow/base_pin.h"
+#include "dshow/com_ptr.h"
 #include "dshow/enum_pins.h"
 #include "dshow/helpers.h"
-#include "dshow/internal/com_ptr.h"
 #include "dshow/internal/names.h"
+#include "dshow/internal/release_member.h"
 #include "dshow/module_registration.h"
 
-using tavo::dshow::ComPtr;
+using tavo::ComPtr;
+using tavo::QueryFor;
 using tavo::dshow::CopyName;
 using tavo::dshow::CutName;
-using tavo::dshow::QueryFor;
 using tavo::dshow::ReleaseMember;
 
 CBaseFilter::CBaseFilter(LPCTSTR pName, LPUNKNOWN pUnk, CCritSec* pLock, REFCLSID clsid)
@@ -187,7 +188,7 @@ HRESULT CBaseFilter::NotifyEvent(long code, LONG_PTR p1, LONG_PTR p2) {
     ComPtr<IMediaEventSink> sink;
     {
         CAutoLock lock(&m_graphLock);
-        sink = ComPtr<IMediaEventSink>::Share(m_pSink);
+        sink = ComPtr<IMediaEventSink>(m_pSink);
     }
     if (!sink) return E_NOTIMPL;
     if (code == EC_COMPLETE) p2 = reinterpret_cast<LONG_PTR>(static_cast<IBaseFilter*>(this));
@@ -198,7 +199,7 @@ HRESULT CBaseFilter::ReconnectPin(IPin* pPin, const AM_MEDIA_TYPE* pmt) {
     ComPtr<IFilterGraph> graph;
     {
         CAutoLock lock(&m_graphLock);
-        graph = ComPtr<IFilterGraph>::Share(m_pGraph);
+        graph = ComPtr<IFilterGraph>(m_pGraph);
     }
     if (!graph) return E_NOINTERFACE;
     if (auto graph2 = QueryFor<IFilterGraph2>(graph.Get(), IID_IFilterGraph2)) {

@@ -2,13 +2,14 @@
 
 #include "dshow/base_input_pin.h"
 
+#include "dshow/com_ptr.h"
 #include "dshow/helpers.h"
-#include "dshow/internal/com_ptr.h"
 #include "dshow/internal/memory_allocator.h"
+#include "dshow/internal/release_member.h"
 #include "dshow/internal/task_memory.h"
 
-using tavo::dshow::ComPtr;
-using tavo::dshow::QueryFor;
+using tavo::ComPtr;
+using tavo::QueryFor;
 using tavo::dshow::ReleaseMember;
 using tavo::dshow::ViewMediaType;
 

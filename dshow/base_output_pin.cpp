@@ -4,10 +4,11 @@
 
 #include <initializer_list>
 
-#include "dshow/internal/com_ptr.h"
+#include "dshow/com_ptr.h"
 #include "dshow/internal/memory_allocator.h"
+#include "dshow/internal/release_member.h"
 
-using tavo::dshow::ComPtr;
+using tavo::ComPtr;
 using tavo::dshow::ReleaseMember;
 
 CBaseOutputPin::CBaseOutputPin(LPCTSTR pObjectName, CBaseFilter* pFilter, CCritSec* pLock,

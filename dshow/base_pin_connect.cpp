@@ -1,11 +1,12 @@
 // CBasePin: how two pins connect and part. All of it runs under the filter lock.
 
 #include "dshow/base_pin.h"
+#include "dshow/com_ptr.h"
 #include "dshow/helpers.h"
-#include "dshow/internal/com_ptr.h"
+#include "dshow/internal/release_member.h"
 #include "dshow/internal/task_memory.h"
 
-using tavo::dshow::ComPtr;
+using tavo::ComPtr;
 using tavo::dshow::OwnedMediaType;
 using tavo::dshow::ReleaseMember;
 using tavo::dshow::ViewMediaType;

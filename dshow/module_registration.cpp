@@ -8,10 +8,10 @@
 #include <memory>
 #include <new>
 
-#include "dshow/internal/com_ptr.h"
+#include "dshow/com_ptr.h"
 #include "dshow/module.h"
 
-using tavo::dshow::ComPtr;
+using tavo::ComPtr;
 
 namespace {
 

@@ -2,10 +2,10 @@
 
 #include "dshow/pos_pass_thru.h"
 
+#include "dshow/com_ptr.h"
 #include "dshow/helpers.h"
-#include "dshow/internal/com_ptr.h"
 
-using tavo::dshow::ComPtr;
+using tavo::ComPtr;
 
 STDAPI CreatePosPassThru(LPUNKNOWN pAgg, BOOL bRenderer, IPin* pPin, IUnknown** ppPassThru) {
     CheckPointer(ppPassThru, E_POINTER);

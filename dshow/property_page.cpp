@@ -6,14 +6,15 @@
 #include <cwchar>
 #include <utility>
 
+#include "dshow/com_ptr.h"
 #include "dshow/helpers.h"
-#include "dshow/internal/com_ptr.h"
 #include "dshow/internal/page_dialog.h"
+#include "dshow/internal/release_member.h"
 #include "dshow/module.h"
 #include "dshow/ref_time.h"
 #include "dshow/wide_string.h"
 
-using tavo::dshow::ComPtr;
+using tavo::ComPtr;
 using tavo::dshow::PageDialog;
 using tavo::dshow::ReleaseMember;
 
@@ -105,7 +106,7 @@ STDMETHODIMP CBasePropertyPage::Activate(HWND hwndParent, LPCRECT pRect, BOOL) {
     CheckPointer(pRect, E_POINTER);
     if (!m_objectsSet || m_isActive) return E_UNEXPECTED;
     // The dialog's notices may have the frame let go of the page.
-    const auto self = ComPtr<IUnknown>::Share(GetOwner());
+    const ComPtr<IUnknown> self(GetOwner());
     const HWND dialog = CreateDialogParamW(g_hInst, MAKEINTRESOURCEW(m_DialogId), hwndParent,
                                            DialogProc, reinterpret_cast<LPARAM>(this));
     if (!dialog) return E_OUTOFMEMORY;
@@ -140,7 +141,7 @@ STDMETHODIMP CBasePropertyPage::Show(UINT nCmdShow) {
 
 STDMETHODIMP CBasePropertyPage::Deactivate() {
     if (!m_isActive) return E_UNEXPECTED;
-    const auto self = ComPtr<IUnknown>::Share(GetOwner());
+    const ComPtr<IUnknown> self(GetOwner());
 
     // While m_hwnd is null the handler does not put the style back.
     if (const HWND dialog = std::exchange(m_hwnd, nullptr)) {
@@ -161,7 +162,7 @@ STDMETHODIMP CBasePropertyPage::Apply() {
     if (!m_objectsSet || !m_pPageSite) return E_UNEXPECTED;
     if (!m_bDirty) return NOERROR;
     // Applying may run a message loop, in which the frame lets go of the page.
-    const auto self = ComPtr<IUnknown>::Share(GetOwner());
+    const ComPtr<IUnknown> self(GetOwner());
     const HRESULT hr = OnApplyChanges();
     if (SUCCEEDED(hr)) m_bDirty = FALSE;
     return hr;

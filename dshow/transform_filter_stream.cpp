@@ -2,11 +2,11 @@
 
 #include <cstddef>
 
-#include "dshow/internal/com_ptr.h"
+#include "dshow/com_ptr.h"
 #include "dshow/transform_filter.h"
 
-using tavo::dshow::ComPtr;
-using tavo::dshow::QueryFor;
+using tavo::ComPtr;
+using tavo::QueryFor;
 
 namespace {
 

@@ -1,7 +1,7 @@
 // CTransformOutputPin.
 
 #include "dshow/helpers.h"
-#include "dshow/internal/com_ptr.h"
+#include "dshow/internal/release_member.h"
 #include "dshow/pos_pass_thru.h"
 #include "dshow/transform_filter.h"
 #include "dshow/transform_pins.h"

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <system_error>
 
-#include "host/com_ptr.h"
+#include "dshow/com_ptr.h"
 #include "host/filters/stopped_receiver.h"
 #include "host/filters/video_type.h"
 

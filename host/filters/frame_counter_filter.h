@@ -5,8 +5,8 @@
 
 #include <cstdint>
 
+#include "dshow/com_ptr.h"
 #include "host/avi/time_stamps.h"
-#include "host/com_ptr.h"
 #include "streams.h"
 
 class CFrameCounter;

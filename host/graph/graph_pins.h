@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/com_ptr.h"
+#include "dshow/com_ptr.h"
 #include "streams.h"
 
 namespace tavo {

@@ -6,9 +6,9 @@
 #include <memory>
 #include <string>
 
+#include "dshow/com_ptr.h"
 #include "settings/vantrel_settings.h"
 #include "host/cli/options.h"
-#include "host/com_ptr.h"
 #include "host/filters/avi_sink_filter.h"
 #include "host/filters/frame_counter_filter.h"
 #include "host/graph/filter_factory.h"

@@ -6,7 +6,7 @@
 
 #include <functional>
 
-#include "host/com_ptr.h"
+#include "dshow/com_ptr.h"
 #include "streams.h"
 
 namespace tavo {

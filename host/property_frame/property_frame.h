@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "host/com_ptr.h"
+#include "dshow/com_ptr.h"
 #include "host/property_frame/property_page_site.h"
 
 namespace tavo {

@@ -1,9 +1,7 @@
-// Owning interface pointer and COM apartment for tests.
+// COM apartment and objects for tests.
 //
 //   ComApartment com;                                  // first thing in main or in a fixture
 //   ComPtr<IGraphBuilder> graph = CreateObject<IGraphBuilder>(CLSID_FilterGraph);
-//   ComPtr<IMediaControl> control = graph.As<IMediaControl>();   // empty if it has none
-//   pin->ConnectedTo(peer.Put());                      // Put releases what was held before
 //
 // Nothing here knows the product's own base classes: what a test sees must not depend on them.
 #pragma once
@@ -11,64 +9,11 @@
 #include <objbase.h>
 #include <windows.h>
 
-#include <utility>
+#include "dshow/com_ptr.h"
 
 namespace tavo_test {
 
-template <typename T>
-class ComPtr {
-  public:
-    ComPtr() = default;
-    ComPtr(std::nullptr_t) {}
-    // Adds a reference.
-    explicit ComPtr(T* pointer) : pointer_(pointer) {
-        if (pointer_) pointer_->AddRef();
-    }
-    ComPtr(const ComPtr& other) : ComPtr(other.pointer_) {}
-    ComPtr(ComPtr&& other) noexcept : pointer_(std::exchange(other.pointer_, nullptr)) {}
-    ~ComPtr() { Reset(); }
-    ComPtr& operator=(ComPtr other) noexcept {
-        std::swap(pointer_, other.pointer_);
-        return *this;
-    }
-
-    // Takes over a reference that the caller owns.
-    static ComPtr Adopt(T* pointer) {
-        ComPtr result;
-        result.pointer_ = pointer;
-        return result;
-    }
-
-    void Reset() {
-        if (T* old = std::exchange(pointer_, nullptr)) old->Release();
-    }
-    T* Get() const { return pointer_; }
-    T* operator->() const { return pointer_; }
-    T& operator*() const { return *pointer_; }
-    explicit operator bool() const { return pointer_ != nullptr; }
-    T** Put() {
-        Reset();
-        return &pointer_;
-    }
-    void** PutVoid() { return reinterpret_cast<void**>(Put()); }
-    T* Detach() { return std::exchange(pointer_, nullptr); }
-
-    template <typename U>
-    ComPtr<U> As() const {
-        return As<U>(__uuidof(U));
-    }
-    template <typename U>
-    ComPtr<U> As(REFIID iid) const {
-        ComPtr<U> result;
-        if (pointer_ && FAILED(pointer_->QueryInterface(iid, result.PutVoid()))) {
-            result.Detach();
-        }
-        return result;
-    }
-
-  private:
-    T* pointer_ = nullptr;
-};
+using tavo::ComPtr;
 
 template <typename T>
 ComPtr<T> CreateObject(REFCLSID clsid, IUnknown* outer = nullptr) {

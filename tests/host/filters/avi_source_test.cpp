@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/com_ptr.h"
+#include "dshow/com_ptr.h"
 #include "tests/host/avi/movie_files.h"
 #include "tests/support/graph.h"
 #include "tests/support/live_objects.h"
