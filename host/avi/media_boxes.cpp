@@ -8,7 +8,6 @@
 #include <optional>
 
 #include "host/avi/riff.h"
-#include "host/graph/output_size.h"
 
 namespace tavo {
 namespace {
@@ -111,12 +110,13 @@ void ProbeAviStream(Walker& file, const Box& list, MediaFacts& facts) {
     uint32_t kind = 0;
     uint32_t code = 0;
     AspectRatio shown;
-    PictureSize size;
+    int32_t width = 0;
+    int32_t height = 0;
     ForEach(file, list.data + 4, list.end, ReadRiff, [&](const Box& box) {
         if (box.code == kStreamHeader) kind = file.Little(box.data);
         if (box.code == kStreamFormat) {
-            size = {static_cast<int>(file.Little(box.data + 4)),
-                    static_cast<int>(file.Little(box.data + 8))};
+            width = static_cast<int32_t>(file.Little(box.data + 4));
+            height = static_cast<int32_t>(file.Little(box.data + 8));
             code = file.Little(box.data + 16);
         }
         if (box.code == kVideoProperties && box.end - box.data >= 24) {
@@ -128,10 +128,9 @@ void ProbeAviStream(Walker& file, const Box& list, MediaFacts& facts) {
     // Digital video from tape: both in one stream.
     if (kind == FourCc('i', 'a', 'v', 's')) TakeVideo(facts, "dvsd");
     if (kind != kVideoStream) return;
-    if (!facts.hasVideo && shown.IsKnown() && size.width > 0) {
-        const uint64_t rows = RowCount(size.height);
-        facts.pixel =
-            Reduced(shown.x * rows, uint64_t{shown.y} * static_cast<uint32_t>(size.width));
+    if (!facts.hasVideo && shown.IsKnown() && width > 0) {
+        const uint64_t rows = RowCount(height);
+        facts.pixel = Reduced(shown.x * rows, uint64_t{shown.y} * static_cast<uint32_t>(width));
     }
     TakeVideo(facts, code > 0xFFFF ? CodeText(code) : "");
 }

@@ -8,15 +8,19 @@
 #include <string>
 #include <vector>
 
+#include "host/avi/media_text.h"
 #include "host/cli/console.h"
 #include "host/cli/options.h"
 #include "host/cli/processor_text.h"
+#include "host/cli/progress_display.h"
+#include "host/cli/statistics_text.h"
 #include "host/graph/error_text.h"
 #include "host/graph/filter_factory.h"
 #include "host/graph/graph_run.h"
 #include "host/graph/graph_text.h"
 #include "host/graph/input_file.h"
 #include "host/graph/playback.h"
+#include "host/graph/stop_request.h"
 #include "host/graph/video_graph.h"
 
 namespace tavo {
@@ -50,7 +54,8 @@ std::wstring CheckOutput(const Options& options) {
 }
 
 int Write(const Options& options, VideoGraph& graph, StopRequest& stop, const InputFile& input) {
-    const RunResult result = RunGraph(graph, options, stop);
+    ProgressDisplay display;
+    const RunResult result = RunGraph(graph, options, stop, options.quiet ? nullptr : &display);
     if (!options.quiet && result.file.frames > 0) PrintOut(StatisticsText(graph, result));
     if (result.gaveNoFrame) {
         return Complain(WhyNoFrames(input.Name(), input.facts), kFailed);

@@ -1,8 +1,9 @@
 // The lines that a run prints at its end.
 
-#include "host/cli/progress_text.h"
-#include "host/filters/video_type.h"
-#include "host/graph/graph_run.h"
+#include "host/cli/statistics_text.h"
+
+#include "host/graph/number_text.h"
+#include "host/graph/type_text.h"
 
 namespace tavo {
 namespace {
@@ -84,15 +85,6 @@ std::wstring PictureNotes(const VideoGraph& graph) {
 }
 
 }  // namespace
-
-FilterFigures ReadFigures(IVantrelSettings& settings) {
-    FilterFigures figures;
-    settings.GetModuleTime(&figures.moduleMs);
-    settings.GetSystemFps(&figures.systemFps);
-    settings.GetGenerateFps(&figures.generateFps);
-    settings.GetFrameRate(&figures.frameRate);
-    return figures;
-}
 
 std::wstring FiguresText(const VideoGraph& graph, const FilterFigures& figures) {
     return TypeLines(graph) + FilterLines(figures);

@@ -1,4 +1,4 @@
-// Reads, makes and describes video media types.
+// Reads and makes video media types.
 
 #include "host/filters/video_type.h"
 
@@ -7,7 +7,6 @@
 #include <cstring>
 
 #include "host/avi/frame_rate.h"
-#include "host/cli/progress_text.h"
 
 namespace tavo {
 namespace {
@@ -33,62 +32,6 @@ GUID SubtypeOf(const VideoFormat& video) {
         if (row.format == video.format) return *row.subtype;
     }
     return SubtypeOfCode(video.compression);
-}
-
-// Format and compression; sizes are left open.
-std::optional<VideoFormat> FormatOfSubtype(const GUID& subtype) {
-    for (const RgbSubtype& row : kRgbSubtypes) {
-        if (subtype == *row.subtype) return VideoFormat{row.format, InfoOf(row.format).compression};
-    }
-    if (subtype != SubtypeOfCode(subtype.Data1)) return std::nullopt;
-    const auto format = FormatOf(subtype.Data1, 0, {});
-    if (!format || InfoOf(*format).group == FormatGroup::Rgb) return std::nullopt;
-    return VideoFormat{*format, subtype.Data1};
-}
-
-std::wstring GuidText(const GUID& guid) {
-    wchar_t text[64] = {};
-    return StringFromGUID2(guid, text, 64) > 0 ? text : L"?";
-}
-
-std::wstring CodeText(uint32_t code) {
-    std::wstring text;
-    for (int shift = 0; shift < 32; shift += 8) {
-        const uint32_t c = code >> shift & 0xFF;
-        if (c < 0x20 || c > 0x7E) return {};
-        text += static_cast<wchar_t>(c);
-    }
-    return text;
-}
-
-std::wstring SubtypeText(const GUID& subtype) {
-    if (const auto video = FormatOfSubtype(subtype)) {
-        const bool i420 = video->compression == kCompressionI420;
-        return i420 ? L"I420" : InfoOf(video->format).name;
-    }
-    if (subtype == MEDIASUBTYPE_RGB32) return L"RGB32";
-    if (subtype == MEDIASUBTYPE_Avi) return L"Avi";
-    if (subtype == GUID_NULL) return L"any";
-    if (subtype == SubtypeOfCode(subtype.Data1)) {
-        const std::wstring code = CodeText(subtype.Data1);
-        if (!code.empty()) return code;
-    }
-    return GuidText(subtype);
-}
-
-std::wstring MajorText(const GUID& major) {
-    if (major == MEDIATYPE_Video) return L"video";
-    if (major == MEDIATYPE_Audio) return L"audio";
-    if (major == MEDIATYPE_Stream) return L"bytes";
-    return GuidText(major);
-}
-
-REFERENCE_TIME FrameDurationOf(const AM_MEDIA_TYPE& type) {
-    // Both blocks begin alike up to and with this field.
-    static_assert(offsetof(VIDEOINFOHEADER, AvgTimePerFrame) ==
-                  offsetof(VIDEOINFOHEADER2, AvgTimePerFrame));
-    const auto duration = reinterpret_cast<const VIDEOINFOHEADER*>(type.pbFormat)->AvgTimePerFrame;
-    return duration > 0 ? duration : 0;
 }
 
 void FillBitmapHeader(const VideoFormat& video, BITMAPINFOHEADER& bitmap) {
@@ -130,6 +73,26 @@ HRESULT FillBlock(const VideoType& video, CMediaType& type) {
 
 }  // namespace
 
+bool IsCodeSubtype(const GUID& subtype) { return subtype == SubtypeOfCode(subtype.Data1); }
+
+std::optional<VideoFormat> FormatOfSubtype(const GUID& subtype) {
+    for (const RgbSubtype& row : kRgbSubtypes) {
+        if (subtype == *row.subtype) return VideoFormat{row.format, InfoOf(row.format).compression};
+    }
+    if (!IsCodeSubtype(subtype)) return std::nullopt;
+    const auto format = FormatOf(subtype.Data1, 0, {});
+    if (!format || InfoOf(*format).group == FormatGroup::Rgb) return std::nullopt;
+    return VideoFormat{*format, subtype.Data1};
+}
+
+REFERENCE_TIME FrameDurationOf(const AM_MEDIA_TYPE& type) {
+    // Both blocks begin alike up to and with this field.
+    static_assert(offsetof(VIDEOINFOHEADER, AvgTimePerFrame) ==
+                  offsetof(VIDEOINFOHEADER2, AvgTimePerFrame));
+    const auto duration = reinterpret_cast<const VIDEOINFOHEADER*>(type.pbFormat)->AvgTimePerFrame;
+    return duration > 0 ? duration : 0;
+}
+
 const BITMAPINFOHEADER* BitmapHeaderOf(const AM_MEDIA_TYPE& type) {
     if (type.pbFormat == nullptr) return nullptr;
     if (type.formattype == FORMAT_VideoInfo && type.cbFormat >= sizeof(VIDEOINFOHEADER)) {
@@ -167,19 +130,6 @@ HRESULT MakeVideoType(const VideoType& video, FormatBlock block, CMediaType& typ
     type.SetTemporalCompression(FALSE);
     return info2 ? FillBlock<VIDEOINFOHEADER2>(video, type)
                  : FillBlock<VIDEOINFOHEADER>(video, type);
-}
-
-std::wstring DescribeType(const AM_MEDIA_TYPE& type) {
-    std::wstring text = MajorText(type.majortype) + L" " + SubtypeText(type.subtype);
-    if (const BITMAPINFOHEADER* const bitmap = BitmapHeaderOf(type)) {
-        text += L", " + std::to_wstring(bitmap->biWidth) + L" x " +
-                std::to_wstring(bitmap->biHeight) + L", " + std::to_wstring(bitmap->biBitCount) +
-                L" bits";
-        const REFERENCE_TIME duration = FrameDurationOf(type);
-        if (duration > 0) text += L", " + NumberText(RateFromDuration(duration).Fps()) + L" fps";
-        text += type.formattype == FORMAT_VideoInfo ? L" (VideoInfo)" : L" (VideoInfo2)";
-    }
-    return text;
 }
 
 }  // namespace tavo

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <optional>
-#include <string>
 
 #include "host/avi/pixel_format.h"
 #include "streams.h"
@@ -27,7 +26,14 @@ HRESULT MakeVideoType(const VideoType& video, FormatBlock block, CMediaType& typ
 // The bitmap header inside a format block; null for other blocks and for short ones.
 const BITMAPINFOHEADER* BitmapHeaderOf(const AM_MEDIA_TYPE& type);
 
-// One line for people: "video YUY2, 320 x 240, 16 bits, 25 fps (VideoInfo)".
-std::wstring DescribeType(const AM_MEDIA_TYPE& type);
+// The format that a subtype names, with its compression; its sizes are left open. Nothing unless it
+// is one of the eleven.
+std::optional<VideoFormat> FormatOfSubtype(const GUID& subtype);
+
+// Whether the subtype is made of a character code, which is its Data1.
+bool IsCodeSubtype(const GUID& subtype);
+
+// Of a type with a bitmap header; 0 when it does not say.
+REFERENCE_TIME FrameDurationOf(const AM_MEDIA_TYPE& type);
 
 }  // namespace tavo

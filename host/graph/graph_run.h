@@ -1,4 +1,4 @@
-// Runs a graph to its end, shows how far it is, and collects what there is to say about it.
+// Runs a graph to its end, tells how far it is, and collects what there is to say about it.
 
 #pragma once
 
@@ -6,22 +6,34 @@
 #include <optional>
 #include <string>
 
-#include "host/cli/console.h"
 #include "host/filters/avi_sink_filter.h"
 #include "host/filters/frame_counter_filter.h"
+#include "host/graph/filter_figures.h"
+#include "host/graph/run_options.h"
+#include "host/graph/stop_request.h"
 #include "host/graph/video_graph.h"
 
 namespace tavo {
 
-// The filter's own figures.
-struct FilterFigures {
-    double moduleMs = 0.0;
-    double systemFps = 0.0;
-    double generateFps = 0.0;
-    double frameRate = 0.0;
+// How far a run is.
+struct RunPosition {
+    uint64_t frames = 0;     // that came out so far
+    double fraction = -1.0;  // of the movie, from 0 on; negative when its length is not known
+    double seconds = 0.0;    // since the start
 };
 
-FilterFigures ReadFigures(IVantrelSettings& settings);
+// Shows how far a run is, on the thread that runs the graph.
+class RunDisplay {
+  public:
+    // Between two updates.
+    virtual DWORD IntervalMs() const = 0;
+    virtual void Update(const RunPosition& position) = 0;
+    // The graph is stopped.
+    virtual void End() = 0;
+
+  protected:
+    ~RunDisplay() = default;
+};
 
 struct RunResult {
     std::wstring error;        // one line; empty when all is well
@@ -35,13 +47,8 @@ struct RunResult {
 };
 
 // Opens the output file (from here on what was in it is gone), runs the graph, stops it and
-// finishes the file. A failed run that wrote no frame leaves no file.
-RunResult RunGraph(VideoGraph& graph, const Options& options, StopRequest& stop);
-
-// What is printed at the end: several lines.
-std::wstring StatisticsText(const VideoGraph& graph, const RunResult& result);
-
-// The same for a video that was only played.
-std::wstring FiguresText(const VideoGraph& graph, const FilterFigures& figures);
+// finishes the file. A failed run that wrote no frame leaves no file. `display` may be null.
+RunResult RunGraph(VideoGraph& graph, const RunOptions& options, StopRequest& stop,
+                   RunDisplay* display);
 
 }  // namespace tavo

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 
-#include "host/filters/video_type.h"
 #include "host/graph/graph_pins.h"
+#include "host/graph/type_text.h"
 
 namespace tavo {
 namespace {

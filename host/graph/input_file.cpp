@@ -4,6 +4,7 @@
 
 #include <filesystem>
 
+#include "host/avi/media_text.h"
 #include "host/graph/error_text.h"
 #include "host/graph/wine.h"
 

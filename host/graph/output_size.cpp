@@ -60,7 +60,7 @@ PictureSize FitInside(PictureSize box, PictureSize source, AspectRatio pixel) {
     return {edge(shownWidth, box.width), edge(source.height, box.height)};
 }
 
-SizeChoice ChooseSize(const Options& options, PixelFormat format, PictureSize source,
+SizeChoice ChooseSize(const RunOptions& options, PixelFormat format, PictureSize source,
                       AspectRatio pixel) {
     SizeChoice choice;
     if (options.fit) {

@@ -5,7 +5,7 @@
 
 #include "host/avi/aspect_ratio.h"
 #include "host/avi/pixel_format.h"
-#include "host/cli/options.h"
+#include "host/graph/run_options.h"
 
 namespace tavo {
 
@@ -33,7 +33,7 @@ struct SizeChoice {
     PictureSize setting;
 };
 
-SizeChoice ChooseSize(const Options& options, PixelFormat format, PictureSize source,
+SizeChoice ChooseSize(const RunOptions& options, PixelFormat format, PictureSize source,
                       AspectRatio pixel);
 
 }  // namespace tavo

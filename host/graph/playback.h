@@ -2,8 +2,8 @@
 
 #pragma once
 
-#include "host/cli/console.h"
 #include "host/graph/player.h"
+#include "host/graph/stop_request.h"
 #include "host/graph/video_graph.h"
 
 namespace tavo {

@@ -5,8 +5,8 @@
 #include <atomic>
 #include <string>
 
-#include "host/cli/console.h"
-#include "host/graph/graph_run.h"
+#include "host/graph/filter_figures.h"
+#include "host/graph/stop_request.h"
 #include "host/graph/video_graph.h"
 #include "host/property_frame/property_frame.h"
 

@@ -15,6 +15,7 @@
 #include "host/graph/error_text.h"
 #include "host/graph/graph_pins.h"
 #include "host/graph/settings_names.h"
+#include "host/graph/type_text.h"
 
 namespace tavo {
 namespace {
@@ -57,7 +58,7 @@ bool CanRun(const CLSID& renderer) {
 
 class Builder {
   public:
-    Builder(const Options& options, const FilterFactory& factory, const InputFile& input)
+    Builder(const RunOptions& options, const FilterFactory& factory, const InputFile& input)
         : options_(options), factory_(factory), input_(input) {}
 
     Attempt Build(Route route) {
@@ -265,18 +266,18 @@ class Builder {
         }
     }
 
-    const Options& options_;
+    const RunOptions& options_;
     const FilterFactory& factory_;
     const InputFile& input_;
     Attempt attempt_;
 };
 
-bool IsRestricted(const Options& options) { return options.format != 0 || options.type != 0; }
+bool IsRestricted(const RunOptions& options) { return options.format != 0 || options.type != 0; }
 
 // What the source would give if the filter took anything.
-std::wstring ExplainRefusal(const Options& options, const FilterFactory& factory,
+std::wstring ExplainRefusal(const RunOptions& options, const FilterFactory& factory,
                             const InputFile& input, const std::wstring& otherwise) {
-    Options open = options;
+    RunOptions open = options;
     open.format = 0;
     open.type = 0;
     const Attempt attempt = Builder(open, factory, input).Build(Route::Platform);
@@ -310,7 +311,7 @@ bool IsMisread(const VideoFormat& video) {
 }
 
 // The graph by the platform's readers or by our own one, whichever keeps the file's pictures.
-Attempt BuildForRawMovie(Builder& builder, const Options& options, const VideoFormat& video) {
+Attempt BuildForRawMovie(Builder& builder, const RunOptions& options, const VideoFormat& video) {
     const PixelFormat native = video.format;
     const bool nativeWanted =
         options.format == 0 || static_cast<PixelFormat>(options.format) == native;
@@ -321,7 +322,7 @@ Attempt BuildForRawMovie(Builder& builder, const Options& options, const VideoFo
     return second.graph || !first.graph ? std::move(second) : std::move(first);
 }
 
-Attempt BuildByAnyRoute(const Options& options, const FilterFactory& factory,
+Attempt BuildByAnyRoute(const RunOptions& options, const FilterFactory& factory,
                         const InputFile& input) {
     Builder builder(options, factory, input);
     return input.movie ? BuildForRawMovie(builder, options, input.movie->reader.Video())
@@ -330,11 +331,11 @@ Attempt BuildByAnyRoute(const Options& options, const FilterFactory& factory,
 
 // Renderers show few formats and the filter converts none: a source whose first choice cannot be
 // shown is asked for RGB24. Once it is connected the format is free again.
-Attempt BuildForScreen(const Options& options, const FilterFactory& factory,
+Attempt BuildForScreen(const RunOptions& options, const FilterFactory& factory,
                        const InputFile& input) {
     Attempt first = BuildByAnyRoute(options, factory, input);
     if (first.graph || first.inputRefused || options.format != 0) return first;
-    Options rgb = options;
+    RunOptions rgb = options;
     rgb.format = static_cast<int>(PixelFormat::RGB24);
     Attempt second = BuildByAnyRoute(rgb, factory, input);
     if (!second.graph) return first;
@@ -351,7 +352,7 @@ VideoGraph::~VideoGraph() {
     builder.Reset();
 }
 
-std::unique_ptr<VideoGraph> BuildVideoGraph(const Options& options, const FilterFactory& factory,
+std::unique_ptr<VideoGraph> BuildVideoGraph(const RunOptions& options, const FilterFactory& factory,
                                             const InputFile& input, std::wstring& error) {
     Attempt attempt = options.ToScreen() ? BuildForScreen(options, factory, input)
                                          : BuildByAnyRoute(options, factory, input);

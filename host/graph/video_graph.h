@@ -8,12 +8,12 @@
 
 #include "dshow/com_ptr.h"
 #include "settings/vantrel_settings.h"
-#include "host/cli/options.h"
 #include "host/filters/avi_sink_filter.h"
 #include "host/filters/frame_counter_filter.h"
 #include "host/graph/filter_factory.h"
 #include "host/graph/input_file.h"
 #include "host/graph/output_size.h"
+#include "host/graph/run_options.h"
 #include "streams.h"
 
 namespace tavo {
@@ -49,7 +49,7 @@ struct VideoGraph {
 // An uncompressed AVI that this program can read itself is left to the platform as long as that
 // delivers the file's own format unchanged. Returns null and one line for the user on failure. May
 // throw std::bad_alloc.
-std::unique_ptr<VideoGraph> BuildVideoGraph(const Options& options, const FilterFactory& factory,
+std::unique_ptr<VideoGraph> BuildVideoGraph(const RunOptions& options, const FilterFactory& factory,
                                             const InputFile& input, std::wstring& error);
 
 }  // namespace tavo

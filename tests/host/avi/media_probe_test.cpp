@@ -8,6 +8,7 @@
 #include <string>
 
 #include "host/avi/avi_writer.h"
+#include "host/avi/media_text.h"
 #include "tests/host/avi/memory_store.h"
 
 namespace tavo {

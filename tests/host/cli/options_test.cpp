@@ -7,8 +7,6 @@
 #include <clocale>
 #include <vector>
 
-#include "host/graph/settings_names.h"
-
 namespace tavo {
 namespace {
 
@@ -214,19 +212,6 @@ TEST(Options, HelpAndVersionNeedNoFiles) {
     EXPECT_EQ(Parse({L"--cpu=1"}).error, L"--cpu takes no value");
     EXPECT_TRUE(Contains(UsageText(), L"--registered"));
     EXPECT_TRUE(Contains(UsageText(), L"\"Bi-Linear MMX\""));
-}
-
-TEST(SettingNames, CodesAndTexts) {
-    EXPECT_EQ(MethodNames().size(), 9u);
-    EXPECT_EQ(FormatNames().size(), 11u);
-    EXPECT_EQ(TypeNames().size(), 3u);
-    for (const auto names : {MethodNames(), FormatNames(), TypeNames()}) {
-        for (const SettingName& entry : names) {
-            EXPECT_EQ(FindSetting(names, entry.name), entry.code);
-            EXPECT_EQ(SettingText(names, entry.code), entry.name);
-        }
-    }
-    EXPECT_EQ(SettingText(MethodNames(), 3), L"");
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ TEST(OutputSize, NeverBeyondTheBox) {
 }
 
 TEST(OutputSize, SidesThatStayAreLeftToTheFilter) {
-    Options options;
+    RunOptions options;
     SizeChoice choice = ChooseSize(options, PixelFormat::YV12, {320, 240}, {});
     EXPECT_EQ(choice.setting, (PictureSize{0, 0}));
     EXPECT_EQ(choice.wanted, (PictureSize{320, 240}));

@@ -1,6 +1,6 @@
 // Words for what was found in a file.
 
-#include "host/avi/media_probe.h"
+#include "host/avi/media_text.h"
 
 #include <string_view>
 

@@ -1,0 +1,18 @@
+// What is printed at the end of a run: several lines.
+
+#pragma once
+
+#include <string>
+
+#include "host/graph/filter_figures.h"
+#include "host/graph/graph_run.h"
+#include "host/graph/video_graph.h"
+
+namespace tavo {
+
+std::wstring StatisticsText(const VideoGraph& graph, const RunResult& result);
+
+// The same for a video that was only played.
+std::wstring FiguresText(const VideoGraph& graph, const FilterFigures& figures);
+
+}  // namespace tavo

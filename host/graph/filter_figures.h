@@ -1,0 +1,19 @@
+// What the filter measures while it runs.
+
+#pragma once
+
+#include "filter/vantrel_settings.h"
+
+namespace tavo {
+
+struct FilterFigures {
+    double moduleMs = 0.0;
+    double systemFps = 0.0;
+    double generateFps = 0.0;
+    double frameRate = 0.0;
+};
+
+// They are gone once the graph is stopped.
+FilterFigures ReadFigures(IVantrelSettings& settings);
+
+}  // namespace tavo

@@ -1,0 +1,26 @@
+// What is asked of a run.
+
+#pragma once
+
+#include <string>
+
+namespace tavo {
+
+struct RunOptions {
+    std::wstring input;
+    std::wstring output;
+    int width = 0;  // 0 keeps the source's
+    int height = 0;
+    bool fit = false;  // width and height are a box for the picture; neither is 0
+    int method = 0;    // codes of the filter's settings
+    int format = 0;
+    int type = 0;
+    double fps = 0.0;    // 0: the time regulator is off
+    bool asIs = false;   // frame for frame, whatever their times
+    bool play = false;   // in a window; there is no output
+    bool pages = false;  // the same, with the filter's property pages
+
+    bool ToScreen() const { return play || pages; }
+};
+
+}  // namespace tavo

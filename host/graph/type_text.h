@@ -1,0 +1,14 @@
+// Media types as text.
+
+#pragma once
+
+#include <string>
+
+#include "streams.h"
+
+namespace tavo {
+
+// One line for people: "video YUY2, 320 x 240, 16 bits, 25 fps (VideoInfo)".
+std::wstring DescribeType(const AM_MEDIA_TYPE& type);
+
+}  // namespace tavo
