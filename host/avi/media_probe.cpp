@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "host/avi/media_boxes.h"
+#include "host/avi/media_containers.h"
 #include "host/avi/riff.h"
 
 namespace tavo {
@@ -114,8 +114,7 @@ void ProbeOgg(ByteStore& store, string_view start, MediaFacts& facts) {
         if (sound) {
             facts.hasSound = true;
         } else if (!StartsWith(packet, "fishead")) {
-            if (!facts.hasVideo) facts.codec = theora ? "theora" : "";
-            facts.hasVideo = true;
+            facts.AddVideo(theora ? "theora" : "");
         }
         facts.hasHeaders = true;
         for (size_t i = 0; i < segments; ++i) {

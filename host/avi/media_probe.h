@@ -36,6 +36,12 @@ struct MediaFacts {
     std::string codec;     // of the first video, as the file names it: "avc1", "V_VP9"
     AspectRatio pixel;     // of the first video; unknown when it is square or not told
     int rotation = 0;      // degrees clockwise, for showing it: 0, 90, 180, 270
+
+    // The codec counts for the first video only.
+    void AddVideo(const std::string& name) {
+        if (!hasVideo) codec = name;
+        hasVideo = true;
+    }
 };
 
 // Reads little of the file. Nothing in it is trusted.

@@ -1,4 +1,4 @@
-// The headers of containers that nest: AVI, MP4 and Matroska. For media_probe.
+// Looks into containers that nest. For media_probe.
 
 #pragma once
 

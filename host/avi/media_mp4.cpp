@@ -1,0 +1,115 @@
+// The boxes of an MP4 or QuickTime file.
+
+#include "host/avi/media_containers.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "host/avi/box_reader.h"
+#include "host/avi/pixel_format.h"
+
+namespace tavo {
+namespace {
+
+std::optional<Box> ReadMp4(BoxReader& file, uint64_t at) {
+    const auto size = file.Number(at, 4, true);
+    const auto code = file.Number(at + 4, 4, false);
+    if (!code || !size) return std::nullopt;
+    Box box = {static_cast<uint32_t>(*code), at + 8, at + *size};
+    if (*size == 0) box.end = file.Size();
+    if (*size == 1) {
+        const auto large = file.Number(at + 8, 8, true);
+        if (!large || *large > INT64_MAX) return std::nullopt;
+        box.data = at + 16;
+        box.end = at + *large;
+    }
+    return box;
+}
+
+struct Mp4Track {
+    uint32_t handler = 0;
+    std::string codec;
+    AspectRatio pixel;
+    int rotation = 0;
+    bool isEmpty = false;
+};
+
+// The first two columns of the matrix turn: (0 1 -1 0) is a quarter clockwise.
+int RotationOf(BoxReader& file, const Box& header) {
+    const bool large = file.Number(header.data, 1, true).value_or(0) == 1;
+    const uint64_t matrix = header.data + (large ? 52 : 40);
+    if (matrix + 36 > header.end) return 0;
+    const auto a = static_cast<int32_t>(file.Big(matrix));
+    const auto b = static_cast<int32_t>(file.Big(matrix + 4));
+    if (a == 0 && b > 0) return 90;
+    if (a < 0 && b == 0) return 180;
+    return a == 0 && b < 0 ? 270 : 0;
+}
+
+void ReadSampleEntries(BoxReader& file, const Box& list, Mp4Track& track) {
+    constexpr uint64_t kVideoEntry = 78;
+    const auto entry = ReadMp4(file, list.data + 8);
+    if (!entry) return;
+    track.codec = CodeText(entry->code);
+    if (track.handler != FourCc('v', 'i', 'd', 'e')) return;
+    ForEachBox(file, entry->data + kVideoEntry, std::min(entry->end, list.end), ReadMp4,
+               [&](const Box& box) {
+                   if (box.code != FourCc('p', 'a', 's', 'p')) return;
+                   track.pixel = Reduced(file.Big(box.data), file.Big(box.data + 4));
+               });
+}
+
+void ReadTrack(BoxReader& file, const Box& parent, Mp4Track& track, int depth) {
+    ForEachBox(file, parent.data, parent.end, ReadMp4, [&](const Box& box) {
+        switch (box.code) {
+            case FourCc('t', 'k', 'h', 'd'): track.rotation = RotationOf(file, box); break;
+            case FourCc('h', 'd', 'l', 'r'):
+                if (track.handler == 0) track.handler = file.Little(box.data + 8);
+                break;
+            case FourCc('s', 't', 's', 'z'): track.isEmpty = file.Big(box.data + 8) == 0; break;
+            case FourCc('s', 't', 's', 'd'): ReadSampleEntries(file, box, track); break;
+            case FourCc('m', 'd', 'i', 'a'):
+            case FourCc('m', 'i', 'n', 'f'):
+            case FourCc('s', 't', 'b', 'l'):
+                if (depth < 3) ReadTrack(file, box, track, depth + 1);
+                break;
+            default: break;
+        }
+    });
+}
+
+void ReadMovie(BoxReader& file, const Box& movie, MediaFacts& facts) {
+    facts.hasHeaders = true;
+    bool inFragments = false;
+    ForEachBox(file, movie.data, movie.end, ReadMp4, [&](const Box& box) {
+        if (box.code == FourCc('m', 'v', 'e', 'x')) inFragments = true;
+        if (box.code != FourCc('t', 'r', 'a', 'k')) return;
+        Mp4Track track;
+        ReadTrack(file, box, track, 0);
+        if (track.handler == FourCc('s', 'o', 'u', 'n')) facts.hasSound = true;
+        if (track.handler != FourCc('v', 'i', 'd', 'e')) return;
+        if (!facts.hasVideo) {
+            facts.pixel = track.pixel;
+            facts.rotation = track.rotation;
+            facts.isEmpty = track.isEmpty;
+        }
+        facts.AddVideo(track.codec);
+    });
+    if (inFragments) facts.isEmpty = false;
+}
+
+}  // namespace
+
+void ProbeMp4(ByteStore& store, MediaFacts& facts) {
+    BoxReader file(store);
+    ForEachBox(file, 0, file.Size(), ReadMp4, [&](const Box& box) {
+        const bool isMovie = box.code == FourCc('m', 'o', 'o', 'v');
+        const bool isMedia = isMovie || box.code == FourCc('m', 'd', 'a', 't') ||
+                             box.code == FourCc('m', 'o', 'o', 'f');
+        if (box.isCut && isMedia) facts.cutOff = true;
+        if (isMovie) ReadMovie(file, box, facts);
+    });
+    if (!facts.hasHeaders) facts.cutOff = true;
+}
+
+}  // namespace tavo
