@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "host/avi/aspect_ratio.h"
+#include "host/avi/avi_layout.h"
 #include "host/avi/byte_store.h"
 #include "host/avi/frame_rate.h"
 #include "host/avi/pixel_format.h"
@@ -47,72 +48,39 @@ class AviWriter {
     // frame: how often it is shown once more, within the room that was left for it. A repeat is an
     // empty chunk.
     void SetRate(FrameRate rate) { rate_ = rate; }
-    void SetRepeats(std::vector<uint32_t> repeats) { repeats_ = std::move(repeats); }
+    void SetRepeats(std::vector<uint32_t> repeats) { layout_.SetRepeats(std::move(repeats)); }
 
     // Writes the indexes and the final header. On a full disk, frames are given up from the end
     // until the index fits. A second call does nothing.
     IoResult Finish();
 
-    uint64_t FrameCount() const { return frameCount_; }
+    uint64_t FrameCount() const { return layout_.FrameCount(); }
     // Frames and repeats; after Finish.
-    uint64_t SlotCount() const;
+    uint64_t SlotCount() const { return layout_.SlotCount(); }
     uint64_t BytesWritten() const { return position_; }
 
   private:
-    // All frames have one size, so an index follows from where the movie list begins and from the
-    // rooms. Segments that are closed before the repeats are known have longer indexes for them.
-    struct Segment {
-        uint64_t start = 0;  // of the RIFF chunk
-        uint64_t movie = 0;  // of its movi list
-        uint64_t index = 0;  // of the index chunk at the list's end; 0 while the segment is open
-        uint32_t firstFrame = 0;
-        uint32_t frames = 0;
-        uint64_t room = 0;          // for repeats
-        uint64_t indexEntries = 0;  // that its index has, or has room for
-    };
-
-    // One chunk of the movie list: a frame, or an empty one that repeats it.
-    struct Entry {
-        uint64_t offset;  // from the movi list
-        bool repeat;
-    };
-
-    uint64_t FrameChunkSize() const;
-    uint64_t FramesEnd(const Segment& segment) const;
-    bool IsFull(const Segment& segment) const;
-
     IoResult Append(std::span<const std::byte> bytes);
+    // Takes back what was appended since.
+    void CutBack(uint64_t position);
     IoResult AppendFrame(std::span<const std::byte> frame);
     IoResult OpenSegment();
-    IoResult CloseSegment(Segment& segment);
+    IoResult CloseSegment(AviSegment& segment);
     IoResult EnsureOpenSegment();
     IoResult PatchSize(uint64_t chunk, uint64_t end);
+    IoResult WriteRepeats(const AviSegment& segment);
+    IoResult RewriteIndexes(const AviSegment& segment);
     IoResult TryFinish();
-    uint64_t ClosedEnd(const Segment& segment, uint64_t slots) const;
-    uint64_t ReachableEnd(uint64_t wanted);
     bool DropFrames(uint32_t atLeast);
-    IoResult WriteRepeats(const Segment& segment);
-    IoResult RewriteIndexes(const Segment& segment);
-
-    uint32_t RepeatsOf(uint32_t frame) const;
-    uint32_t SlotsOf(const Segment& segment) const;
-    std::vector<Entry> EntriesOf(const Segment& segment) const;
-    std::vector<std::byte> SegmentIndex(const Segment& segment) const;
-    std::vector<std::byte> OldIndex(const Segment& segment) const;
     std::vector<std::byte> Header() const;
 
     ByteStore& store_;
     const VideoFormat video_;
-    const uint32_t frameSize_;
-    const uint32_t chunkCode_;
     const AviLimits limits_;
+    AviLayout layout_;
     FrameRate rate_;
     AspectRatio shown_;
     uint64_t position_ = 0;
-    uint32_t frameCount_ = 0;
-    std::vector<Segment> segments_;
-    std::vector<uint32_t> rooms_;  // of each frame
-    std::vector<uint32_t> repeats_;
     bool failed_ = false;
     bool finished_ = false;
 };

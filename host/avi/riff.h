@@ -71,6 +71,17 @@ class RiffBlock {
         for (size_t i = 0; i < 4; ++i) bytes_[offset + i] = static_cast<std::byte>(value >> 8 * i);
     }
 
+    // A chunk that nobody reads, of `size` bytes in all: a multiple of a chunk header.
+    void PutJunk(uint64_t size) {
+        const size_t chunk = Open(kJunk);
+        PutZeros(static_cast<size_t>(size - kChunkHeader));
+        Close(chunk);
+    }
+    // Fills up to `size` with junk; nothing when the block is as long already.
+    void PadTo(uint64_t size) {
+        if (bytes_.size() < size) PutJunk(size - bytes_.size());
+    }
+
     std::vector<std::byte> Take() { return std::move(bytes_); }
 
   private:

@@ -1,0 +1,56 @@
+// Lays out the indexes of a RIFF segment.
+
+#include "host/avi/avi_index.h"
+
+#include "host/avi/riff.h"
+
+namespace tavo {
+namespace {
+
+constexpr uint32_t kKeyFrame = 0x10;
+constexpr uint32_t kNoKeyFrame = 0x80000000;  // in an OpenDML index, beside the size
+constexpr uint32_t kIndexOfChunks = 1;
+constexpr uint32_t kLongsPerEntry = 2;
+constexpr uint64_t kIndexHeader = kChunkHeader + 24;
+constexpr uint64_t kIndexEntry = 8;
+constexpr uint64_t kOldIndexEntry = 16;
+
+}  // namespace
+
+uint64_t StreamIndexSize(uint64_t entries) { return kIndexHeader + entries * kIndexEntry; }
+uint64_t OldIndexSize(uint64_t entries) { return kChunkHeader + entries * kOldIndexEntry; }
+
+std::vector<std::byte> StreamIndex(const MovieChunks& chunks, uint64_t reserved) {
+    RiffBlock block;
+    const size_t index = block.Open(kFirstStreamIndex);
+    block.Put16(kLongsPerEntry);
+    block.Put16(kIndexOfChunks << 8);  // sub type, type
+    block.Put32(static_cast<uint32_t>(chunks.entries.size()));
+    block.Put32(chunks.code);
+    block.Put64(chunks.movie);
+    block.Put32(0);
+    for (const IndexEntry& entry : chunks.entries) {
+        block.Put32(static_cast<uint32_t>(entry.offset + kChunkHeader));
+        block.Put32(entry.repeat ? kNoKeyFrame : chunks.frameSize);
+    }
+    block.Close(index);
+    block.PadTo(StreamIndexSize(reserved));
+    return block.Take();
+}
+
+// Offsets count from the code of the movi list.
+std::vector<std::byte> OldIndex(const MovieChunks& chunks, uint64_t reserved) {
+    RiffBlock block;
+    const size_t index = block.Open(kOldIndex);
+    for (const IndexEntry& entry : chunks.entries) {
+        block.Put32(chunks.code);
+        block.Put32(entry.repeat ? 0 : kKeyFrame);
+        block.Put32(static_cast<uint32_t>(entry.offset - kChunkHeader));
+        block.Put32(entry.repeat ? 0 : chunks.frameSize);
+    }
+    block.Close(index);
+    block.PadTo(OldIndexSize(reserved));
+    return block.Take();
+}
+
+}  // namespace tavo

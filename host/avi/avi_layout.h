@@ -1,0 +1,89 @@
+// Where everything lies in an AVI file that is being written. No input or output here.
+
+#pragma once
+
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "host/avi/avi_header.h"
+#include "host/avi/avi_index.h"
+#include "host/avi/pixel_format.h"
+
+namespace tavo {
+
+// One RIFF segment: a movie list with frames and room for repeats, and its indexes.
+struct AviSegment {
+    uint64_t start = 0;  // of the RIFF chunk
+    uint64_t movie = 0;  // of its movi list
+    uint64_t index = 0;  // of the index chunk at the list's end; 0 while the segment is open
+    uint32_t firstFrame = 0;
+    uint32_t frames = 0;
+    uint64_t room = 0;          // for repeats
+    uint64_t indexEntries = 0;  // that its index has, or has room for
+
+    bool IsOpen() const { return index == 0; }
+    // The first segment is an AVI for readers without OpenDML too.
+    bool HasOldIndex() const { return start == 0; }
+};
+
+// All frames have one size, so an index follows from where the movie list begins and from the room
+// behind each frame. Segments that are closed before the repeats are known have longer indexes for
+// them. Members that add something may throw std::bad_alloc; nothing has changed then.
+class AviLayout {
+  public:
+    // `video` has a frame size.
+    explicit AviLayout(const VideoFormat& video);
+
+    uint32_t FrameSize() const { return frameSize_; }
+    uint32_t ChunkCode() const { return chunkCode_; }
+    uint32_t FrameCount() const { return static_cast<uint32_t>(rooms_.size()); }
+    // Frames and repeats.
+    uint64_t SlotCount() const;
+
+    const std::vector<AviSegment>& Segments() const { return segments_; }
+    AviSegment& LastSegment() { return segments_.back(); }
+    // So that AddSegment cannot throw.
+    void ReserveSegment() { segments_.reserve(segments_.size() + 1); }
+    void AddSegment(uint64_t start, uint64_t movie);
+    void DropSegment() { segments_.pop_back(); }
+
+    // The last frame of the last segment, with the room behind it.
+    void AddFrame();
+    void DropFrame();
+    void SetRoom(uint32_t repeats);
+    uint32_t LastRoom() const { return rooms_.back(); }
+
+    // How often each frame is shown once more, within its room.
+    void SetRepeats(std::vector<uint32_t> repeats) { repeats_ = std::move(repeats); }
+    uint32_t RepeatsOf(uint32_t frame) const;
+    uint32_t SlotsOf(const AviSegment& segment) const;
+
+    // Of a frame with its chunk header, and of the room behind it.
+    uint64_t FrameChunkSize() const;
+    uint64_t RoomSize(uint32_t frame) const;
+    uint64_t FramesEnd(const AviSegment& segment) const;
+    // Where the file ends once the segment is closed, with so many slots in its indexes.
+    uint64_t ClosedEnd(const AviSegment& segment, uint64_t slots) const;
+    // Whether one more frame would make the segment longer than this.
+    bool IsFull(const AviSegment& segment, uint64_t limit) const;
+
+    // What fills the room behind a frame: its repeats, and what remains.
+    std::vector<std::byte> RepeatChunks(uint32_t frame) const;
+    // The indexes follow each other behind the segment's frames.
+    std::vector<std::byte> StreamIndexOf(const AviSegment& segment) const;
+    std::vector<std::byte> OldIndexOf(const AviSegment& segment) const;
+    // For the header.
+    std::vector<SegmentEntry> SuperIndex() const;
+
+  private:
+    std::vector<IndexEntry> EntriesOf(const AviSegment& segment) const;
+
+    const uint32_t frameSize_;
+    const uint32_t chunkCode_;
+    std::vector<AviSegment> segments_;
+    std::vector<uint32_t> rooms_;  // of each frame
+    std::vector<uint32_t> repeats_;
+};
+
+}  // namespace tavo
