@@ -1,19 +1,17 @@
-// The AVI writer: headers of all formats, segments, indexes, full disks.
+// The AVI writer: headers of all formats, segments, indexes.
 
 #include "host/avi/avi_writer.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <filesystem>
 #include <random>
 #include <string>
-#include <utility>
+#include <vector>
 
 #include "host/avi/avi_reader.h"
 #include "host/avi/file_store.h"
-#include "tests/host/avi/avi_checker.h"
-#include "tests/host/avi/memory_store.h"
+#include "tests/host/avi/written_frames.h"
 
 namespace tavo {
 namespace {
@@ -21,36 +19,11 @@ namespace {
 using tavo_test::CheckAvi;
 using tavo_test::CheckedAvi;
 using tavo_test::MemoryStore;
+using tavo_test::Picture;
 using tavo_test::SparseStore;
-
-VideoFormat Video(PixelFormat format, int32_t width, int32_t height) {
-    return {format, InfoOf(format).compression, width, height};
-}
-
-std::vector<std::byte> Picture(const VideoFormat& video, uint32_t number) {
-    std::vector<std::byte> frame(*FrameSize(video));
-    for (size_t i = 0; i < frame.size(); ++i) {
-        frame[i] = static_cast<std::byte>(i * 7 + number * 31 + 1);
-    }
-    return frame;
-}
-
-void WriteFrames(AviWriter& writer, const VideoFormat& video, uint32_t count) {
-    for (uint32_t n = 0; n < count; ++n) {
-        ASSERT_EQ(writer.WriteFrame(Picture(video, n)), IoResult::Ok) << n;
-    }
-}
-
-CheckedAvi WriteAndCheck(MemoryStore& store, const VideoFormat& video, uint32_t frames,
-                         AviLimits limits = {}) {
-    AviWriter writer(store, video, {30000, 1001}, limits);
-    EXPECT_EQ(writer.Begin(), IoResult::Ok);
-    WriteFrames(writer, video, frames);
-    EXPECT_EQ(writer.Finish(), IoResult::Ok);
-    EXPECT_EQ(writer.FrameCount(), frames);
-    EXPECT_EQ(writer.BytesWritten(), store.bytes.size());
-    return CheckAvi(store);
-}
+using tavo_test::Video;
+using tavo_test::WriteAndCheck;
+using tavo_test::WriteFrames;
 
 TEST(AviWriter, HeaderOfEveryFormat) {
     struct Row {
@@ -228,105 +201,6 @@ TEST(AviWriter, RateMayBeSettledLater) {
     EXPECT_EQ(avi.frames.size(), 2u);
 }
 
-// Frame n is shown n % 4 times more, in a room for 5.
-CheckedAvi WriteRepeats(MemoryStore& store, const VideoFormat& video, uint32_t frames,
-                        AviLimits limits, bool repeat = true) {
-    AviWriter writer(store, video, {25, 1}, limits);
-    EXPECT_EQ(writer.Begin(), IoResult::Ok);
-    std::vector<uint32_t> repeats;
-    for (uint32_t n = 0; n < frames; ++n) {
-        EXPECT_EQ(writer.WriteFrame(Picture(video, n)), IoResult::Ok) << n;
-        EXPECT_EQ(writer.LeaveRoom(5), IoResult::Ok);
-        repeats.push_back(n % 4);
-    }
-    if (repeat) writer.SetRepeats(repeats);
-    EXPECT_EQ(writer.Finish(), IoResult::Ok);
-    EXPECT_EQ(writer.FrameCount(), frames);
-    EXPECT_EQ(writer.BytesWritten(), store.bytes.size());
-    const CheckedAvi avi = CheckAvi(store);
-    EXPECT_EQ(writer.SlotCount(), avi.chunks.size());
-    return avi;
-}
-
-TEST(AviWriter, RepeatsAreEmptyChunks) {
-    const VideoFormat video = Video(PixelFormat::YUY2, 32, 8);
-    for (const uint64_t limit : {uint64_t{1}, uint64_t{3000}, uint64_t{1} << 30}) {
-        SCOPED_TRACE(limit);
-        MemoryStore store;
-        const CheckedAvi avi = WriteRepeats(store, video, 10, {limit, 100});
-        EXPECT_EQ(avi.fault, "");
-        EXPECT_EQ(avi.segmentStarts.size() > 1, limit < 5000);
-        EXPECT_EQ(avi.repeats, (std::vector<uint32_t>{0, 1, 2, 3, 0, 1, 2, 3, 0, 1}));
-        EXPECT_EQ(avi.streamFrames, 23u);
-        EXPECT_EQ(avi.totalFrames, 23u);
-        AviReader reader;
-        ASSERT_EQ(reader.Open(store), AviResult::Ok);
-        EXPECT_FALSE(reader.IsCutOff());
-        ASSERT_EQ(reader.FrameCount(), 23u);
-        std::vector<std::byte> frame(reader.FrameBytes());
-        ASSERT_EQ(reader.ReadFrame(8, frame), IoResult::Ok);
-        EXPECT_EQ(frame, Picture(video, 3));
-    }
-}
-
-TEST(AviWriter, RoomThatIsNotUsedIsSkipped) {
-    const VideoFormat video = Video(PixelFormat::RGB24, 6, 4);
-    MemoryStore store;
-    const CheckedAvi avi = WriteRepeats(store, video, 10, {3000, 100}, false);
-    EXPECT_EQ(avi.fault, "");
-    EXPECT_EQ(avi.repeats, std::vector<uint32_t>(10));
-    EXPECT_EQ(avi.streamFrames, 10u);
-    AviReader reader;
-    ASSERT_EQ(reader.Open(store), AviResult::Ok);
-    EXPECT_EQ(reader.FrameCount(), 10u);
-}
-
-TEST(AviWriter, RoomIsLeftOnceForAFrame) {
-    const VideoFormat video = Video(PixelFormat::YUY2, 32, 8);
-    MemoryStore store;
-    AviWriter writer(store, video, {25, 1});
-    ASSERT_EQ(writer.Begin(), IoResult::Ok);
-    EXPECT_EQ(writer.LeaveRoom(1), IoResult::Failed);
-    WriteFrames(writer, video, 2);
-    EXPECT_EQ(writer.LeaveRoom(0), IoResult::Ok);
-    EXPECT_EQ(writer.LeaveRoom(3), IoResult::Ok);
-    EXPECT_EQ(writer.LeaveRoom(3), IoResult::Failed);
-    // More than there is room for, and for more frames than there are.
-    writer.SetRepeats({7, 7, 7});
-    ASSERT_EQ(writer.Finish(), IoResult::Ok);
-    const CheckedAvi avi = CheckAvi(store);
-    EXPECT_EQ(avi.fault, "");
-    EXPECT_EQ(avi.repeats, (std::vector<uint32_t>{0, 3}));
-}
-
-TEST(AviWriter, FullDiskWithRepeatsLeavesASoundFile) {
-    const VideoFormat video = Video(PixelFormat::YUY2, 8, 4);  // 64 bytes
-    constexpr AviLimits kLimits = {1500, 12};
-    MemoryStore whole;
-    const CheckedAvi all = WriteRepeats(whole, video, 30, kLimits);
-    ASSERT_EQ(all.fault, "");
-    const size_t headerEnd = static_cast<size_t>(all.frames[0]) - 8;
-    for (size_t capacity = headerEnd + 40; capacity < whole.bytes.size(); capacity += 3) {
-        SCOPED_TRACE(capacity);
-        MemoryStore store;
-        store.capacity = capacity;
-        AviWriter writer(store, video, {25, 1}, kLimits);
-        IoResult result = writer.Begin();
-        std::vector<uint32_t> repeats;
-        for (uint32_t n = 0; n < 30 && result == IoResult::Ok; ++n) {
-            result = writer.WriteFrame(Picture(video, n));
-            if (result == IoResult::Ok) result = writer.LeaveRoom(5);
-            repeats.push_back(n % 4);
-        }
-        writer.SetRepeats(repeats);
-        ASSERT_EQ(writer.Finish(), IoResult::Ok);
-        const CheckedAvi avi = CheckAvi(store);
-        ASSERT_EQ(avi.fault, "");
-        EXPECT_EQ(avi.frames.size(), writer.FrameCount());
-        EXPECT_EQ(avi.streamFrames, writer.SlotCount());
-    }
-}
-
 TEST(AviWriter, TheShownAspectIsInTheHeader) {
     const VideoFormat video = Video(PixelFormat::YUY2, 32, 8);
     MemoryStore store;
@@ -339,118 +213,6 @@ TEST(AviWriter, TheShownAspectIsInTheHeader) {
     EXPECT_EQ(avi.fault, "");
     EXPECT_EQ(avi.shownAspect, 16u << 16 | 9u);
     EXPECT_EQ(avi.frames.size(), 2u);
-}
-
-// The disk fills up at every possible byte: the file must be sound each time, with all frames but
-// those whose place the index needs.
-TEST(AviWriter, FullDiskLeavesASoundFile) {
-    const VideoFormat video = Video(PixelFormat::YUY2, 8, 4);  // 64 bytes
-    constexpr AviLimits kLimits = {1500, 6};
-    MemoryStore whole;
-    const CheckedAvi all = WriteAndCheck(whole, video, 60, kLimits);
-    ASSERT_EQ(all.fault, "");
-    ASSERT_GT(all.segmentStarts.size(), 3u);
-    const size_t headerEnd = static_cast<size_t>(all.frames[0]) - 8;
-    size_t before = 0;
-    for (size_t capacity = 0; capacity < whole.bytes.size(); ++capacity) {
-        SCOPED_TRACE(capacity);
-        MemoryStore store;
-        store.capacity = capacity;
-        AviWriter writer(store, video, {25, 1}, kLimits);
-        IoResult result = writer.Begin();
-        EXPECT_EQ(result, capacity < headerEnd ? IoResult::DiskFull : IoResult::Ok);
-        for (uint32_t n = 0; n < 60 && result == IoResult::Ok; ++n) {
-            result = writer.WriteFrame(Picture(video, n));
-        }
-        const IoResult finish = writer.Finish();
-        if (finish != IoResult::Ok) {
-            ASSERT_LT(capacity, headerEnd + 40) << "the empty movie's index fits";
-            continue;
-        }
-        const CheckedAvi avi = CheckAvi(store);
-        ASSERT_EQ(avi.fault, "");
-        EXPECT_EQ(avi.frames.size(), writer.FrameCount());
-        EXPECT_EQ(avi.streamFrames, writer.FrameCount());
-        EXPECT_GE(avi.frames.size() + 1, before);
-        before = avi.frames.size();
-        for (uint32_t n = 0; n < avi.frames.size(); ++n) {
-            std::vector<std::byte> frame(64);
-            ASSERT_EQ(store.ReadAt(avi.frames[n], frame), IoResult::Ok);
-            ASSERT_EQ(frame, Picture(video, n));
-        }
-    }
-    EXPECT_GE(before, 59u);
-}
-
-// Writes frames until the disk is full.
-void FillDisk(AviWriter& writer, const VideoFormat& video) {
-    ASSERT_EQ(writer.Begin(), IoResult::Ok);
-    const std::vector<std::byte> frame = Picture(video, 0);
-    IoResult result = IoResult::Ok;
-    while (result == IoResult::Ok) result = writer.WriteFrame(frame);
-    ASSERT_EQ(result, IoResult::DiskFull);
-}
-
-// Frames smaller than their own index entries: most of them have to go.
-TEST(AviWriter, FullDiskCostsNoMoreThanTheFile) {
-    const VideoFormat video = Video(PixelFormat::YUY2, 2, 1);
-    MemoryStore store;
-    store.capacity = 400'000;
-    AviWriter writer(store, video, {25, 1});
-    FillDisk(writer, video);
-    const uint32_t written = writer.FrameCount();
-    store.bytesOffered = 0;
-    store.writes = 0;
-    ASSERT_EQ(writer.Finish(), IoResult::Ok);
-    EXPECT_LT(store.bytesOffered, 5 * store.capacity);
-    EXPECT_LT(store.writes, 100);
-    EXPECT_EQ(CheckAvi(store).fault, "");
-
-    // One more would have been too many.
-    const uint32_t kept = writer.FrameCount();
-    EXPECT_LT(kept, written / 2);
-    for (const uint32_t frames : {kept, kept + 1}) {
-        MemoryStore whole;
-        WriteAndCheck(whole, video, frames);
-        EXPECT_EQ(whole.bytes.size() <= store.capacity, frames == kept);
-    }
-}
-
-// A disk that compresses what is written: how much of it is left cannot be measured with zeros.
-class CompressingStore final : public MemoryStore {
-  public:
-    IoResult WriteAt(uint64_t offset, std::span<const std::byte> source) override {
-        const auto isZero = [](std::byte b) { return b == std::byte{0}; };
-        if (!std::ranges::all_of(source, isZero)) return MemoryStore::WriteAt(offset, source);
-        const uint64_t limit = std::exchange(capacity, UINT64_MAX);
-        const IoResult result = MemoryStore::WriteAt(offset, source);
-        capacity = limit;
-        return result;
-    }
-};
-
-TEST(AviWriter, FullDiskIsGivenUpInFewTries) {
-    const VideoFormat video = Video(PixelFormat::YUY2, 2, 1);
-    CompressingStore store;
-    store.capacity = 400'000;
-    AviWriter writer(store, video, {25, 1});
-    FillDisk(writer, video);
-    store.writes = 0;
-    ASSERT_EQ(writer.Finish(), IoResult::Ok);
-    EXPECT_LT(store.writes, 500);
-    EXPECT_EQ(CheckAvi(store).fault, "");
-    EXPECT_GT(writer.FrameCount(), 9000u);  // of the 10640 that fit
-}
-
-TEST(AviWriter, OtherErrorsAreReportedAsTheyAre) {
-    const VideoFormat video = Video(PixelFormat::YUY2, 8, 4);
-    MemoryStore store;
-    AviWriter writer(store, video, {25, 1});
-    ASSERT_EQ(writer.Begin(), IoResult::Ok);
-    WriteFrames(writer, video, 2);
-    store.failure = IoResult::AccessDenied;
-    EXPECT_EQ(writer.WriteFrame(Picture(video, 2)), IoResult::AccessDenied);
-    EXPECT_EQ(writer.Finish(), IoResult::AccessDenied);
 }
 
 TEST(AviWriter, ThroughARealFile) {
