@@ -11,8 +11,6 @@ namespace {
 constexpr CLSID kSinkClass = {
     0x5d7b0e3c, 0x9c0a, 0x4b52, {0x8a, 0x0e, 0x0c, 0x2f, 0x6b, 0x1d, 0x7a, 0x29}};
 
-constexpr tavo::FrameRate kUnknownRate = {25, 1};
-
 HRESULT ReasonOf(tavo::IoResult io) {
     return io == tavo::IoResult::DiskFull ? HRESULT_FROM_WIN32(ERROR_DISK_FULL)
                                           : HRESULT_FROM_WIN32(ERROR_WRITE_FAULT);
@@ -126,11 +124,9 @@ tavo::IoResult CAviSink::OpenFile(const std::filesystem::path& path, const FileO
     const tavo::VideoType& video = m_pin.Video();
     tavo::IoResult result = m_file.Create(path);
     if (result != tavo::IoResult::Ok) return result;
-    m_result.rate =
-        video.frameDuration > 0 ? tavo::RateFromDuration(video.frameDuration) : kUnknownRate;
-    m_writer.emplace(m_file, video.video, m_result.rate);
+    m_writer.emplace(m_file, video.video, video.frameDuration, options.timing);
     m_writer->SetShownAspect(options.shown);
-    m_timing = options.timing;
+    m_result.rate = m_writer->Rate();
     return m_writer->Begin();
 }
 
@@ -168,69 +164,18 @@ HRESULT CAviSink::WriteFrame(IMediaSample* sample) {
         CAutoLock lock(&m_fileLock);
         if (m_failed || !m_writer) return E_FAIL;
         try {
-            result = TakeTimedFrame({reinterpret_cast<const std::byte*>(data), length},
-                                    timed ? std::optional(start) : std::nullopt,
-                                    times == S_OK ? stop - start : 0);
+            result = m_writer->WriteFrame({reinterpret_cast<const std::byte*>(data), length},
+                                          timed ? std::optional(start) : std::nullopt,
+                                          times == S_OK ? stop - start : 0);
         } catch (const std::bad_alloc&) {
             return E_OUTOFMEMORY;
         }
         if (result == tavo::IoResult::Ok) {
             ++m_count;
             if (!timed || ShowsExpected(start, stop)) m_shown = true;
-            if (timed) {
-                m_result.stamps.Add(start);
-            } else {
-                m_result.stamps.AddUnknown();
-            }
         }
     }
     return result == tavo::IoResult::Ok ? S_OK : Fail(result, ReasonOf(result));
-}
-
-int64_t CAviSink::UsualDistance() const {
-    const REFERENCE_TIME duration = m_pin.Video().frameDuration;
-    if (duration > 0) return duration;
-    const int64_t interval = m_result.stamps.FirstInterval();
-    return interval > 0 ? interval : tavo::DurationOf(kUnknownRate);
-}
-
-// Room for repeats is left behind each frame; how many there are is settled by all of the times.
-tavo::IoResult CAviSink::TakeTimedFrame(std::span<const std::byte> frame,
-                                        std::optional<REFERENCE_TIME> start,
-                                        REFERENCE_TIME length) {
-    if (m_timing == Timing::FrameForFrame) return m_writer->WriteFrame(frame);
-    const int64_t time = m_times.Next(start, UsualDistance());
-    const int64_t last = m_starts.empty() ? time : m_starts.back();
-    m_starts.push_back(time);
-    tavo::IoResult result = tavo::IoResult::Ok;
-    if (time > last) result = m_writer->LeaveRoom(tavo::MostRepeats(time - last));
-    if (result == tavo::IoResult::Ok) result = m_writer->WriteFrame(frame);
-    if (result != tavo::IoResult::Ok) {
-        m_starts.pop_back();
-        return result;
-    }
-    m_lastLength = length;
-    return result;
-}
-
-tavo::IoResult CAviSink::FinishTiming() {
-    const REFERENCE_TIME duration = m_pin.Video().frameDuration;
-    if (m_timing == Timing::FrameForFrame) {
-        const int64_t interval = m_result.stamps.FirstInterval();
-        if (duration == 0 && interval > 0) m_result.rate = tavo::RateFromDuration(interval);
-        m_writer->SetRate(m_result.rate);
-        return tavo::IoResult::Ok;
-    }
-    if (m_starts.empty()) return tavo::IoResult::Ok;
-    const bool says = m_lastLength > 0 && m_lastLength <= tavo::RisingTimes::kLongestGap;
-    const int64_t length = says ? m_lastLength : UsualDistance();
-    const auto nominal = duration > 0 ? std::optional(m_result.rate) : std::nullopt;
-    tavo::FrameTiming timing = tavo::FitTiming(m_starts, m_starts.back() + length, nominal);
-    m_result.rate = timing.rate;
-    m_writer->SetRate(timing.rate);
-    const uint32_t last = timing.repeats.back();
-    m_writer->SetRepeats(std::move(timing.repeats));
-    return m_writer->LeaveRoom(last);
 }
 
 CAviSink::Result CAviSink::FinishFile() {
@@ -239,14 +184,16 @@ CAviSink::Result CAviSink::FinishFile() {
         tavo::IoResult result = tavo::IoResult::Failed;
         try {
             // A file whose writing failed has no room left, and is finished all the same.
-            const tavo::IoResult timed = FinishTiming();
+            const tavo::IoResult settled = m_writer->SettleTiming();
             result = m_writer->Finish();
-            if (result == tavo::IoResult::Ok && !m_failed) result = timed;
-            m_result.repeats = m_writer->SlotCount() - m_writer->FrameCount();
+            if (result == tavo::IoResult::Ok && !m_failed) result = settled;
+            m_result.repeats = m_writer->RepeatCount();
         } catch (const std::bad_alloc&) {
         }
         m_result.frames = m_writer->FrameCount();
         m_result.bytes = m_writer->BytesWritten();
+        m_result.rate = m_writer->Rate();
+        m_result.stamps = m_writer->Stamps();
         m_writer.reset();
         const tavo::IoResult closed = m_file.Close();
         if (result == tavo::IoResult::Ok) result = closed;

@@ -5,10 +5,8 @@
 #include <filesystem>
 #include <optional>
 
-#include "host/avi/avi_writer.h"
 #include "host/avi/file_store.h"
-#include "host/avi/frame_timing.h"
-#include "host/avi/time_stamps.h"
+#include "host/avi/timed_avi_writer.h"
 #include "host/filters/frame_counter_filter.h"
 #include "host/filters/video_type.h"
 #include "streams.h"
@@ -61,9 +59,7 @@ class CAviSink final : public CBaseFilter,
         tavo::TimeStamps stamps;
     };
 
-    // Whether frames keep the distances of their times, or follow each other at the rate that the
-    // type names.
-    enum class Timing { Kept, FrameForFrame };
+    using Timing = tavo::TimedAviWriter::Timing;
 
     struct FileOptions {
         Timing timing = Timing::Kept;
@@ -89,21 +85,13 @@ class CAviSink final : public CBaseFilter,
 
   private:
     void SignalCompleteOnce();
-    tavo::IoResult TakeTimedFrame(std::span<const std::byte> frame,
-                                  std::optional<REFERENCE_TIME> start, REFERENCE_TIME length);
-    tavo::IoResult FinishTiming();
-    int64_t UsualDistance() const;
     bool ShowsExpected(REFERENCE_TIME start, REFERENCE_TIME stop) const;
 
     CCritSec m_lock;
     CCritSec m_fileLock;  // guards all below; taken last
     tavo::FileStore m_file;
-    std::optional<tavo::AviWriter> m_writer;
+    std::optional<tavo::TimedAviWriter> m_writer;
     Result m_result;
-    Timing m_timing = Timing::Kept;
-    tavo::RisingTimes m_times;
-    std::vector<int64_t> m_starts;
-    REFERENCE_TIME m_lastLength = 0;  // 0 when the last frame does not say
     uint64_t m_count = 0;
     REFERENCE_TIME m_expectedStart = 0;
     REFERENCE_TIME m_expectedStop = 0;
