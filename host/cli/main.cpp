@@ -14,6 +14,7 @@
 #include "host/cli/processor_text.h"
 #include "host/cli/progress_display.h"
 #include "host/cli/statistics_text.h"
+#include "host/cli/usage_text.h"
 #include "host/graph/error_text.h"
 #include "host/graph/filter_factory.h"
 #include "host/graph/graph_run.h"

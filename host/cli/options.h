@@ -31,7 +31,4 @@ struct ParsedOptions {
 // an equals sign; "--" ends the options. -h and /? are --help; it and --version need no files.
 ParsedOptions ParseOptions(std::span<const std::wstring_view> arguments);
 
-// What --help prints.
-std::wstring UsageText();
-
 }  // namespace tavo

@@ -7,6 +7,8 @@
 #include <clocale>
 #include <vector>
 
+#include "host/cli/usage_text.h"
+
 namespace tavo {
 namespace {
 

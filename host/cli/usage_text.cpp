@@ -1,0 +1,59 @@
+// The text of --help.
+
+#include "host/cli/usage_text.h"
+
+#include "host/graph/settings_names.h"
+
+namespace tavo {
+
+std::wstring UsageText() {
+    return LR"(Usage: vantrel INPUT OUTPUT.avi [options]
+       vantrel --play INPUT [options]
+       vantrel --pages INPUT [options]
+       vantrel --cpu
+
+Scales the video in INPUT with the filter Mira Vantrel and writes it, uncompressed, to OUTPUT.avi,
+or plays it in a window.
+
+  --play          play the video; ends with it, with Esc, or when its window is closed; the space
+                  bar pauses
+  --pages         play it over and over beside the filter's property pages; ends when these or the
+                  window are closed
+  --size WxH      size of the output; 0 for either keeps that side of the source, so that 640x0
+                  changes the width alone and with it the shape of the picture (default 0x0)
+  --fit WxH       the largest size within this box that keeps the shape of the picture; smaller
+                  pictures stay as they are
+  --method NAME   how to scale (default AUTO)
+  --format NAME   the only pixel format that the filter may take (default AUTO: any)
+  --type NAME     the only kind of format block that the filter may take (default AUTO: any)
+  --fps N         fixed frame rate: frames are repeated and dropped; 29.97 or 30000/1001
+  --as-is         write frame for frame, whatever the times of the frames
+  --overwrite     replace OUTPUT.avi if it is there
+  --registered    use the filter that is registered on this system
+  --module PATH   use the filter in this file (default: TavoResample.ax beside this program)
+  --graph         print the filters, pins and media types that were connected
+  --quiet         no progress and no statistics
+  --cpu           print what is known of the processor and which code will run on it
+  --help, -h, /?  this text
+  --version       version of this program
+
+Formats hold sizes of their own: planar pictures are even in width and height (YVU9: multiples of
+4), packed 4:2:2 ones even in width. Sizes between are rounded up.
+
+Without --fps and --as-is, frames that come at irregular times keep them: the file has the rate that
+suits their distances, and shows frames for as long as they last.
+
+Methods: )" +
+           ListSettings(MethodNames()) +
+           L"\n         or, for short, \"nearest\" and \"bilinear\", also with -auto, -mmx, -sse"
+           L"\nFormats: " +
+           ListSettings(FormatNames()) + L"; \"I420\" is IYUV\nTypes:   " +
+           ListSettings(TypeNames()) +
+           LR"(
+
+Ctrl-C stops early; what was written until then is a complete file. There is no sound.
+Exit codes: 0 done, 1 failed, 2 wrong command line, 3 stopped by Ctrl-C.
+)";
+}
+
+}  // namespace tavo

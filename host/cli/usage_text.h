@@ -1,0 +1,11 @@
+// What --help prints.
+
+#pragma once
+
+#include <string>
+
+namespace tavo {
+
+std::wstring UsageText();
+
+}  // namespace tavo

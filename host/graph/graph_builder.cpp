@@ -1,0 +1,195 @@
+// Adds and connects the filters one after the other, from the scaling filter outwards.
+
+#include "host/graph/graph_builder.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <new>
+#include <utility>
+
+#include "host/filters/avi_source_filter.h"
+#include "host/filters/video_type.h"
+#include "host/graph/error_text.h"
+#include "host/graph/graph_pins.h"
+#include "host/graph/shown_aspect.h"
+#include "host/graph/video_renderer.h"
+
+namespace tavo {
+namespace {
+
+// Makes a filter of ours and takes the first reference to it.
+template <typename Filter, typename... Arguments>
+HRESULT MakeFilter(Filter*& object, ComPtr<IBaseFilter>& reference, Arguments&&... arguments) {
+    HRESULT hr = S_OK;
+    object = new (std::nothrow) Filter(std::forward<Arguments>(arguments)..., &hr);
+    if (object == nullptr) return E_OUTOFMEMORY;
+    reference = ComPtr<IBaseFilter>(object);
+    return hr;
+}
+
+}  // namespace
+
+Attempt GraphBuilder::Build(Route route) {
+    attempt_ = {};
+    attempt_.graph = std::make_unique<VideoGraph>();
+    if (!AddScalingFilter() || !ConnectSource(route) || !SetSize() || !ConnectEnd()) {
+        attempt_.graph.reset();
+        return std::move(attempt_);
+    }
+    if (attempt_.graph->sink != nullptr) InsertCounter();
+    FindDuration(route);
+    return std::move(attempt_);
+}
+
+bool GraphBuilder::Fail(HRESULT hr, const std::wstring& what) {
+    attempt_.error = what + L": " + ErrorText(hr);
+    return false;
+}
+
+// Settings come before any connection: types are tested against them. Only the size waits for the
+// source's.
+bool GraphBuilder::AddScalingFilter() {
+    VideoGraph& graph = *attempt_.graph;
+    HRESULT hr = CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC_SERVER,
+                                  IID_IGraphBuilder, graph.builder.PutVoid());
+    if (FAILED(hr)) return Fail(hr, L"DirectShow is not available");
+    hr = factory_.Create(graph.filter);
+    if (FAILED(hr)) return Fail(hr, L"the filter Mira Vantrel cannot be created");
+    graph.settings = graph.filter.As<IVantrelSettings>(IID_IVantrelSettings);
+    if (!graph.settings) return Fail(E_NOINTERFACE, L"the filter has no settings");
+    graph.settings->SetScaleMethod(options_.method);
+    graph.settings->SetOutputFormat(options_.format);
+    graph.settings->SetVideoType(options_.type);
+    graph.settings->SetFrameRate(options_.fps);
+    hr = graph.builder->AddFilter(graph.filter.Get(), L"Mira Vantrel");
+    return SUCCEEDED(hr) || Fail(hr, L"the filter Mira Vantrel cannot join the graph");
+}
+
+bool GraphBuilder::ConnectSource(Route route) {
+    VideoGraph& graph = *attempt_.graph;
+    ComPtr<IBaseFilter> source;
+    HRESULT hr = AddSource(route, source);
+    if (FAILED(hr)) return Fail(hr, input_.Name() + L" cannot be opened");
+    const ComPtr<IPin> input = FirstPin(graph.filter.Get(), PINDIR_INPUT);
+    if (!input) return Fail(E_UNEXPECTED, L"the filter has no input pin");
+    // Pins of sound do not connect, and are passed over.
+    for (const ComPtr<IPin>& pin : PinsOf(source.Get(), PINDIR_OUTPUT)) {
+        hr = graph.builder->Connect(pin.Get(), input.Get());
+        if (SUCCEEDED(hr) && ConnectionTypeOf(input.Get(), graph.inputType)) return true;
+    }
+    attempt_.inputRefused = true;
+    attempt_.error = WhyNotDecodedHere(input_);
+    return false;
+}
+
+// Now that the format is known, and with it the sizes that it can hold.
+bool GraphBuilder::SetSize() {
+    VideoGraph& graph = *attempt_.graph;
+    const auto type = ReadVideoType(graph.inputType);
+    // Other types are for the filter to judge.
+    const VideoFormat video = type ? type->video : VideoFormat{};
+    const BITMAPINFOHEADER* const bitmap = BitmapHeaderOf(graph.inputType);
+    if (bitmap == nullptr || bitmap->biHeight == LONG_MIN) return true;
+    const PictureSize source = {bitmap->biWidth, std::abs(bitmap->biHeight)};
+    const AspectRatio shown = ShownAspect(graph.inputType, source, input_.facts.pixel);
+    const bool square = !shown.IsKnown() || IsSameShape(shown, source);
+    graph.rotation = input_.facts.rotation;
+    const AspectRatio pixel =
+        square ? AspectRatio{}
+               : Reduced(uint64_t{shown.x} * static_cast<uint32_t>(source.height),
+                         uint64_t{shown.y} * static_cast<uint32_t>(source.width));
+    const SizeChoice choice = ChooseSize(options_, video.format, source, pixel);
+    graph.wanted = choice.wanted;
+    graph.size = choice.rounded;
+    // A size that has the shape itself needs no mark.
+    if (!square && !IsSameShape(shown, choice.rounded)) graph.shown = shown;
+    graph.settings->SetOutputSize(choice.setting.width, choice.setting.height);
+    return true;
+}
+
+HRESULT GraphBuilder::AddSource(Route route, ComPtr<IBaseFilter>& source) {
+    IGraphBuilder& builder = *attempt_.graph->builder.Get();
+    if (route == Route::Platform) {
+        // Source filters may have another current folder.
+        std::error_code error;
+        const std::filesystem::path full = std::filesystem::absolute(options_.input, error);
+        return builder.AddSourceFilter(error ? options_.input.c_str() : full.c_str(), L"Source",
+                                       source.Put());
+    }
+    CAviSource* object = nullptr;
+    const HRESULT hr = MakeFilter(object, source, input_.movie);
+    return SUCCEEDED(hr) ? builder.AddFilter(source.Get(), L"AVI source") : hr;
+}
+
+// After the source: intelligent connect could have led the source to the sink or the renderer.
+bool GraphBuilder::ConnectEnd() {
+    VideoGraph& graph = *attempt_.graph;
+    const ComPtr<IPin> output = FirstPin(graph.filter.Get(), PINDIR_OUTPUT);
+    if (!output) return Fail(E_UNEXPECTED, L"the filter has no output pin");
+    if (options_.ToScreen()) {
+        const HRESULT hr = ConnectRenderer(*graph.builder, output.Get(), graph.sinkFilter);
+        if (FAILED(hr)) return Fail(hr, L"nothing on this system shows the filter's output");
+    } else if (!ConnectSink(output.Get())) {
+        return false;
+    }
+    ConnectionTypeOf(output.Get(), graph.outputType);
+    return true;
+}
+
+bool GraphBuilder::ConnectSink(IPin* output) {
+    VideoGraph& graph = *attempt_.graph;
+    HRESULT hr = MakeFilter(graph.sink, graph.sinkFilter);
+    if (SUCCEEDED(hr)) hr = graph.builder->AddFilter(graph.sinkFilter.Get(), L"AVI sink");
+    if (FAILED(hr)) return Fail(hr, L"the AVI writer cannot join the graph");
+    const ComPtr<IPin> input = FirstPin(graph.sinkFilter.Get(), PINDIR_INPUT);
+    if (!input) return Fail(E_UNEXPECTED, L"the AVI writer has no input pin");
+    hr = graph.builder->ConnectDirect(output, input.Get(), nullptr);
+    return SUCCEEDED(hr) || Fail(hr, L"the filter offers no output that can be written");
+}
+
+// Between the filter's input and its source. If the source does not connect a second time, the
+// first connection is restored and the run goes without the counter.
+void GraphBuilder::InsertCounter() {
+    VideoGraph& graph = *attempt_.graph;
+    const ComPtr<IPin> input = FirstPin(graph.filter.Get(), PINDIR_INPUT);
+    const ComPtr<IPin> upstream = PeerOf(input.Get());
+    CFrameCounter* counter = nullptr;
+    ComPtr<IBaseFilter> reference;
+    if (!upstream || FAILED(MakeFilter(counter, reference, *graph.sink)) ||
+        FAILED(graph.builder->AddFilter(reference.Get(), L"Frame counter"))) {
+        return;
+    }
+    IGraphBuilder& builder = *graph.builder.Get();
+    const CMediaType type = graph.inputType;
+    builder.Disconnect(upstream.Get());
+    builder.Disconnect(input.Get());
+    if (SUCCEEDED(builder.ConnectDirect(&counter->Output(), input.Get(), &type)) &&
+        SUCCEEDED(builder.ConnectDirect(upstream.Get(), &counter->Input(), &type))) {
+        graph.counter = counter;
+        graph.counterFilter = reference;
+        return;
+    }
+    builder.Disconnect(upstream.Get());
+    builder.RemoveFilter(reference.Get());
+    builder.ConnectDirect(upstream.Get(), input.Get(), &type);
+}
+
+void GraphBuilder::FindDuration(Route route) {
+    VideoGraph& graph = *attempt_.graph;
+    if (route == Route::OwnReader) {
+        graph.duration = input_.movie->Duration();
+        return;
+    }
+    const ComPtr<IPin> upstream =
+        PeerOf(graph.counter != nullptr ? &graph.counter->Input()
+                                        : FirstPin(graph.filter.Get(), PINDIR_INPUT).Get());
+    const auto seeking = upstream.As<IMediaSeeking>(IID_IMediaSeeking);
+    LONGLONG duration = 0;
+    if (!seeking || FAILED(seeking->GetDuration(&duration)) || duration <= 0) return;
+    GUID unit = TIME_FORMAT_NONE;
+    if (SUCCEEDED(seeking->GetTimeFormat(&unit)) && unit == TIME_FORMAT_MEDIA_TIME) {
+        graph.duration = duration;
+    }
+}
+
+}  // namespace tavo

@@ -1,0 +1,52 @@
+// Builds one graph for one way to read the input.
+
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "host/graph/filter_factory.h"
+#include "host/graph/input_file.h"
+#include "host/graph/output_size.h"
+#include "host/graph/run_options.h"
+#include "host/graph/video_graph.h"
+
+namespace tavo {
+
+// Who reads the file.
+enum class Route { Platform, OwnReader };
+
+struct Attempt {
+    std::unique_ptr<VideoGraph> graph;  // null on failure
+    std::wstring error;
+    // Failed where the source should have led to the filter's input pin.
+    bool inputRefused = false;
+};
+
+// What it is made with outlives it. May throw std::bad_alloc.
+class GraphBuilder {
+  public:
+    GraphBuilder(const RunOptions& options, const FilterFactory& factory, const InputFile& input)
+        : options_(options), factory_(factory), input_(input) {}
+
+    // OwnReader is only for an input with a movie.
+    Attempt Build(Route route);
+
+  private:
+    bool Fail(HRESULT hr, const std::wstring& what);
+    bool AddScalingFilter();
+    HRESULT AddSource(Route route, ComPtr<IBaseFilter>& source);
+    bool ConnectSource(Route route);
+    bool SetSize();
+    bool ConnectEnd();
+    bool ConnectSink(IPin* output);
+    void InsertCounter();
+    void FindDuration(Route route);
+
+    const RunOptions& options_;
+    const FilterFactory& factory_;
+    const InputFile& input_;
+    Attempt attempt_;
+};
+
+}  // namespace tavo

@@ -1,0 +1,47 @@
+// Systems differ in which of their renderers shows what.
+
+#include "host/graph/video_renderer.h"
+
+#include "host/graph/graph_pins.h"
+
+namespace tavo {
+namespace {
+
+// Without Direct3D, as under Wine where no OpenGL is, this renderer crashes instead of refusing.
+bool CanRun(const CLSID& renderer) {
+    if (renderer != CLSID_VideoRendererDefault) return true;
+    const HMODULE library = LoadLibraryW(L"d3d9.dll");
+    if (library == nullptr) return false;
+    using CreateDirect3D = IUnknown*(WINAPI*)(UINT);
+    constexpr UINT kVersion = 32;
+    const auto create = reinterpret_cast<CreateDirect3D>(
+        reinterpret_cast<void*>(GetProcAddress(library, "Direct3DCreate9")));
+    IUnknown* const direct3d = create != nullptr ? create(kVersion) : nullptr;
+    if (direct3d != nullptr) direct3d->Release();
+    return direct3d != nullptr;
+}
+
+}  // namespace
+
+HRESULT ConnectRenderer(IGraphBuilder& graph, IPin* output, ComPtr<IBaseFilter>& renderer) {
+    HRESULT hr = VFW_E_CANNOT_RENDER;
+    for (const CLSID& clsid : {CLSID_VideoRenderer, CLSID_VideoRendererDefault}) {
+        ComPtr<IBaseFilter> candidate;
+        if (!CanRun(clsid) ||
+            FAILED(CoCreateInstance(clsid, nullptr, CLSCTX_INPROC_SERVER, IID_IBaseFilter,
+                                    candidate.PutVoid())) ||
+            FAILED(graph.AddFilter(candidate.Get(), L"Video renderer"))) {
+            continue;
+        }
+        const ComPtr<IPin> input = FirstPin(candidate.Get(), PINDIR_INPUT);
+        hr = input ? graph.Connect(output, input.Get()) : E_UNEXPECTED;
+        if (SUCCEEDED(hr)) {
+            renderer = candidate;
+            return hr;
+        }
+        graph.RemoveFilter(candidate.Get());
+    }
+    return hr;
+}
+
+}  // namespace tavo
