@@ -2,10 +2,10 @@
 
 #include "streams.h"
 
-#include "settings/vantrel_settings.h"
 #include "filter/vantrel_filter.h"
 #include "pages/resample_property_page.h"
 #include "pages/time_regulator_property_page.h"
+#include "settings/vantrel_settings.h"
 
 namespace {
 

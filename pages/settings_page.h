@@ -5,9 +5,9 @@
 
 #include "streams.h"
 
-#include "settings/vantrel_settings.h"
 #include "pages/edit_notice.h"
 #include "pages/input_check.h"
+#include "settings/vantrel_settings.h"
 
 // Lives on its frame's thread. Edits a copy of the filter's settings, read when the object is
 // connected and written when the user applies it.

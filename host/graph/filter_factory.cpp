@@ -2,8 +2,8 @@
 
 #include "host/graph/filter_factory.h"
 
-#include "settings/vantrel_settings.h"
 #include "host/graph/error_text.h"
+#include "settings/vantrel_settings.h"
 
 namespace tavo {
 namespace {

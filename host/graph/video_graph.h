@@ -7,13 +7,13 @@
 #include <string>
 
 #include "dshow/com_ptr.h"
-#include "settings/vantrel_settings.h"
 #include "host/filters/avi_sink_filter.h"
 #include "host/filters/frame_counter_filter.h"
 #include "host/graph/filter_factory.h"
 #include "host/graph/input_file.h"
 #include "host/graph/output_size.h"
 #include "host/graph/run_options.h"
+#include "settings/vantrel_settings.h"
 #include "streams.h"
 
 namespace tavo {

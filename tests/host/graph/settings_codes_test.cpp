@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "settings/vantrel_settings.h"
 #include "host/graph/settings_names.h"
+#include "settings/vantrel_settings.h"
 
 namespace tavo {
 namespace {
