@@ -68,7 +68,7 @@ void PutStreamHeader(RiffBlock& block, const AviHeader& header) {
 
 void PutStreamFormat(RiffBlock& block, const AviHeader& header) {
     const VideoFormat& video = header.video;
-    const PixelFormatInfo& info = InfoOf(video.format);
+    const PictureFormat& info = InfoOf(video.format);
     const bool masks = video.compression == kCompressionBitFields;
     const bool signedHeight = info.group == FormatGroup::Rgb;
     const size_t chunk = block.Open(kStreamFormat);
@@ -76,7 +76,7 @@ void PutStreamFormat(RiffBlock& block, const AviHeader& header) {
     block.Put32(static_cast<uint32_t>(video.width));
     block.Put32(signedHeight ? static_cast<uint32_t>(video.height) : RowCount(video.height));
     block.Put16(1);  // planes, in the sense of bitmaps
-    block.Put16(info.bitCount);
+    block.Put16(static_cast<uint16_t>(info.bitsPerPixel));
     block.Put32(video.compression);
     block.Put32(FrameBytes(header));
     block.PutZeros(16);  // pixels per metre, palette

@@ -1,5 +1,5 @@
-// The eleven pixel formats of the filter, as an AVI file and a format block describe them: names,
-// compression codes, bits per pixel and the size of a frame. (IYUV has a second code, I420.)
+// The pixel formats as an AVI file and a format block describe them: which one a bitmap header
+// means, and the size of a frame. What a format is stands in picture/picture_format.h.
 
 #pragma once
 
@@ -9,56 +9,38 @@
 #include <optional>
 #include <span>
 
+#include "picture/picture_format.h"
+#include "settings/vantrel_settings.h"
+
 namespace tavo {
 
-// The codes are those of the filter's setting.
-enum class PixelFormat : int {
-    Auto = 0,
-    YV12 = 1,
-    IYUV = 2,
-    YVU9 = 3,
-    YUY2 = 4,
-    YUYV = 5,
-    YVYU = 6,
-    UYVY = 7,
-    RGB24 = 8,
-    RGB555 = 9,
-    RGB565 = 10,
+// The codes are those of the filter's setting. I420 is IYUV here.
+enum class PixelFormat : int32_t {
+    Auto = VantrelFormatAuto,
+    YV12 = VantrelFormatYv12,
+    IYUV = VantrelFormatIyuv,
+    YVU9 = VantrelFormatYvu9,
+    YUY2 = VantrelFormatYuy2,
+    YUYV = VantrelFormatYuyv,
+    YVYU = VantrelFormatYvyu,
+    UYVY = VantrelFormatUyvy,
+    RGB24 = VantrelFormatRgb24,
+    RGB555 = VantrelFormatRgb555,
+    RGB565 = VantrelFormatRgb565,
 };
 
-enum class FormatGroup { Planar, Packed422, Rgb };
-
-constexpr uint32_t FourCc(char a, char b, char c, char d) {
-    return static_cast<uint32_t>(static_cast<unsigned char>(a)) |
-           static_cast<uint32_t>(static_cast<unsigned char>(b)) << 8 |
-           static_cast<uint32_t>(static_cast<unsigned char>(c)) << 16 |
-           static_cast<uint32_t>(static_cast<unsigned char>(d)) << 24;
-}
-
-// Values of biCompression that are no character codes.
-constexpr uint32_t kCompressionRgb = 0;
-constexpr uint32_t kCompressionBitFields = 3;
 constexpr uint32_t kCompressionI420 = FourCc('I', '4', '2', '0');
 
 using ColorMasks = std::array<uint32_t, 3>;  // red, green, blue
 constexpr ColorMasks kMasks555 = {0x7C00, 0x03E0, 0x001F};
 constexpr ColorMasks kMasks565 = {0xF800, 0x07E0, 0x001F};
 
-struct PixelFormatInfo {
-    PixelFormat format;
-    const wchar_t* name;
-    FormatGroup group;
-    uint32_t compression;
-    uint16_t bitCount;
-    // Chroma samples per luma sample are 1 / 2^shift on either axis; planar formats only.
-    uint8_t chromaShift;
-};
-
-// Those with a code, in the order of the codes. I420 is IYUV here.
-std::span<const PixelFormatInfo> AllPixelFormats();
+// All but Auto, in the order of the codes.
+std::span<const PixelFormat> AllPixelFormats();
 
 // Not for Auto.
-const PixelFormatInfo& InfoOf(PixelFormat format);
+const PictureFormat& InfoOf(PixelFormat format);
+const wchar_t* NameOf(PixelFormat format);
 
 // How one frame lies in memory and in a file. Height is negative for top-down RGB only.
 struct VideoFormat {

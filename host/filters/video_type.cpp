@@ -39,7 +39,7 @@ void FillBitmapHeader(const VideoFormat& video, BITMAPINFOHEADER& bitmap) {
     bitmap.biWidth = video.width;
     bitmap.biHeight = video.height;
     bitmap.biPlanes = 1;
-    bitmap.biBitCount = InfoOf(video.format).bitCount;
+    bitmap.biBitCount = InfoOf(video.format).bitsPerPixel;
     bitmap.biCompression = video.compression;
     bitmap.biSizeImage = FrameSize(video).value_or(0);
 }

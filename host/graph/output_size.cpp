@@ -16,7 +16,7 @@ struct Steps {
 
 Steps StepsOf(PixelFormat format) {
     if (format == PixelFormat::Auto) return {1, 1};
-    const PixelFormatInfo& info = InfoOf(format);
+    const PictureFormat& info = InfoOf(format);
     switch (info.group) {
         case FormatGroup::Planar: return {1 << info.chromaShift, 1 << info.chromaShift};
         case FormatGroup::Packed422: return {2, 1};

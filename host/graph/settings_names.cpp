@@ -1,5 +1,3 @@
-// The three lists of setting names.
-
 #include "host/graph/settings_names.h"
 
 #include <algorithm>
@@ -7,55 +5,17 @@
 namespace tavo {
 namespace {
 
-// clang-format off
-constexpr SettingName kMethods[] = {
-    {L"AUTO", 0},
-    {L"Nearest Neighbor AUTO", 1},
-    {L"Bi-Linear AUTO", 2},
-    {L"Nearest Neighbor", 5},
-    {L"Nearest Neighbor MMX", 6},
-    {L"Nearest Neighbor SSE", 7},
-    {L"Bi-Linear", 10},
-    {L"Bi-Linear MMX", 11},
-    {L"Bi-Linear SSE", 12},
-};
-
-constexpr SettingName kShortMethods[] = {
-    {L"nearest-auto", 1},
-    {L"bilinear-auto", 2},
-    {L"nearest", 5},
-    {L"nearest-mmx", 6},
-    {L"nearest-sse", 7},
-    {L"bilinear", 10},
-    {L"bilinear-mmx", 11},
-    {L"bilinear-sse", 12},
-};
-
-constexpr SettingName kFormats[] = {
-    {L"AUTO", 0},
-    {L"YV12", 1},
-    {L"IYUV", 2},
-    {L"YVU9", 3},
-    {L"YUY2", 4},
-    {L"YUYV", 5},
-    {L"YVYU", 6},
-    {L"UYVY", 7},
-    {L"RGB24", 8},
-    {L"RGB555", 9},
-    {L"RGB565", 10},
+constexpr SettingName kShortMethodNames[] = {
+    {L"nearest-auto", VantrelMethodNearestAuto}, {L"bilinear-auto", VantrelMethodBilinearAuto},
+    {L"nearest", VantrelMethodNearest},          {L"nearest-mmx", VantrelMethodNearestMmx},
+    {L"nearest-sse", VantrelMethodNearestSse},   {L"bilinear", VantrelMethodBilinear},
+    {L"bilinear-mmx", VantrelMethodBilinearMmx}, {L"bilinear-sse", VantrelMethodBilinearSse},
 };
 
 // Another code for the same pictures.
-constexpr SettingName kShortFormats[] = {
-    {L"I420", 2},
+constexpr SettingName kShortFormatNames[] = {
+    {L"I420", VantrelFormatIyuv},
 };
-
-constexpr SettingName kTypes[] = {
-    {L"AUTO", 0},
-    {L"MPEG1", 1},
-    {L"MPEG2", 2},
-};
-// clang-format on
 
 // The names are ASCII; other letters are compared as they are.
 wchar_t Lower(wchar_t c) {
@@ -67,16 +27,16 @@ bool SameText(std::wstring_view a, std::wstring_view b) {
 }
 
 std::span<const SettingName> ShortNamesFor(std::span<const SettingName> names) {
-    if (names.data() == kMethods) return kShortMethods;
-    if (names.data() == kFormats) return kShortFormats;
+    if (names.data() == kScaleMethodNames) return kShortMethodNames;
+    if (names.data() == kPixelFormatNames) return kShortFormatNames;
     return {};
 }
 
 }  // namespace
 
-std::span<const SettingName> MethodNames() { return kMethods; }
-std::span<const SettingName> FormatNames() { return kFormats; }
-std::span<const SettingName> TypeNames() { return kTypes; }
+std::span<const SettingName> MethodNames() { return kScaleMethodNames; }
+std::span<const SettingName> FormatNames() { return kPixelFormatNames; }
+std::span<const SettingName> TypeNames() { return kVideoTypeNames; }
 
 std::optional<int> FindSetting(std::span<const SettingName> names, std::wstring_view name) {
     for (const SettingName& entry : names) {

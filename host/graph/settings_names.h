@@ -1,4 +1,4 @@
-// The names of the filter's settings as its property page spells them, and their codes.
+// Finding settings by their names, which are those of the property page, or by shorter ones.
 
 #pragma once
 
@@ -7,12 +7,9 @@
 #include <string>
 #include <string_view>
 
-namespace tavo {
+#include "settings/setting_names.h"
 
-struct SettingName {
-    const wchar_t* name;
-    int code;
-};
+namespace tavo {
 
 std::span<const SettingName> MethodNames();
 std::span<const SettingName> FormatNames();

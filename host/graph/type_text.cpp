@@ -27,7 +27,7 @@ std::wstring CodeText(uint32_t code) {
 std::wstring SubtypeText(const GUID& subtype) {
     if (const auto video = FormatOfSubtype(subtype)) {
         const bool i420 = video->compression == kCompressionI420;
-        return i420 ? L"I420" : InfoOf(video->format).name;
+        return i420 ? L"I420" : NameOf(video->format);
     }
     if (subtype == MEDIASUBTYPE_RGB32) return L"RGB32";
     if (subtype == MEDIASUBTYPE_Avi) return L"Avi";

@@ -99,13 +99,14 @@ AviResult Open(const StreamSpec& spec) {
 }
 
 TEST(AviReader, EveryFormatBothWaysUp) {
-    for (const PixelFormatInfo& info : AllPixelFormats()) {
+    for (const PixelFormat format : AllPixelFormats()) {
+        const PictureFormat& info = InfoOf(format);
         for (const int32_t height : {4, -4}) {
-            StreamSpec spec{info.compression, info.bitCount, 8, height};
-            if (info.format == PixelFormat::RGB565) spec.masks = kMasks565, spec.formatLength = 52;
+            StreamSpec spec{info.compression, static_cast<uint16_t>(info.bitsPerPixel), 8, height};
+            if (format == PixelFormat::RGB565) spec.masks = kMasks565, spec.formatLength = 52;
             AviReader reader;
-            ASSERT_EQ(Open(spec, reader), AviResult::Ok) << info.name;
-            EXPECT_EQ(reader.Video().format, info.format);
+            ASSERT_EQ(Open(spec, reader), AviResult::Ok) << NameOf(format);
+            EXPECT_EQ(reader.Video().format, format);
             EXPECT_EQ(reader.Video().compression, info.compression);
             EXPECT_EQ(reader.Video().width, 8);
             EXPECT_EQ(reader.Video().height, info.group == FormatGroup::Rgb ? height : 4);

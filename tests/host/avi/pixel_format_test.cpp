@@ -15,18 +15,20 @@ VideoFormat Video(PixelFormat format, int32_t width, int32_t height) {
 
 TEST(PixelFormat, TableIsInOrderOfCodes) {
     int code = 1;
-    for (const PixelFormatInfo& info : AllPixelFormats()) {
-        EXPECT_EQ(static_cast<int>(info.format), code);
-        EXPECT_EQ(&InfoOf(info.format), &info);
+    for (const PixelFormat format : AllPixelFormats()) {
+        EXPECT_EQ(static_cast<int>(format), code);
+        EXPECT_EQ(InfoOf(format).setting, code);
         ++code;
     }
     EXPECT_EQ(code, 11);
 }
 
 TEST(PixelFormat, EveryFormatIsFoundByItsHeader) {
-    for (const PixelFormatInfo& info : AllPixelFormats()) {
-        const ColorMasks masks = info.format == PixelFormat::RGB565 ? kMasks565 : ColorMasks{};
-        EXPECT_EQ(FormatOf(info.compression, info.bitCount, masks), info.format);
+    for (const PixelFormat format : AllPixelFormats()) {
+        const PictureFormat& info = InfoOf(format);
+        const auto bits = static_cast<uint16_t>(info.bitsPerPixel);
+        const ColorMasks masks = format == PixelFormat::RGB565 ? kMasks565 : ColorMasks{};
+        EXPECT_EQ(FormatOf(info.compression, bits, masks), format);
     }
     EXPECT_EQ(FormatOf(kCompressionI420, 12, {}), PixelFormat::IYUV);
     EXPECT_EQ(FormatOf(kCompressionBitFields, 16, kMasks555), PixelFormat::RGB555);

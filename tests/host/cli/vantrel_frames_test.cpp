@@ -25,15 +25,15 @@ VideoFormat Video(PixelFormat format, int32_t width, int32_t height) {
 
 std::vector<VideoFormat> AllVideos(int32_t width, int32_t height) {
     std::vector<VideoFormat> videos;
-    for (const PixelFormatInfo& info : AllPixelFormats()) {
-        videos.push_back(Video(info.format, width, height));
+    for (const PixelFormat format : AllPixelFormats()) {
+        videos.push_back(Video(format, width, height));
     }
     videos.push_back({PixelFormat::IYUV, kCompressionI420, width, height});
     return videos;
 }
 
 std::string Name(const VideoFormat& video) {
-    const std::wstring name = InfoOf(video.format).name;
+    const std::wstring name = NameOf(video.format);
     return video.compression == kCompressionI420 ? "I420" : std::string(name.begin(), name.end());
 }
 
@@ -55,20 +55,20 @@ TEST_F(VantrelFrames, SameSizeIsACopyInEveryFormat) {
         EXPECT_EQ(movie.avi.height, 48);
         EXPECT_EQ(movie.avi.rate, 30000u);
         EXPECT_EQ(movie.avi.scale, 1001u);
-        EXPECT_EQ(movie.avi.bitCount, InfoOf(video.format).bitCount);
+        EXPECT_EQ(movie.avi.bitCount, InfoOf(video.format).bitsPerPixel);
         EXPECT_EQ(movie.avi.masks.size(), video.format == PixelFormat::RGB565 ? 3u : 0u);
         EXPECT_EQ(movie.frames, frames);
     }
 }
 
 TEST_F(VantrelFrames, FormatOptionTakesTheFilesOwnFormat) {
-    for (const PixelFormatInfo& info : AllPixelFormats()) {
-        SCOPED_TRACE(Name(Video(info.format, 32, 16)));
-        const VideoFormat video = Video(info.format, 32, 16);
+    for (const PixelFormat format : AllPixelFormats()) {
+        SCOPED_TRACE(Name(Video(format, 32, 16)));
+        const VideoFormat video = Video(format, 32, 16);
         const std::vector<Frame> frames = NoiseFrames(video, 2);
         WriteMovie(Path(L"in.avi"), video, frames);
-        const Output run =
-            RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--format", info.name});
+        const Output run = RunVantrel(
+            {Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--format", NameOf(format)});
         EXPECT_EQ(run.exitCode, 0u) << run.error;
         EXPECT_EQ(ReadMovie(Path(L"out.avi")).frames, frames);
     }

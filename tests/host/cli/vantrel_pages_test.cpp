@@ -103,7 +103,7 @@ TEST_F(VantrelPages, SettingsAreAppliedWhileTheVideoPlays) {
         PostMessageW(ControlWithin(frame, IDC_FRAME_RATE), WM_KEYDOWN, VK_ESCAPE, 0);
         const Output run = program.Wait();
         ExpectGoodEnd(run);
-        EXPECT_NE(run.out.find(Narrow(InfoOf(format).name)), std::string::npos) << run.out;
+        EXPECT_NE(run.out.find(Narrow(NameOf(format))), std::string::npos) << run.out;
         EXPECT_NE(run.out.find("320 x 200"), std::string::npos) << run.out;
         EXPECT_NE(run.out.find("12.5 fps set"), std::string::npos) << run.out;
     }
