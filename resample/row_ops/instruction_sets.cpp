@@ -28,6 +28,9 @@ constexpr InstructionSetInfo kSets[] = {
     {InstructionSet::Avx2,     "AVX2",     "avx2",     2,     false,         kAvx2RowOps,     HasAvx2},
     {InstructionSet::Avx512,   "AVX-512",  "avx512",   2,     false,         kAvx512RowOps,   HasAvx512},
 #endif
+#ifdef TAVO_ARM64
+    {InstructionSet::Neon,     "NEON",     "neon",     0,     false,         kNeonRowOps,     RunsAnywhere},
+#endif
 };
 // clang-format on
 

@@ -8,8 +8,8 @@
 
 namespace tavo {
 
-// Narrowest first.
-enum class InstructionSet { Portable, Mmx, Sse, Ssse3, Avx2, Avx512 };
+// Those of an architecture stand narrowest first.
+enum class InstructionSet { Portable, Mmx, Sse, Ssse3, Avx2, Avx512, Neon };
 
 struct InstructionSetInfo {
     InstructionSet set;

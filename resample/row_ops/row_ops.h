@@ -144,6 +144,7 @@ extern const RowOps kSseRowOps;
 extern const RowOps kSsse3RowOps;
 extern const RowOps kAvx2RowOps;
 extern const RowOps kAvx512RowOps;
+extern const RowOps kNeonRowOps;
 
 // Calls Finish on every way out of a kernel.
 class RowOpsScope {

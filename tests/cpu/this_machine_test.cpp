@@ -20,7 +20,7 @@
 namespace tavo::test {
 namespace {
 
-bool HasTimeStamps() { return ThisMachine().Cpuid(1).edx >> 4 & 1; }
+[[maybe_unused]] bool HasTimeStamps() { return ThisMachine().Cpuid(1).edx >> 4 & 1; }
 
 #if defined(__i386__) || defined(__x86_64__)
 TEST(ThisMachine, IsIdentified) {
