@@ -3,6 +3,7 @@
 # the sanitizers, and under Wine in both bitnesses.
 # Usage: scripts/test.sh [PRESET...] [-- ARGUMENT...]
 #   PRESET      native native32 asan win32 win64; all of them by default
+#               arm64: in an emulator, and only when asked for
 #   ARGUMENT    for ctest, for instance -R module_test
 
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -14,16 +15,18 @@ while [ $# -gt 0 ] && [ "$1" != -- ]; do
 done
 [ $# -eq 0 ] || shift
 [ ${#presets[@]} -gt 0 ] || presets=(native native32 asan win32 win64)
+packages_preset=()
 for preset in "${presets[@]}"; do
     case $preset in
         native | native32 | asan | win32 | win64) ;;
-        *) die "there is no build called $preset (native native32 asan win32 win64)" ;;
+        arm64) packages_preset+=(g++-aarch64-linux-gnu) ;;
+        *) die "there is no build called $preset (native native32 asan win32 win64 arm64)" ;;
     esac
 done
 
 install_packages "${packages_build[@]}" "${packages_wine[@]}" "${packages_display[@]}" \
     g++ g++-multilib g++-mingw-w64-x86-64-posix googletest libbenchmark-dev clang-format \
-    gstreamer1.0-plugins-good gstreamer1.0-libav qemu-user ffmpeg
+    gstreamer1.0-plugins-good gstreamer1.0-libav qemu-user ffmpeg "${packages_preset[@]}"
 
 say "Checking the format of the sources"
 (cd "$root" && find . -path ./build -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 |
