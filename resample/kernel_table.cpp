@@ -193,6 +193,22 @@ const FillRule& RuleFor(int row, int cpuLevel, int speedClass) {
     return slow ? kMmxSlow : kMmx;
 }
 
+struct MethodSlot {
+    ScaleMethod method;
+    KernelSlot slot;
+};
+constexpr MethodSlot kMethodSlots[] = {
+    {ScaleMethod::Auto, SlotAuto},
+    {ScaleMethod::NearestAuto, SlotNearestAuto},
+    {ScaleMethod::BilinearAuto, SlotBilinearAuto},
+    {ScaleMethod::Nearest, SlotNearest},
+    {ScaleMethod::NearestMmx, SlotNearestMmx},
+    {ScaleMethod::NearestSse, SlotNearestSse},
+    {ScaleMethod::Bilinear, SlotBilinear},
+    {ScaleMethod::BilinearMmx, SlotBilinearMmx},
+    {ScaleMethod::BilinearSse, SlotBilinearSse},
+};
+
 // Later fills find the values in place and write nothing, since other threads may be reading.
 void SetScaler(int row, KernelSlot slot, KernelSlot from) {
     KernelEntry* const slots = KernelTable[row];
@@ -238,16 +254,8 @@ void FillKernelTable(int cpuLevel, int speedClass) {
 }
 
 int32_t MethodToSlot(int32_t scaleMethod) {
-    switch (static_cast<ScaleMethod>(scaleMethod)) {
-        case ScaleMethod::NearestAuto: return SlotNearestAuto;
-        case ScaleMethod::BilinearAuto: return SlotBilinearAuto;
-        case ScaleMethod::Nearest: return SlotNearest;
-        case ScaleMethod::NearestMmx: return SlotNearestMmx;
-        case ScaleMethod::NearestSse: return SlotNearestSse;
-        case ScaleMethod::Bilinear: return SlotBilinear;
-        case ScaleMethod::BilinearMmx: return SlotBilinearMmx;
-        case ScaleMethod::BilinearSse: return SlotBilinearSse;
-        case ScaleMethod::Auto: break;
+    for (const MethodSlot& row : kMethodSlots) {
+        if (static_cast<int32_t>(row.method) == scaleMethod) return row.slot;
     }
     return SlotAuto;
 }
