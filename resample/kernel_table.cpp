@@ -11,6 +11,7 @@
 #include "resample/rgb16/rgb16_kernels.h"
 #include "resample/rgb24/rgb24_kernels.h"
 #include "resample/row_ops/instruction_sets.h"
+#include "settings/vantrel_settings.h"
 
 namespace tavo {
 
@@ -194,19 +195,19 @@ const FillRule& RuleFor(int row, int cpuLevel, int speedClass) {
 }
 
 struct MethodSlot {
-    ScaleMethod method;
+    VantrelScaleMethod method;
     KernelSlot slot;
 };
 constexpr MethodSlot kMethodSlots[] = {
-    {ScaleMethod::Auto, SlotAuto},
-    {ScaleMethod::NearestAuto, SlotNearestAuto},
-    {ScaleMethod::BilinearAuto, SlotBilinearAuto},
-    {ScaleMethod::Nearest, SlotNearest},
-    {ScaleMethod::NearestMmx, SlotNearestMmx},
-    {ScaleMethod::NearestSse, SlotNearestSse},
-    {ScaleMethod::Bilinear, SlotBilinear},
-    {ScaleMethod::BilinearMmx, SlotBilinearMmx},
-    {ScaleMethod::BilinearSse, SlotBilinearSse},
+    {VantrelMethodAuto, SlotAuto},
+    {VantrelMethodNearestAuto, SlotNearestAuto},
+    {VantrelMethodBilinearAuto, SlotBilinearAuto},
+    {VantrelMethodNearest, SlotNearest},
+    {VantrelMethodNearestMmx, SlotNearestMmx},
+    {VantrelMethodNearestSse, SlotNearestSse},
+    {VantrelMethodBilinear, SlotBilinear},
+    {VantrelMethodBilinearMmx, SlotBilinearMmx},
+    {VantrelMethodBilinearSse, SlotBilinearSse},
 };
 
 // Later fills find the values in place and write nothing, since other threads may be reading.
@@ -255,7 +256,7 @@ void FillKernelTable(int cpuLevel, int speedClass) {
 
 int32_t MethodToSlot(int32_t scaleMethod) {
     for (const MethodSlot& row : kMethodSlots) {
-        if (static_cast<int32_t>(row.method) == scaleMethod) return row.slot;
+        if (row.method == scaleMethod) return row.slot;
     }
     return SlotAuto;
 }

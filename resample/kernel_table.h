@@ -105,7 +105,7 @@ int32_t CopySpill(CopyKernel kernel, int32_t width, int32_t bitsPerPixel);
 // No scaler reads past the source.
 int32_t ScaleSpill(ScaleKernel kernel);
 
-// The slot that a ScaleMethod code selects; SlotAuto for codes that are none.
+// The slot that a VantrelScaleMethod selects; SlotAuto for codes that are none.
 int32_t MethodToSlot(int32_t scaleMethod);
 
 }  // namespace tavo

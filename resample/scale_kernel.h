@@ -40,19 +40,6 @@ using ScaleKernel = int32_t (*)(uint8_t* dst, const uint8_t* src, int32_t dstWid
 using CopyKernel = int32_t (*)(uint8_t* dst, const uint8_t* src, int32_t width, int32_t height,
                                int32_t bitsPerPixel);
 
-// The codes under which a user asks for a method. Every other code acts like Auto.
-enum class ScaleMethod : int32_t {
-    Auto = 0,
-    NearestAuto = 1,
-    BilinearAuto = 2,
-    Nearest = 5,
-    NearestMmx = 6,
-    NearestSse = 7,
-    Bilinear = 10,
-    BilinearMmx = 11,
-    BilinearSse = 12,
-};
-
 }  // namespace tavo
 
 // Spells a kernel's signature once; the name stands in full where it is declared and defined.
