@@ -2,6 +2,7 @@
 #include "tests/picture/support/expected_pixels.h"
 
 #include <algorithm>
+#include <string>
 
 #include "tests/kernel_oracle/kernel_oracle.h"
 
