@@ -44,7 +44,7 @@ AxisEntries Unchanged(int length) {
     return entries;
 }
 
-// Two bytes that differ by the n-th difference.
+// Two bytes; as n grows, they differ by -255 to 255 and again.
 struct BytePair {
     int from;
     int to;

@@ -65,23 +65,23 @@ class Planner {
         plans_.push_back({row_.axis, sizes, maps, pattern, effort_.seed * 1000003 + count});
     }
 
-    void Fixed(int taken, int made) {
+    void Fixed(int srcGroup, int dstGroup) {
         const int scale = IsPacked() ? 2 : 1;
-        taken *= scale;
-        made *= scale;
+        srcGroup *= scale;
+        dstGroup *= scale;
         const auto add = [&](int groups) {
-            Add({taken * groups, 0, made * groups, Between(1, 5)});
+            Add({srcGroup * groups, 0, dstGroup * groups, Between(1, 5)});
         };
         for (int groups = 1; groups <= 170; ++groups) {
             if (TakesPart() || groups < 5) add(groups);
         }
         for (int groups : {240 / scale, 320 / scale, 321 / scale, 1000 / scale}) add(groups);
         for (int times = 0; times < (effort_.quick ? 2 : 8); ++times) {
-            add(480 / made);
-            Add({480 / made * taken, 0, 480, 1});
-            Add({480 / made * taken, 0, 480, Between(20, 60)});
+            add(480 / dstGroup);
+            Add({480 / dstGroup * srcGroup, 0, 480, 1});
+            Add({480 / dstGroup * srcGroup, 0, 480, Between(20, 60)});
         }
-        // The nearest neighbour member of this row keeps to the other ratio.
+        // The nearest neighbour kernel for MMX in this row is that of the other ratio.
         if (row_.row == 21) {
             for (int groups = 1; groups <= 170; ++groups) Add({4 * groups, 0, 3 * groups, 3});
         }
@@ -173,8 +173,8 @@ class Planner {
     std::vector<CasePlan> plans_;
 };
 
-bool IsRatio(const Sizes& sizes, int taken, int made) {
-    return sizes.srcWidth % taken == 0 && sizes.srcWidth / taken * made == sizes.dstWidth;
+bool IsRatio(const Sizes& sizes, int srcGroup, int dstGroup) {
+    return sizes.srcWidth % srcGroup == 0 && sizes.srcWidth / srcGroup * dstGroup == sizes.dstWidth;
 }
 
 }  // namespace

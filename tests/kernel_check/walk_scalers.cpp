@@ -38,7 +38,7 @@ std::vector<BackendTasks> PlanTasks(const ScaleRow& row, const std::string& filt
     return plan;
 }
 
-// What a kernel that may not read something is given instead.
+// Gives nulls and wrong heights for arguments that the kernels of a row may not read.
 CallStyle StyleOf(const ScaleRow& row, const Sizes& sizes, unsigned turn) {
     CallStyle style{sizes.srcHeight, true, true, turn * 4 % 16};
     if (turn / 2 % 2 == 1) style.srcHeight = -sizes.srcHeight;

@@ -19,7 +19,7 @@ struct AxisEntries {
 // The map of abs(dstLen) destination samples on abs(srcLen) source samples; srcLen is not zero.
 AxisEntries MakeAxisEntries(int32_t srcLen, int32_t dstLen);
 
-// As many entries as are wanted, for a plane that is scaled with the map of a larger one.
+// The first count entries, for a plane that is scaled with the map of a larger one.
 AxisEntries FirstEntries(AxisEntries whole, int32_t count);
 
 }  // namespace tavo::test

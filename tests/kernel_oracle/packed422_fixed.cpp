@@ -23,15 +23,15 @@ struct Group {
 };
 
 template <typename Make>
-void ForGroups(Canvas& out, const Source& s, int taken, int made, Make make) {
+void ForGroups(Canvas& out, const Source& s, int srcGroup, int dstGroup, Make make) {
     for (int y = 0; y < out.Rows(); ++y) {
-        for (int x = 0, pixel = 0; x < out.Width(); x += made, pixel += taken) {
+        for (int x = 0, pixel = 0; x < out.Width(); x += dstGroup, pixel += srcGroup) {
             make(Group{out, s, y, pixel, x});
         }
     }
 }
 
-void ThirdsChroma(const Group& g) {
+void FourToThreeChroma(const Group& g) {
     for (int c : {0, 1}) {
         const int a1 = Blend(g.C(0, c), g.C(1, c), 85);
         const int a4 = Blend(g.C(2, c), g.C(3, c), 85);
@@ -92,7 +92,7 @@ void Bilinear640Packed(Canvas& out, const Source& s, const Maps&) {
             g.PutY(3 * half + 1, Blend(g.Y(p + 1), g.Y(p + 2), 85));
             g.PutY(3 * half + 2, Blend(g.Y(p + 2), g.Y(p + 3), 170));
         }
-        ThirdsChroma(g);
+        FourToThreeChroma(g);
     });
 }
 
@@ -104,7 +104,7 @@ void Bilinear640PackedDimmed(Canvas& out, const Source& s, const Maps&) {
             g.PutY(3 * half + 1, WeightedSum(g.Y(p + 1), 171, g.Y(p + 2), 85));
             g.PutY(3 * half + 2, WeightedSum(g.Y(p + 2), 86, g.Y(p + 3), 170));
         }
-        ThirdsChroma(g);
+        FourToThreeChroma(g);
     });
 }
 

@@ -44,16 +44,16 @@ void RightStrip(Canvas& out, const Source& s, const Maps& maps, int first) {
     }
 }
 
-void FixedGroups(Canvas& out, const Source& s, int taken, int made, int end,
+void FixedGroups(Canvas& out, const Source& s, int srcGroup, int dstGroup, int end,
                  void (*group)(Canvas& out, const Source& s, int y, int x, int column)) {
     for (int y = 0; y < out.Rows(); ++y) {
-        for (int x = 0, column = 0; x < end; x += made, column += taken) {
+        for (int x = 0, column = 0; x < end; x += dstGroup, column += srcGroup) {
             group(out, s, y, x, column);
         }
     }
 }
 
-void ThirdsTail(Canvas& out, const Source& s) {
+void FourToThreeTail(Canvas& out, const Source& s) {
     const int w = out.Width();
     for (int y = 0; y < out.Rows(); ++y) {
         const int a = s.width - 4;
@@ -63,7 +63,7 @@ void ThirdsTail(Canvas& out, const Source& s) {
     }
 }
 
-void HalvesTail(Canvas& out, const Source& s) {
+void ThreeToTwoTail(Canvas& out, const Source& s) {
     for (int y = 0; y < out.Rows(); ++y) {
         out.Put(y, out.Width() - 2, s.At(y, s.width - 3));
         out.Put(y, out.Width() - 1, s.At(y, s.width - 2));
@@ -127,7 +127,7 @@ void Bilinear640Planar(Canvas& out, const Source& s, const Maps&) {
         o.Put(y, x + 1, Blend(p.At(y, c + 1), p.At(y, c + 2), 85));
         o.Put(y, x + 2, Blend(p.At(y, c + 2), p.At(y, c + 3), 170));
     });
-    ThirdsTail(out, s);
+    FourToThreeTail(out, s);
 }
 
 void Nearest720Planar(Canvas& out, const Source& s, const Maps&) {
@@ -142,7 +142,7 @@ void Bilinear720Planar(Canvas& out, const Source& s, const Maps&) {
         o.Put(y, x, p.At(y, c));
         o.Put(y, x + 1, (p.At(y, c + 1) + p.At(y, c + 2)) / 2);
     });
-    HalvesTail(out, s);
+    ThreeToTwoTail(out, s);
 }
 
 void Bilinear720PlanarUp(Canvas& out, const Source& s, const Maps&) {
@@ -150,7 +150,7 @@ void Bilinear720PlanarUp(Canvas& out, const Source& s, const Maps&) {
         o.Put(y, x, p.At(y, c));
         o.Put(y, x + 1, (p.At(y, c + 1) + p.At(y, c + 2) + 1) / 2);
     });
-    HalvesTail(out, s);
+    ThreeToTwoTail(out, s);
 }
 
 }  // namespace tavo::test

@@ -22,10 +22,10 @@ void PutFields(Canvas& out, int y, int x, const Fields& fields) {
     PutWord(out, y, x, Pack(out.PixelFormat(), fields));
 }
 
-void Keep(Canvas& out, const Source& s, int taken, int made) {
+void Keep(Canvas& out, const Source& s, int srcGroup, int dstGroup) {
     for (int y = 0; y < out.Rows(); ++y) {
         for (int x = 0; x < out.Width(); ++x) {
-            PutWord(out, y, x, Word(s, y, x / made * taken + x % made));
+            PutWord(out, y, x, Word(s, y, x / dstGroup * srcGroup + x % dstGroup));
         }
     }
 }
@@ -35,7 +35,7 @@ Fields Halfway(const Fields& a, const Fields& b, int rounding) {
             (a.red + b.red + rounding) / 2};
 }
 
-void Halves(Canvas& out, const Source& s, int rounding) {
+void ThreeToTwo(Canvas& out, const Source& s, int rounding) {
     for (int y = 0; y < out.Rows(); ++y) {
         for (int x = 0, column = 0; x < out.Width(); x += 2, column += 3) {
             PutFields(out, y, x, PixelFields(s, y, column));
@@ -116,8 +116,8 @@ void Bilinear640Rgb16(Canvas& out, const Source& s, const Maps&) {
 
 void Nearest720Rgb16(Canvas& out, const Source& s, const Maps&) { Keep(out, s, 3, 2); }
 
-void Bilinear720Rgb16(Canvas& out, const Source& s, const Maps&) { Halves(out, s, 0); }
+void Bilinear720Rgb16(Canvas& out, const Source& s, const Maps&) { ThreeToTwo(out, s, 0); }
 
-void Bilinear720Rgb16Up(Canvas& out, const Source& s, const Maps&) { Halves(out, s, 1); }
+void Bilinear720Rgb16Up(Canvas& out, const Source& s, const Maps&) { ThreeToTwo(out, s, 1); }
 
 }  // namespace tavo::test

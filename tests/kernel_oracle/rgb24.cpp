@@ -32,7 +32,7 @@ void FreePaddingOfShortRows(Canvas& out) {
     }
 }
 
-void ThirdsButForTheLastGroup(Canvas& out, const Source& s) {
+void FourToThreeButForTheLastGroup(Canvas& out, const Source& s) {
     for (int y = 0; y < out.Rows(); ++y) {
         for (int x = 0, column = 0; x < out.Width() - 3; x += 3, column += 4) {
             PutPixel(out, s, y, x, y, column);
@@ -42,7 +42,7 @@ void ThirdsButForTheLastGroup(Canvas& out, const Source& s) {
     }
 }
 
-void Halves(Canvas& out, const Source& s, int rounding) {
+void ThreeToTwo(Canvas& out, const Source& s, int rounding) {
     for (int y = 0; y < out.Rows(); ++y) {
         for (int x = 0, column = 0; x < out.Width() - 2; x += 2, column += 3) {
             PutPixel(out, s, y, x, y, column);
@@ -126,7 +126,7 @@ void Nearest640Rgb24Mixed(Canvas& out, const Source& s, const Maps&) {
 }
 
 void Bilinear640Rgb24(Canvas& out, const Source& s, const Maps&) {
-    ThirdsButForTheLastGroup(out, s);
+    FourToThreeButForTheLastGroup(out, s);
     const int w = out.Width();
     const int a = s.width - 4;
     for (int y = 0; y < out.Rows(); ++y) {
@@ -138,7 +138,7 @@ void Bilinear640Rgb24(Canvas& out, const Source& s, const Maps&) {
 }
 
 void Bilinear640Rgb24Mmx(Canvas& out, const Source& s, const Maps&) {
-    ThirdsButForTheLastGroup(out, s);
+    FourToThreeButForTheLastGroup(out, s);
     const int w = out.Width();
     const int a = s.width - 4;
     for (int y = 0; y < out.Rows(); ++y) {
@@ -158,8 +158,8 @@ void Nearest720Rgb24(Canvas& out, const Source& s, const Maps&) {
     }
 }
 
-void Bilinear720Rgb24(Canvas& out, const Source& s, const Maps&) { Halves(out, s, 0); }
+void Bilinear720Rgb24(Canvas& out, const Source& s, const Maps&) { ThreeToTwo(out, s, 0); }
 
-void Bilinear720Rgb24Up(Canvas& out, const Source& s, const Maps&) { Halves(out, s, 1); }
+void Bilinear720Rgb24Up(Canvas& out, const Source& s, const Maps&) { ThreeToTwo(out, s, 1); }
 
 }  // namespace tavo::test

@@ -155,7 +155,7 @@ TEST_F(PlanarEdges, TheBottomStripBlendsTheLowerRightSampleBackInTheLastRow) {
 }
 
 // At a ninth the strip begins with source index 1, one more than where the reuse rule starts out;
-// there is no column yet that it could take.
+// there is no earlier column to reuse.
 TEST_F(PlanarEdges, AStripThatBeginsWithIndexOneIsComputedInFull) {
     const KernelTrial trial = TrialOf({27, 3, 3, 3}, Repeat({0, 90, 180}, 3));
     for (ScaleKernel kernel : kBilinear) {

@@ -21,24 +21,24 @@ constexpr struct {
     const char* name;
     ScaleKernel kernel;
     Oracle oracle;
-} kMembers[] = {
+} kKernels[] = {
     {"ScaleNearest_Planar_Portable", ScaleNearest_Planar_Portable, NearestPlanar},
     {"ScaleNearest_Planar_MMX", ScaleNearest_Planar_MMX, NearestPlanar},
     {"ScaleBilinear_Planar_Portable", ScaleBilinear_Planar_Portable, BilinearPlanar},
     {"ScaleBilinear_Planar_MMX", ScaleBilinear_Planar_MMX, BilinearPlanar},
 };
 
-// Each member on the row operations of this processor and on the portable ones.
-void ExpectAllMembersMatch(const KernelTrial& trial) {
+// Each kernel on the row operations of this processor and on the portable ones.
+void ExpectAllKernelsMatch(const KernelTrial& trial) {
     const Expectation nearest = trial.Expect(NearestPlanar);
     const Expectation bilinear = trial.Expect(BilinearPlanar);
     for (int level : {GetCpuLevel(), 0}) {
         const ForcedLevel forced(level, 0);
-        for (const auto& member : kMembers) {
-            const auto& expected = member.oracle == NearestPlanar ? nearest : bilinear;
+        for (const auto& tried : kKernels) {
+            const auto& expected = tried.oracle == NearestPlanar ? nearest : bilinear;
             for (BufferGuard guard : {BufferGuard::kPageAfter, BufferGuard::kPageBefore}) {
-                ASSERT_TRUE(trial.Run(member.kernel, expected, guard))
-                    << member.name << " at level " << level;
+                ASSERT_TRUE(trial.Run(tried.kernel, expected, guard))
+                    << tried.name << " at level " << level;
             }
         }
     }
@@ -58,7 +58,7 @@ void ExpectMatchesAt(FrameShape shape, Random& random) {
     shape.dstHeight = EitherSign(shape.dstHeight, random);
     shape.srcHeight = EitherSign(shape.srcHeight, random);
     const KernelTrial trial(shape, AnyPattern(random), random.Next());
-    ExpectAllMembersMatch(trial);
+    ExpectAllKernelsMatch(trial);
 }
 
 TEST(Planar, EveryPairOfShortWidths) {
@@ -109,7 +109,7 @@ TEST(Planar, EveryPatternAndSignAtSeveralRatios) {
                 FrameShape shape = base;
                 if (signs & 1) shape.dstHeight = -shape.dstHeight;
                 if (signs & 2) shape.srcHeight = -shape.srcHeight;
-                ExpectAllMembersMatch(KernelTrial(shape, pattern, 17));
+                ExpectAllKernelsMatch(KernelTrial(shape, pattern, 17));
                 if (HasFatalFailure()) return;
             }
         }
@@ -172,7 +172,7 @@ TEST(Planar, ChromaPlanesUnderTheMapsOfTheLumaPlane) {
             const FrameShape chroma = {luma.dstWidth >> shift,
                                        EitherSign(luma.dstHeight >> shift, random),
                                        luma.srcWidth >> shift, luma.srcHeight >> shift};
-            ExpectAllMembersMatch(KernelTrial(
+            ExpectAllKernelsMatch(KernelTrial(
                 chroma, MakeAxisEntries(luma.srcWidth, luma.dstWidth),
                 MakeAxisEntries(luma.srcHeight, luma.dstHeight),
                 MakeBytes(AnyPattern(random), chroma.srcWidth, chroma.srcHeight, random.Next())));
@@ -202,7 +202,7 @@ TEST(Planar, AnyMapsOfTheContract) {
         const FrameShape shape = {random.Between(1, 70), EitherSign(random.Between(1, 9), random),
                                   random.Between(1, 70), EitherSign(random.Between(1, 9), random)};
         const int32_t srcRows = std::abs(shape.srcHeight);
-        ExpectAllMembersMatch(
+        ExpectAllKernelsMatch(
             KernelTrial(shape, AnyMap(shape.srcWidth, shape.dstWidth, random),
                         AnyMap(srcRows, std::abs(shape.dstHeight), random),
                         MakeBytes(AnyPattern(random), shape.srcWidth, srcRows, random.Next())));
@@ -237,9 +237,9 @@ TEST(Planar, EverySlotAtEveryLevelAndSpeed) {
 }
 
 TEST(Planar, AHeightOfZeroWritesNothing) {
-    for (const auto& member : kMembers) {
+    for (const auto& tried : kKernels) {
         const KernelTrial trial({16, 0, 8, 4}, Pattern::Random, 1);
-        EXPECT_TRUE(trial.Matches(member.kernel, member.oracle)) << member.name;
+        EXPECT_TRUE(trial.Matches(tried.kernel, tried.oracle)) << tried.name;
     }
 }
 

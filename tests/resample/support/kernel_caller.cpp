@@ -1,4 +1,4 @@
-// Calling and judging.
+// Calling kernels and comparing what they wrote.
 
 #include "tests/resample/support/kernel_caller.h"
 

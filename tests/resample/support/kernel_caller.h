@@ -12,14 +12,14 @@
 
 namespace tavo::test {
 
-// What a destination of one sign of the height has to hold.
+// The bytes that a destination has to hold.
 class Expectation {
   public:
     explicit Expectation(Canvas canvas);
 
     size_t Size() const { return canvas_.Size(); }
 
-    // Nothing, or what is wrong. Untouched bytes hold the first or the second fill.
+    // Returns what is wrong; nothing, if all is right. Untouched bytes hold kFills[fill].
     std::string Compare(const uint8_t* actual, int fill) const;
 
   private:
@@ -43,7 +43,7 @@ class KernelCaller {
     // of the source lie that far apart, and the horizontal map says so.
     void Place(const Source& source, const Maps& maps, BufferGuard guard, int pitch = 0);
 
-    // Nothing, or what is wrong. dstHeight has the sign to call with.
+    // Returns what is wrong; nothing, if all is right. A negative height stores the rows bottom-up.
     std::string Run(ScaleKernel kernel, const Expectation& expectation, int dstWidth, int dstHeight,
                     const CallStyle& style);
     std::string Run(CopyKernel kernel, const Expectation& expectation, int width, int height,

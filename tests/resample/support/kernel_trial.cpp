@@ -1,4 +1,4 @@
-// The trial.
+// Planar kernels on one picture.
 
 #include "tests/resample/support/kernel_trial.h"
 
