@@ -7,7 +7,7 @@
 
 namespace tavo {
 
-// 0 on both sides when nobody says.
+// 0:0 when it is unknown.
 struct AspectRatio {
     uint32_t x = 0;
     uint32_t y = 0;
@@ -16,7 +16,7 @@ struct AspectRatio {
     bool operator==(const AspectRatio&) const = default;
 };
 
-// In lowest terms; halved until both sides fit 16 bits.
+// In lowest terms. Halved, with rounding, until both sides fit 16 bits.
 constexpr AspectRatio Reduced(uint64_t x, uint64_t y) {
     if (x == 0 || y == 0) return {};
     const uint64_t divisor = std::gcd(x, y);

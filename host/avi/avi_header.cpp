@@ -15,7 +15,7 @@ constexpr uint32_t kDefaultQuality = 0xFFFFFFFF;
 constexpr uint32_t kIndexOfIndexes = 0;
 constexpr uint32_t kLongsPerSuperEntry = 4;
 constexpr uint32_t kSuperEntryBytes = 16;
-// The extended header is one number and room that nobody has used so far.
+// The extended header is one number and unused space.
 constexpr uint32_t kExtendedHeaderBytes = 248;
 
 uint32_t Clamp32(double value) {
@@ -31,7 +31,7 @@ void PutMainHeader(RiffBlock& block, const AviHeader& header) {
     block.Put32(Clamp32((FrameBytes(header) + 8.0) * fps + 0.5));
     block.Put32(0);  // granularity
     block.Put32(kHasIndex | kTrustChunkTypes);
-    // What a reader without OpenDML can reach.
+    // Frames that a reader without OpenDML can reach.
     block.Put32(header.segments.empty() ? 0 : header.segments.front().frames);
     block.Put32(0);  // initial frames
     block.Put32(1);  // streams
@@ -57,12 +57,12 @@ void PutStreamHeader(RiffBlock& block, const AviHeader& header) {
     block.Put32(header.totalFrames);
     block.Put32(FrameBytes(header));
     block.Put32(kDefaultQuality);
-    block.Put32(0);  // every frame is a sample of its own
-    constexpr uint32_t kLargestEdge = 0x7FFF;
+    block.Put32(0);  // sample size: varies
+    constexpr uint32_t kMaxSide = 0x7FFF;
     block.Put16(0);
     block.Put16(0);
-    block.Put16(std::min(static_cast<uint32_t>(video.width), kLargestEdge));
-    block.Put16(std::min(RowCount(video.height), kLargestEdge));
+    block.Put16(std::min(static_cast<uint32_t>(video.width), kMaxSide));
+    block.Put16(std::min(RowCount(video.height), kMaxSide));
     block.Close(chunk);
 }
 
@@ -75,7 +75,7 @@ void PutStreamFormat(RiffBlock& block, const AviHeader& header) {
     block.Put32(kBitmapHeader);
     block.Put32(static_cast<uint32_t>(video.width));
     block.Put32(signedHeight ? static_cast<uint32_t>(video.height) : RowCount(video.height));
-    block.Put16(1);  // planes, in the sense of bitmaps
+    block.Put16(1);  // planes
     block.Put16(static_cast<uint16_t>(info.bitsPerPixel));
     block.Put32(video.compression);
     block.Put32(FrameBytes(header));
@@ -100,13 +100,13 @@ void PutSuperIndex(RiffBlock& block, const AviHeader& header) {
         block.Put32(entry.size);
         block.Put32(entry.frames);
     }
-    block.PutZeros((header.segmentRoom - header.segments.size()) * kSuperEntryBytes);
+    block.PutZeros((header.maxSegments - header.segments.size()) * kSuperEntryBytes);
     block.Close(chunk);
 }
 
-// How the picture is to be shown; the fields about signals say nothing.
+// The display aspect ratio. The fields about video signals are 0.
 void PutVideoProperties(RiffBlock& block, const AviHeader& header) {
-    if (!header.shown.IsKnown()) return;
+    if (!header.displayAspect.IsKnown()) return;
     const auto width = static_cast<uint32_t>(header.video.width);
     const uint32_t height = RowCount(header.video.height);
     const size_t chunk = block.Open(kVideoProperties);
@@ -115,10 +115,10 @@ void PutVideoProperties(RiffBlock& block, const AviHeader& header) {
     block.Put32(Clamp32(header.rate.Fps() + 0.5));
     block.Put32(width);
     block.Put32(height);
-    block.Put32(header.shown.x << 16 | header.shown.y);
+    block.Put32(header.displayAspect.x << 16 | header.displayAspect.y);
     block.Put32(width);
     block.Put32(height);
-    block.Put32(1);  // fields in a frame, and what there is of each
+    block.Put32(1);  // fields per frame, then each field's rectangles
     for (const uint32_t value : {height, width, height, width, 0u, 0u, 0u, 0u}) block.Put32(value);
     block.Close(chunk);
 }

@@ -12,7 +12,7 @@
 
 namespace tavo {
 
-// Where one segment's index chunk stands, as the super index of the header lists it.
+// An entry of the super index in the header: where the index of a segment is.
 struct SegmentEntry {
     uint64_t offset = 0;
     uint32_t size = 0;  // with its chunk header
@@ -25,15 +25,15 @@ struct AviHeader {
     uint32_t chunkCode = 0;
     uint32_t totalFrames = 0;
     std::span<const SegmentEntry> segments;
-    uint32_t segmentRoom = 0;  // entries to leave room for
-    AspectRatio shown;         // of the picture as it is to be shown; unknown: as it lies there
+    uint32_t maxSegments = 0;   // entries of the super index
+    AspectRatio displayAspect;  // unknown when pixels are square
 };
 
-// Code of the frame chunks: dibs and other data have different ones.
+// Code of the frame chunks: 00db for RGB, 00dc for the others.
 uint32_t FrameChunkCode(const VideoFormat& video);
 
-// The hdrl list, whole. Its length depends on the video format, `segmentRoom` and whether `shown`
-// is known, so that it can be written over when the file is finished.
+// The whole hdrl list. Its length depends only on the video format, `maxSegments` and whether
+// `displayAspect` is known, so it can be overwritten when the file is finished.
 std::vector<std::byte> HeaderList(const AviHeader& header);
 
 }  // namespace tavo

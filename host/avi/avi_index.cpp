@@ -8,7 +8,7 @@ namespace tavo {
 namespace {
 
 constexpr uint32_t kKeyFrame = 0x10;
-constexpr uint32_t kNoKeyFrame = 0x80000000;  // in an OpenDML index, beside the size
+constexpr uint32_t kNoKeyFrame = 0x80000000;  // a flag in the size of an OpenDML entry
 constexpr uint32_t kIndexOfChunks = 1;
 constexpr uint32_t kLongsPerEntry = 2;
 constexpr uint64_t kIndexHeader = kChunkHeader + 24;

@@ -16,16 +16,16 @@ struct IndexEntry {
 
 struct MovieChunks {
     uint32_t code = 0;       // that all chunks have
-    uint32_t frameSize = 0;  // of the data of those that are no repeats
+    uint32_t frameSize = 0;  // of a frame's data
     uint64_t movie = 0;      // of the movi list
     std::span<const IndexEntry> entries;
 };
 
-// Lengths of indexes with that many entries.
+// Sizes of indexes with that many entries, in bytes.
 uint64_t StreamIndexSize(uint64_t entries);
 uint64_t OldIndexSize(uint64_t entries);
 
-// With room for `reserved` entries: what is not used is junk.
+// Padded with junk to the size of `reserved` entries.
 std::vector<std::byte> StreamIndex(const MovieChunks& chunks, uint64_t reserved);
 
 // For readers without OpenDML.

@@ -20,23 +20,23 @@ void AviLayout::AddSegment(uint64_t start, uint64_t movie) {
 }
 
 void AviLayout::AddFrame() {
-    rooms_.push_back(0);
+    reserved_.push_back(0);
     ++segments_.back().frames;
 }
 
 void AviLayout::DropFrame() {
     --segments_.back().frames;
-    segments_.back().room -= rooms_.back();
-    rooms_.pop_back();
+    segments_.back().reservedRepeats -= reserved_.back();
+    reserved_.pop_back();
 }
 
-void AviLayout::SetRoom(uint32_t repeats) {
-    rooms_.back() = repeats;
-    segments_.back().room += repeats;
+void AviLayout::SetReserved(uint32_t repeats) {
+    reserved_.back() = repeats;
+    segments_.back().reservedRepeats += repeats;
 }
 
 uint32_t AviLayout::RepeatsOf(uint32_t frame) const {
-    return frame < repeats_.size() ? std::min(repeats_[frame], rooms_[frame]) : 0;
+    return frame < repeats_.size() ? std::min(repeats_[frame], reserved_[frame]) : 0;
 }
 
 uint32_t AviLayout::SlotsOf(const AviSegment& segment) const {
@@ -53,13 +53,13 @@ uint64_t AviLayout::SlotCount() const {
 
 uint64_t AviLayout::FrameChunkSize() const { return kChunkHeader + Padded(frameSize_); }
 
-uint64_t AviLayout::RoomSize(uint32_t frame) const {
-    return uint64_t{rooms_[frame]} * kChunkHeader;
+uint64_t AviLayout::ReservedSize(uint32_t frame) const {
+    return uint64_t{reserved_[frame]} * kChunkHeader;
 }
 
 uint64_t AviLayout::FramesEnd(const AviSegment& segment) const {
     return segment.movie + kListHeader + segment.frames * FrameChunkSize() +
-           segment.room * kChunkHeader;
+           segment.reservedRepeats * kChunkHeader;
 }
 
 uint64_t AviLayout::ClosedEnd(const AviSegment& segment, uint64_t slots) const {
@@ -71,13 +71,13 @@ bool AviLayout::IsFull(const AviSegment& segment, uint64_t limit) const {
     if (segment.frames == 0) return false;
     AviSegment longer = segment;
     ++longer.frames;
-    return ClosedEnd(longer, longer.frames + longer.room) - segment.start > limit;
+    return ClosedEnd(longer, longer.frames + longer.reservedRepeats) - segment.start > limit;
 }
 
 std::vector<std::byte> AviLayout::RepeatChunks(uint32_t frame) const {
     RiffBlock block;
     for (uint32_t n = RepeatsOf(frame); n > 0; --n) block.Close(block.Open(chunkCode_));
-    block.PadTo(RoomSize(frame));
+    block.PadTo(ReservedSize(frame));
     return block.Take();
 }
 
@@ -91,7 +91,7 @@ std::vector<IndexEntry> AviLayout::EntriesOf(const AviSegment& segment) const {
         for (uint64_t n = 0; n < RepeatsOf(frame); ++n) {
             entries.push_back({offset + n * kChunkHeader, true});
         }
-        offset += RoomSize(frame);
+        offset += ReservedSize(frame);
     }
     return entries;
 }

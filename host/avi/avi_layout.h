@@ -1,4 +1,4 @@
-// Where everything lies in an AVI file that is being written. No input or output here.
+// The offsets of everything in an AVI file that is being written. No input or output here.
 
 #pragma once
 
@@ -12,24 +12,25 @@
 
 namespace tavo {
 
-// One RIFF segment: a movie list with frames and room for repeats, and its indexes.
+// A RIFF segment: a movie list of frames and space reserved for repeats, then its indexes.
 struct AviSegment {
     uint64_t start = 0;  // of the RIFF chunk
     uint64_t movie = 0;  // of its movi list
     uint64_t index = 0;  // of the index chunk at the list's end; 0 while the segment is open
     uint32_t firstFrame = 0;
     uint32_t frames = 0;
-    uint64_t room = 0;          // for repeats
-    uint64_t indexEntries = 0;  // that its index has, or has room for
+    uint64_t reservedRepeats = 0;  // empty chunks at most
+    uint64_t indexEntries = 0;     // that its index has, or is padded to
 
     bool IsOpen() const { return index == 0; }
-    // The first segment is an AVI for readers without OpenDML too.
+    // Only the first segment has an index for readers without OpenDML.
     bool HasOldIndex() const { return start == 0; }
 };
 
-// All frames have one size, so an index follows from where the movie list begins and from the room
-// behind each frame. Segments that are closed before the repeats are known have longer indexes for
-// them. Members that add something may throw std::bad_alloc; nothing has changed then.
+// All frames have one size, so an index follows from the start of the movie list and the space
+// reserved behind each frame. A segment that is closed before the repeats are known has an index
+// for as many as were reserved. Members that add something may throw std::bad_alloc, and change
+// nothing then.
 class AviLayout {
   public:
     // `video` has a frame size.
@@ -37,7 +38,7 @@ class AviLayout {
 
     uint32_t FrameSize() const { return frameSize_; }
     uint32_t ChunkCode() const { return chunkCode_; }
-    uint32_t FrameCount() const { return static_cast<uint32_t>(rooms_.size()); }
+    uint32_t FrameCount() const { return static_cast<uint32_t>(reserved_.size()); }
     // Frames and repeats.
     uint64_t SlotCount() const;
 
@@ -48,27 +49,27 @@ class AviLayout {
     void AddSegment(uint64_t start, uint64_t movie);
     void DropSegment() { segments_.pop_back(); }
 
-    // The last frame of the last segment, with the room behind it.
+    // Of the last segment: adds a frame, drops the last one, reserves space behind it.
     void AddFrame();
     void DropFrame();
-    void SetRoom(uint32_t repeats);
-    uint32_t LastRoom() const { return rooms_.back(); }
+    void SetReserved(uint32_t repeats);
+    uint32_t LastReserved() const { return reserved_.back(); }
 
-    // How often each frame is shown once more, within its room.
+    // How often each frame is repeated, up to what was reserved.
     void SetRepeats(std::vector<uint32_t> repeats) { repeats_ = std::move(repeats); }
     uint32_t RepeatsOf(uint32_t frame) const;
     uint32_t SlotsOf(const AviSegment& segment) const;
 
-    // Of a frame with its chunk header, and of the room behind it.
+    // Bytes of a frame with its chunk header, and of the space reserved behind it.
     uint64_t FrameChunkSize() const;
-    uint64_t RoomSize(uint32_t frame) const;
+    uint64_t ReservedSize(uint32_t frame) const;
     uint64_t FramesEnd(const AviSegment& segment) const;
-    // Where the file ends once the segment is closed, with so many slots in its indexes.
+    // Where the file ends when the segment is closed with that many entries in its indexes.
     uint64_t ClosedEnd(const AviSegment& segment, uint64_t slots) const;
-    // Whether one more frame would make the segment longer than this.
+    // Whether one more frame would make the segment longer than `limit`.
     bool IsFull(const AviSegment& segment, uint64_t limit) const;
 
-    // What fills the room behind a frame: its repeats, and what remains.
+    // The reserved space behind a frame: its repeats, then junk.
     std::vector<std::byte> RepeatChunks(uint32_t frame) const;
     // The indexes follow each other behind the segment's frames.
     std::vector<std::byte> StreamIndexOf(const AviSegment& segment) const;
@@ -82,7 +83,7 @@ class AviLayout {
     const uint32_t frameSize_;
     const uint32_t chunkCode_;
     std::vector<AviSegment> segments_;
-    std::vector<uint32_t> rooms_;  // of each frame
+    std::vector<uint32_t> reserved_;  // of each frame
     std::vector<uint32_t> repeats_;
 };
 

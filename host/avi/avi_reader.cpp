@@ -1,5 +1,5 @@
-// Walks the chunks of an AVI file. Nothing in the file is trusted: every chunk is cut to its
-// parent, lists are entered to a fixed depth, and each step moves on by at least a chunk header.
+// Walks the chunks of an AVI file. Nothing in the file is trusted: chunks are clipped to their
+// parent, lists nest to a fixed depth, and each step advances by at least a chunk header.
 
 #include "host/avi/avi_reader.h"
 
@@ -11,18 +11,17 @@
 namespace tavo {
 namespace {
 
-// More would read through a movie of small pictures instead of stepping over them.
-constexpr size_t kWindow = 4096;
-constexpr size_t kStreamHeaderUsed = 28;  // up to the rate
+// A larger cache would read the pixels of small frames instead of skipping them.
+constexpr size_t kCacheSize = 4096;
+constexpr size_t kStreamHeaderUsed = 28;  // bytes, up to the rate
 constexpr int kMaxRecordDepth = 1;
 constexpr size_t kMaxFrames = 0xFFFFFFFF;
-// Rates that leave every time stamp of 2^32 frames within 64 bits.
-constexpr double kLowestFps = 0.01;
-constexpr double kHighestFps = 100000.0;
+// With these rates the times of 2^32 frames fit 64 bits.
+constexpr double kMinFps = 0.01;
+constexpr double kMaxFps = 100000.0;
 
-bool IsSensible(FrameRate rate) {
-    return rate.rate != 0 && rate.scale != 0 && rate.Fps() >= kLowestFps &&
-           rate.Fps() <= kHighestFps;
+bool IsPlausible(FrameRate rate) {
+    return rate.rate != 0 && rate.scale != 0 && rate.Fps() >= kMinFps && rate.Fps() <= kMaxFps;
 }
 
 }  // namespace
@@ -30,16 +29,16 @@ bool IsSensible(FrameRate rate) {
 bool AviReader::Peek(uint64_t offset, std::span<std::byte> target) {
     if (offset > fileEnd_ || fileEnd_ - offset < target.size()) return false;
     const bool inside =
-        offset >= windowStart_ && offset + target.size() <= windowStart_ + window_.size();
+        offset >= cacheStart_ && offset + target.size() <= cacheStart_ + cache_.size();
     if (!inside) {
-        window_.resize(static_cast<size_t>(std::min<uint64_t>(kWindow, fileEnd_ - offset)));
-        windowStart_ = offset;
-        if (store_->ReadAt(offset, window_) != IoResult::Ok) {
-            window_.clear();
+        cache_.resize(static_cast<size_t>(std::min<uint64_t>(kCacheSize, fileEnd_ - offset)));
+        cacheStart_ = offset;
+        if (store_->ReadAt(offset, cache_) != IoResult::Ok) {
+            cache_.clear();
             return false;
         }
     }
-    std::copy_n(window_.begin() + static_cast<ptrdiff_t>(offset - windowStart_), target.size(),
+    std::copy_n(cache_.begin() + static_cast<ptrdiff_t>(offset - cacheStart_), target.size(),
                 target.begin());
     return true;
 }
@@ -68,21 +67,21 @@ AviResult AviReader::Open(ByteStore& store) {
     if (!ReadChunk(0, fileEnd_, riff) || riff.code != kRiff || ReadCode(riff.data) != kAvi) {
         return AviResult::NotAvi;
     }
-    // A writer that was interrupted leaves a size of 0 behind.
+    // An interrupted writer leaves a size of 0.
     if (riff.end - riff.data < 4) {
         riff.end = fileEnd_;
         riff.next = fileEnd_;
-        cutOff_ = true;
+        truncated_ = true;
     }
-    if (IsCut(riff)) cutOff_ = true;
+    if (IsTruncated(riff)) truncated_ = true;
     WalkSegment(riff);
     if (formatResult_ != AviResult::Ok) return formatResult_;
     while (ReadChunk(riff.next, fileEnd_, riff) && riff.code == kRiff &&
            ReadCode(riff.data) == kAvix) {
-        if (IsCut(riff)) cutOff_ = true;
+        if (IsTruncated(riff)) truncated_ = true;
         WalkSegment(riff);
     }
-    if (otherLayout_) return AviResult::OtherFrameLayout;
+    if (mixedLayouts_) return AviResult::OtherFrameLayout;
     if (frames_.empty()) return AviResult::NoFrames;
     if (layout_ && layout_ != PlanarLayout::Tight) stored_.resize(storedSize_);
     return AviResult::Ok;
@@ -96,10 +95,10 @@ void AviReader::WalkSegment(const Chunk& riff) {
         if (kind == kHeaderList) {
             WalkHeader(chunk);
         } else if (kind == kMovieList) {
-            // No frames without a format; an interrupted writer leaves a size of 0 here too.
+            // Frames need a format. An interrupted writer leaves a size of 0 here too.
             if (formatResult_ != AviResult::Ok) return;
             const bool open = chunk.end - chunk.data < 4;
-            if (open) cutOff_ = true;
+            if (open) truncated_ = true;
             WalkMovie(chunk.data + 4, open ? riff.end : chunk.end, 0);
             if (open) return;
         }
@@ -124,7 +123,7 @@ void AviReader::WalkStream(const Chunk& list) {
     }
 }
 
-// The first video stream is the one that counts.
+// Only the first video stream counts.
 void AviReader::ReadStreamHeader(const Chunk& chunk) {
     std::array<std::byte, kStreamHeaderUsed> head;
     if (videoStream_ >= 0 || chunk.end - chunk.data < head.size() || !Peek(chunk.data, head) ||
@@ -133,7 +132,7 @@ void AviReader::ReadStreamHeader(const Chunk& chunk) {
     }
     videoStream_ = streamCount_;
     const FrameRate rate = {Load32(head, 24), Load32(head, 20)};
-    if (IsSensible(rate)) rate_ = rate;
+    if (IsPlausible(rate)) rate_ = rate;
 }
 
 void AviReader::ReadStreamFormat(const Chunk& chunk) {
@@ -153,7 +152,7 @@ void AviReader::ReadStreamFormat(const Chunk& chunk) {
     }
     video_ = {*format, compression, static_cast<int32_t>(Load32(head, 4)),
               static_cast<int32_t>(Load32(head, 8))};
-    // Only RGB can be top-down, and INT32_MIN has no magnitude.
+    // Only RGB can be top-down. INT32_MIN has no magnitude.
     if (InfoOf(*format).group != FormatGroup::Rgb && video_.height < 0) {
         video_.height = static_cast<int32_t>(RowCount(video_.height));
     }
@@ -171,11 +170,11 @@ void AviReader::WalkMovie(uint64_t begin, uint64_t end, int depth) {
             }
             continue;
         }
-        TakeFrame(chunk);
+        AddFrame(chunk);
     }
 }
 
-void AviReader::TakeFrame(const Chunk& chunk) {
+void AviReader::AddFrame(const Chunk& chunk) {
     const uint32_t stream = static_cast<uint32_t>(videoStream_);
     const uint32_t digits = ('0' + stream / 10) | ('0' + stream % 10) << 8;
     const uint32_t kind = chunk.code >> 16;
@@ -185,19 +184,19 @@ void AviReader::TakeFrame(const Chunk& chunk) {
     if (frames_.size() >= kMaxFrames) return;
 
     if (chunk.size == 0) {
-        // An empty chunk shows the picture before once more.
+        // An empty chunk repeats the frame before.
         if (!frames_.empty()) frames_.push_back(frames_.back());
         return;
     }
-    if (!TakeLayout(chunk.size)) {
-        otherLayout_ = true;
+    if (!AcceptLayout(chunk.size)) {
+        mixedLayouts_ = true;
         return;
     }
     if (chunk.end - chunk.data >= storedSize_) frames_.push_back(chunk.data);
 }
 
-// The first frame tells how planes lie in this file. False for a frame that is laid out otherwise.
-bool AviReader::TakeLayout(uint32_t length) {
+// The first frame tells the layout of the planes. False for a frame with another one.
+bool AviReader::AcceptLayout(uint32_t length) {
     if (InfoOf(video_.format).group != FormatGroup::Planar) {
         storedSize_ = frameSize_;
         return length >= frameSize_;

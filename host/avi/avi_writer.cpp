@@ -1,4 +1,4 @@
-// The AVI writer: appends frames, and writes indexes and the header when all is known.
+// Appends frames; writes indexes and the final header at the end.
 
 #include "host/avi/avi_writer.h"
 
@@ -43,7 +43,7 @@ void AviWriter::CutBack(uint64_t position) {
     store_.Truncate(position_);
 }
 
-// The size of the chunk that reaches from `chunk` to `end`.
+// Writes the size of the chunk from `chunk` to `end`.
 IoResult AviWriter::PatchSize(uint64_t chunk, uint64_t end) {
     return store_.WriteAt(chunk + 4, Number(end - chunk - kChunkHeader));
 }
@@ -104,8 +104,8 @@ IoResult AviWriter::WriteFrame(std::span<const std::byte> frame) {
     return result;
 }
 
-IoResult AviWriter::LeaveRoom(uint32_t repeats) {
-    if (failed_ || finished_ || layout_.FrameCount() == 0 || layout_.LastRoom() != 0) {
+IoResult AviWriter::ReserveRepeats(uint32_t repeats) {
+    if (failed_ || finished_ || layout_.FrameCount() == 0 || layout_.LastReserved() != 0) {
         return IoResult::Failed;
     }
     if (repeats == 0) return IoResult::Ok;
@@ -114,7 +114,7 @@ IoResult AviWriter::LeaveRoom(uint32_t repeats) {
     junk.PutJunk(uint64_t{repeats} * kChunkHeader);
     const IoResult result = Append(junk.Take());
     if (result == IoResult::Ok) {
-        layout_.SetRoom(repeats);
+        layout_.SetReserved(repeats);
     } else {
         CutBack(before);
         failed_ = true;
@@ -124,7 +124,8 @@ IoResult AviWriter::LeaveRoom(uint32_t repeats) {
 
 IoResult AviWriter::CloseSegment(AviSegment& segment) {
     const uint64_t index = position_;
-    segment.indexEntries = finished_ ? layout_.SlotsOf(segment) : segment.frames + segment.room;
+    segment.indexEntries =
+        finished_ ? layout_.SlotsOf(segment) : segment.frames + segment.reservedRepeats;
     IoResult result = Append(layout_.StreamIndexOf(segment));
     const uint64_t movieEnd = position_;
     if (result == IoResult::Ok && segment.HasOldIndex()) {
@@ -149,7 +150,7 @@ IoResult AviWriter::WriteRepeats(const AviSegment& segment) {
             const IoResult result = store_.WriteAt(position, layout_.RepeatChunks(frame));
             if (result != IoResult::Ok) return result;
         }
-        position += layout_.RoomSize(frame);
+        position += layout_.ReservedSize(frame);
     }
     return IoResult::Ok;
 }
@@ -166,7 +167,7 @@ std::vector<std::byte> AviWriter::Header() const {
     const std::vector<SegmentEntry> segments = layout_.SuperIndex();
     const auto slots = static_cast<uint32_t>(layout_.SlotCount());
     return HeaderList(
-        {video_, rate_, layout_.ChunkCode(), slots, segments, limits_.segments, shown_});
+        {video_, rate_, layout_.ChunkCode(), slots, segments, limits_.segments, displayAspect_});
 }
 
 IoResult AviWriter::TryFinish() {
@@ -175,8 +176,8 @@ IoResult AviWriter::TryFinish() {
     return result == IoResult::Ok ? store_.WriteAt(kListHeader, Header()) : result;
 }
 
-// Gives up frames of a segment that could not be closed until its indexes have room, or the empty
-// segment itself.
+// Drops frames of a segment that could not be closed until its indexes fit, or the empty segment
+// itself.
 bool AviWriter::DropFrames(uint32_t atLeast) {
     const AviSegment& last = layout_.LastSegment();
     if (!last.IsOpen()) return false;
@@ -204,13 +205,13 @@ IoResult AviWriter::Finish() {
     IoResult result = IoResult::Ok;
     for (const AviSegment& segment : layout_.Segments()) {
         if (result == IoResult::Ok) result = WriteRepeats(segment);
-        if (result == IoResult::Ok && !segment.IsOpen() && segment.room > 0) {
+        if (result == IoResult::Ok && !segment.IsOpen() && segment.reservedRepeats > 0) {
             result = RewriteIndexes(segment);
         }
     }
     if (result == IoResult::Ok) result = TryFinish();
-    // What the disk has left may change meanwhile. Each try gives up more than the one before, so
-    // that there are few, but not much more than it has to.
+    // The free space may change meanwhile. Each try drops more frames than the one before, so there
+    // are few tries and few frames too many.
     uint32_t atLeast = 1;
     while (result == IoResult::DiskFull && DropFrames(atLeast)) {
         result = TryFinish();

@@ -1,5 +1,5 @@
-// Writes one stream of uncompressed video as an AVI file of any size: the first gigabyte is a
-// plain AVI with its index, all further ones follow the OpenDML extension (AVI 2.0).
+// Writes one stream of uncompressed video as an AVI file of any size. The first segment is a plain
+// AVI with its index; the others follow the OpenDML extension (AVI 2.0).
 
 #pragma once
 
@@ -17,41 +17,39 @@
 namespace tavo {
 
 struct AviLimits {
-    // A RIFF segment ends before it would be longer, unless one frame alone is. Below 2 GiB.
+    // No RIFF segment gets longer, unless by one frame alone. Below 2 GiB.
     uint64_t segmentBytes = uint64_t{1000} << 20;
-    // How many segments the header has room for.
+    // How many segments the header can list.
     uint32_t segments = 1024;
 };
 
-// Not for several threads at once. Nothing is written by constructor or destructor: a file is whole
-// after Finish. Members that append frames may throw std::bad_alloc; the file stays valid then.
+// Not thread-safe. The constructor and the destructor write nothing; the file is complete after
+// Finish. Members that append may throw std::bad_alloc; the file stays valid then.
 class AviWriter {
   public:
     // `store` is empty and outlives the writer; `video` has a frame size.
     AviWriter(ByteStore& store, const VideoFormat& video, FrameRate rate, AviLimits limits = {});
 
-    // How the picture is to be shown. Before Begin.
-    void SetShownAspect(AspectRatio aspect) { shown_ = aspect; }
+    // The display aspect ratio. Before Begin.
+    void SetDisplayAspect(AspectRatio aspect) { displayAspect_ = aspect; }
 
-    // Writes the header. Before any frame.
+    // Writes a preliminary header. Before any frame.
     IoResult Begin();
 
-    // `frame` is one frame of the format, in size too. After a failure the file ends with the frame
-    // before; nothing more can be appended, but Finish still makes the file whole. TooLarge when
-    // all segments are used.
+    // `frame` has the size of a frame. After a failure nothing more can be appended; the file ends
+    // with the frame before, and Finish still completes it. TooLarge when all segments are used.
     IoResult WriteFrame(std::span<const std::byte> frame);
 
-    // Leaves room for showing the frame just written again, this often at most. Once for a frame.
-    IoResult LeaveRoom(uint32_t repeats);
+    // Reserves space for that many repeats of the frame just written. Once per frame.
+    IoResult ReserveRepeats(uint32_t repeats);
 
-    // Any time before Finish: all that follows from these is settled there. A number for each
-    // frame: how often it is shown once more, within the room that was left for it. A repeat is an
-    // empty chunk.
+    // Any time before Finish. One number per frame: how often it is repeated, up to what was
+    // reserved. A repeat is an empty chunk.
     void SetRate(FrameRate rate) { rate_ = rate; }
     void SetRepeats(std::vector<uint32_t> repeats) { layout_.SetRepeats(std::move(repeats)); }
 
-    // Writes the indexes and the final header. On a full disk, frames are given up from the end
-    // until the index fits. A second call does nothing.
+    // Writes the indexes and the final header. On a full disk it drops frames from the end until
+    // the index fits. A second call does nothing.
     IoResult Finish();
 
     uint64_t FrameCount() const { return layout_.FrameCount(); }
@@ -61,7 +59,7 @@ class AviWriter {
 
   private:
     IoResult Append(std::span<const std::byte> bytes);
-    // Takes back what was appended since.
+    // Drops what was appended behind this position.
     void CutBack(uint64_t position);
     IoResult AppendFrame(std::span<const std::byte> frame);
     IoResult OpenSegment();
@@ -79,7 +77,7 @@ class AviWriter {
     const AviLimits limits_;
     AviLayout layout_;
     FrameRate rate_;
-    AspectRatio shown_;
+    AspectRatio displayAspect_;
     uint64_t position_ = 0;
     bool failed_ = false;
     bool finished_ = false;

@@ -1,4 +1,4 @@
-// Reads numbers and texts of either byte order.
+// Reads numbers in either byte order.
 
 #include "host/avi/box_reader.h"
 

@@ -1,4 +1,4 @@
-// The seam between the AVI code and what holds the bytes: a file, or memory in a test.
+// Where the AVI code reads and writes bytes: a file, or memory in a test.
 
 #pragma once
 
@@ -14,22 +14,22 @@ enum class IoResult {
     AccessDenied,
     InUse,
     DiskFull,
-    TooLarge,  // more than the file system lets one file hold
+    TooLarge,  // for the file system
     ShortRead,
     Failed,
 };
 
-// Not for several threads at once.
+// Not thread-safe.
 class ByteStore {
   public:
     virtual ~ByteStore() = default;
 
     virtual uint64_t Size() const = 0;
 
-    // Reads all of `target` or fails; ShortRead when the store ends before.
+    // Reads all of `target` or fails. ShortRead at the end of the store.
     virtual IoResult ReadAt(uint64_t offset, std::span<std::byte> target) = 0;
 
-    // Writes all of `source` or fails; part of it may be in the store then.
+    // Writes all of `source` or fails. A part of it may be written then.
     virtual IoResult WriteAt(uint64_t offset, std::span<const std::byte> source) = 0;
 
     virtual IoResult Truncate(uint64_t size) = 0;

@@ -1,4 +1,4 @@
-// Tries how much can be written, in blocks and then in parts of one.
+// Writes blocks, and halves them when one does not fit.
 
 #include "host/avi/disk_space.h"
 

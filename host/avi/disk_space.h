@@ -1,4 +1,4 @@
-// How much a disk still takes.
+// Free space, measured by writing.
 
 #pragma once
 
@@ -6,8 +6,8 @@
 
 namespace tavo {
 
-// How far the store can grow from its end on, to the byte; `wanted` at most. Found out by writing:
-// the store is as long as before afterwards. May throw std::bad_alloc.
+// Returns how far the store can grow from `end`, its end, to the byte; at most to `wanted`. It
+// truncates the store to `end` again. May throw std::bad_alloc.
 uint64_t ReachableEnd(ByteStore& store, uint64_t end, uint64_t wanted);
 
 }  // namespace tavo

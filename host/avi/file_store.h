@@ -1,4 +1,4 @@
-// A file as a byte store. Nothing is buffered: a full disk shows in the call that met it.
+// A file as a byte store. Nothing is buffered: each call reports its own error.
 
 #pragma once
 
@@ -17,10 +17,10 @@ class FileStore : public ByteStore {
 
     IoResult OpenForReading(const std::filesystem::path& path);
 
-    // Creates the file, or empties the one that is there. Others may read it meanwhile.
+    // Creates the file, or empties an existing one. Other programs may read it meanwhile.
     IoResult Create(const std::filesystem::path& path);
 
-    // The data may still be on its way to the disk: an error of that last step is reported here.
+    // Reports errors of writes that the system has delayed.
     IoResult Close();
 
     bool IsOpen() const { return handle_ != kNoFile; }
@@ -33,7 +33,7 @@ class FileStore : public ByteStore {
   private:
     static constexpr intptr_t kNoFile = -1;
 
-    intptr_t handle_ = kNoFile;  // as the operating system has it
+    intptr_t handle_ = kNoFile;  // of the operating system
 };
 
 }  // namespace tavo

@@ -11,7 +11,7 @@
 namespace tavo {
 namespace {
 
-// No call moves more than this, whatever it is asked for.
+// The system moves no more than about 2 GiB per call.
 constexpr size_t kMaxTransfer = size_t{1} << 30;
 
 IoResult ResultOf(int error) {

@@ -9,7 +9,7 @@
 namespace tavo {
 namespace {
 
-// One call moves no more than this: its length has 32 bits.
+// A call takes a length of 32 bits.
 constexpr size_t kMaxTransfer = size_t{1} << 30;
 
 // Not in every platform header.
@@ -40,8 +40,7 @@ IoResult ResultOf(DWORD error) {
 
 HANDLE Handle(intptr_t handle) { return reinterpret_cast<HANDLE>(handle); }
 
-// Where a transfer takes place, as the calls want it. The handle is not an overlapped one: they
-// wait nevertheless.
+// The offset of a transfer. The handle is not overlapped, so calls still wait.
 OVERLAPPED At(uint64_t offset) {
     OVERLAPPED place = {};
     place.Offset = static_cast<DWORD>(offset);
@@ -106,7 +105,7 @@ IoResult FileStore::WriteAt(uint64_t offset, std::span<const std::byte> source) 
         if (!WriteFile(Handle(handle_), source.data(), Part(source.size()), &moved, &place)) {
             return ResultOf(GetLastError());
         }
-        // A disk that is about to be full takes a part, and tells the next time.
+        // A disk that is nearly full takes a part, and reports it on the next call.
         if (moved == 0) return IoResult::DiskFull;
         source = source.subspan(moved);
         offset += moved;

@@ -17,14 +17,14 @@ struct FrameRate {
     bool operator==(const FrameRate&) const = default;
 };
 
-// The plainest fraction that a frame duration can mean: 333667 is 30000/1001, 400000 is 25/1.
-// Durations that are no such rate keep their exact value. Not for durations of 0 or less.
+// The simplest rate with that frame duration: 333667 is 30000/1001, 400000 is 25/1. Other durations
+// keep their exact value. `units` is above 0.
 FrameRate RateFromDuration(int64_t units);
 
 // Duration of one frame, rounded to the nearest unit, at least 1.
 int64_t DurationOf(FrameRate rate);
 
-// When frame n (below 2^32) begins, counted from the first; exact, rounded down.
+// Start time of a frame (below 2^32), the first at 0; exact, rounded down.
 int64_t FrameStart(FrameRate rate, uint64_t frame);
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// Chooses the rate by trying: what the source says, what its times say, then the usual rates.
+// Tries rates: what the source names, what the times suggest, then the common ones.
 
 #include "host/avi/frame_timing.h"
 
@@ -9,41 +9,41 @@ namespace tavo {
 namespace {
 
 // clang-format off
-constexpr FrameRate kUsualRates[] = {
+constexpr FrameRate kCommonRates[] = {
     {1, 1}, {2, 1}, {3, 1}, {4, 1}, {5, 1}, {6, 1}, {15, 2}, {8, 1}, {10, 1}, {12, 1}, {25, 2},
     {15, 1}, {18, 1}, {20, 1}, {24000, 1001}, {24, 1}, {25, 1}, {30000, 1001}, {30, 1}, {48, 1},
     {50, 1}, {60000, 1001}, {60, 1}, {72, 1}, {75, 1}, {90, 1}, {100, 1}, {120000, 1001}, {120, 1},
-    {144, 1}, {kHighestSlotRate, 1},
+    {144, 1}, {kMaxSlotRate, 1},
 };
 // clang-format on
-// For times that fit no rate.
-constexpr FrameRate kFineRates[] = {{60, 1}, {120, 1}, {kHighestSlotRate, 1}};
+// For times that fit none of these.
+constexpr FrameRate kFineRates[] = {{60, 1}, {120, 1}, {kMaxSlotRate, 1}};
 
-// Sources count in milliseconds at best; they round, and some round twice.
-constexpr double kExactUnits = 20000.0;
-// Parts of a slot between the earliest frame and the latest, measured from the slots. A steady
-// stream, captured live, may wander; where frames are missing as well, times are all there is.
-constexpr double kSteadySpread = 0.75;
-constexpr double kWanderingSpread = 0.5;
-constexpr double kOddRateSpread = 0.25;
-// How many slots the shortest distance is tried as.
-constexpr int kMostSlotsPerStep = 4;
+// 2 ms: sources count in milliseconds, and some round twice.
+constexpr double kExactJitterUnits = 20000.0;
+// Jitter in parts of a slot: the earliest to the latest frame, relative to their slots. A regular
+// stream may drift, as live capture does. Where frames are missing too, the times are all there is.
+constexpr double kMaxSteadyJitter = 0.75;
+constexpr double kMaxJitter = 0.5;
+constexpr double kMaxOddRateJitter = 0.25;
+// The shortest interval is tried as one slot up to this many.
+constexpr int kMaxSlotsPerStep = 4;
 
 double SlotsPerUnit(FrameRate rate) {
     return static_cast<double>(rate.rate) / rate.scale / static_cast<double>(kUnitsPerSecond);
 }
 
-// Of how far frames are from their slots; the first one is at 0.
+// How far frames are from their slots, in slots. The first frame is at 0.
 struct Range {
-    double least = 0.0;
-    double most = 0.0;
+    double lowest = 0.0;
+    double highest = 0.0;
 
     void Add(double value) {
-        least = std::min(least, value);
-        most = std::max(most, value);
+        lowest = std::min(lowest, value);
+        highest = std::max(highest, value);
     }
-    double Width() const { return most - least; }
-    double Middle() const { return (most + least) / 2; }
+    double Width() const { return highest - lowest; }
+    double Middle() const { return (highest + lowest) / 2; }
 };
 
 class Fitter {
@@ -56,21 +56,21 @@ class Fitter {
         if (const auto rate = Steady()) return *rate;
         const std::vector<FrameRate> rates = Candidates();
         for (const FrameRate rate : rates) {
-            if (Fits(rate, std::min(kExactUnits * SlotsPerUnit(rate), kWanderingSpread))) {
+            if (Fits(rate, std::min(kExactJitterUnits * SlotsPerUnit(rate), kMaxJitter))) {
                 return rate;
             }
         }
         for (const FrameRate rate : rates) {
-            if (Fits(rate, kWanderingSpread)) return rate;
+            if (Fits(rate, kMaxJitter)) return rate;
         }
         for (const FrameRate rate : kFineRates) {
             if (Fits(rate, 1.0)) return rate;
         }
         const FrameRate mean = MeanRate();
-        return mean.Fps() > kHighestSlotRate ? mean : FrameRate{kHighestSlotRate, 1};
+        return mean.Fps() > kMaxSlotRate ? mean : FrameRate{kMaxSlotRate, 1};
     }
 
-    // The slot of each frame: the nearest one that is still free.
+    // The slot of each frame: the nearest free one.
     std::vector<int64_t> Slots(FrameRate rate) const {
         const double phase = Deviation(rate).Middle();
         std::vector<int64_t> slots;
@@ -82,8 +82,8 @@ class Fitter {
         return slots;
     }
 
-    // When frames follow each other without repeats; not measured beyond a whole slot.
-    double SteadySpread(FrameRate rate) const {
+    // The jitter of frames without repeats. Measured up to one slot.
+    double SteadyJitter(FrameRate rate) const {
         Range range;
         for (size_t i = 0; i < starts_.size() && range.Width() < 1.0; ++i) {
             range.Add(Position(i, rate) - static_cast<double>(i));
@@ -98,7 +98,7 @@ class Fitter {
 
     double Span() const { return static_cast<double>(starts_.back() - starts_.front()); }
 
-    // From the nearest slots, which are counted from the first frame.
+    // From the nearest slots, counted from the first frame.
     Range Deviation(FrameRate rate) const {
         Range range;
         for (size_t i = 0; i < starts_.size(); ++i) {
@@ -113,28 +113,28 @@ class Fitter {
         return RateFromDuration(std::max<int64_t>(std::llround(mean), 1));
     }
 
-    // A rate at which each frame has its slot, one after the other.
+    // A rate at which each frame has one slot.
     std::optional<FrameRate> Steady() const {
-        if (nominal_ && SteadySpread(*nominal_) <= kSteadySpread) return nominal_;
+        if (nominal_ && SteadyJitter(*nominal_) <= kMaxSteadyJitter) return nominal_;
         const FrameRate* best = nullptr;
-        double least = kWanderingSpread;
-        for (const FrameRate& rate : kUsualRates) {
-            const double spread = SteadySpread(rate);
-            if (spread > least) continue;
-            least = spread;
+        double least = kMaxJitter;
+        for (const FrameRate& rate : kCommonRates) {
+            const double jitter = SteadyJitter(rate);
+            if (jitter > least) continue;
+            least = jitter;
             best = &rate;
         }
         if (best != nullptr) return *best;
         const FrameRate mean = MeanRate();
-        const double exact = std::min(kExactUnits * SlotsPerUnit(mean), kSteadySpread);
-        if (SteadySpread(mean) <= std::max(kOddRateSpread, exact)) return mean;
+        const double exact = std::min(kExactJitterUnits * SlotsPerUnit(mean), kMaxSteadyJitter);
+        if (SteadyJitter(mean) <= std::max(kMaxOddRateJitter, exact)) return mean;
         return std::nullopt;
     }
 
-    // Every frame has a slot, no two the same, and all are within `spread` of theirs.
-    bool Fits(FrameRate rate, double spread) const {
+    // Whether each frame has a slot of its own, within `jitter`.
+    bool Fits(FrameRate rate, double jitter) const {
         const Range range = Deviation(rate);
-        if (range.Width() > spread) return false;
+        if (range.Width() > jitter) return false;
         int64_t last = -1;
         for (size_t i = 0; i < starts_.size(); ++i) {
             const int64_t slot = std::llround(Position(i, rate) - range.Middle());
@@ -146,21 +146,21 @@ class Fitter {
 
     std::vector<FrameRate> Candidates() const {
         std::vector<FrameRate> rates;
-        if (nominal_ && nominal_->Fps() <= kHighestSlotRate) rates.push_back(*nominal_);
-        rates.insert(rates.end(), std::begin(kUsualRates), std::end(kUsualRates));
-        int64_t step = RisingTimes::kLongestGap;
+        if (nominal_ && nominal_->Fps() <= kMaxSlotRate) rates.push_back(*nominal_);
+        rates.insert(rates.end(), std::begin(kCommonRates), std::end(kCommonRates));
+        int64_t step = MonotonicTimes::kMaxGap;
         for (size_t i = 1; i < starts_.size(); ++i) {
             step = std::min(step, starts_[i] - starts_[i - 1]);
         }
-        for (int parts = 1; parts <= kMostSlotsPerStep; ++parts) {
+        for (int parts = 1; parts <= kMaxSlotsPerStep; ++parts) {
             const double slot = static_cast<double>(step) / parts;
-            if (slot * kHighestSlotRate < kUnitsPerSecond) break;
+            if (slot * kMaxSlotRate < kUnitsPerSecond) break;
             rates.push_back(RateOfSteps(slot));
         }
         return rates;
     }
 
-    // A slot of about that length, measured again over the whole stream.
+    // The rate of slots of about that length, averaged over the whole stream.
     FrameRate RateOfSteps(double slot) const {
         double slots = 0.0;
         for (size_t i = 1; i < starts_.size(); ++i) {
@@ -175,8 +175,8 @@ class Fitter {
 
 }  // namespace
 
-uint32_t MostRepeats(int64_t gap) {
-    return static_cast<uint32_t>(gap * kHighestSlotRate / kUnitsPerSecond) + 1;
+uint32_t MaxRepeats(int64_t gap) {
+    return static_cast<uint32_t>(gap * kMaxSlotRate / kUnitsPerSecond) + 1;
 }
 
 FrameTiming FitTiming(std::span<const int64_t> starts, int64_t end,
@@ -187,9 +187,9 @@ FrameTiming FitTiming(std::span<const int64_t> starts, int64_t end,
     timing.repeats.resize(starts.size());
     if (starts.empty()) return timing;
     const auto limit = [](int64_t slots, int64_t gap) {
-        return static_cast<uint32_t>(std::clamp<int64_t>(slots - 1, 0, MostRepeats(gap)));
+        return static_cast<uint32_t>(std::clamp<int64_t>(slots - 1, 0, MaxRepeats(gap)));
     };
-    if (fitter.SteadySpread(timing.rate) > kSteadySpread) {
+    if (fitter.SteadyJitter(timing.rate) > kMaxSteadyJitter) {
         const std::vector<int64_t> slots = fitter.Slots(timing.rate);
         for (size_t i = 0; i + 1 < slots.size(); ++i) {
             timing.repeats[i] = limit(slots[i + 1] - slots[i], starts[i + 1] - starts[i]);
@@ -202,16 +202,16 @@ FrameTiming FitTiming(std::span<const int64_t> starts, int64_t end,
     return timing;
 }
 
-int64_t RisingTimes::Next(std::optional<int64_t> start, int64_t usual) {
-    // Beyond this a time is garbage; within it, differences cannot overflow.
-    constexpr int64_t kLargestTime = INT64_MAX / 4;
+int64_t MonotonicTimes::Next(std::optional<int64_t> start, int64_t typicalInterval) {
+    // Larger times are garbage. Differences within this range cannot overflow.
+    constexpr int64_t kMaxTime = INT64_MAX / 4;
     const bool isFirst = !any_;
     any_ = true;
-    if (start) start = std::clamp(*start, -kLargestTime, kLargestTime);
-    const int64_t gap = start ? *start - source_ : usual;
-    source_ = start.value_or(source_ + usual);
+    if (start) start = std::clamp(*start, -kMaxTime, kMaxTime);
+    const int64_t gap = start ? *start - source_ : typicalInterval;
+    source_ = start.value_or(source_ + typicalInterval);
     if (isFirst) return last_;
-    return last_ += gap > 0 && gap <= kLongestGap ? gap : usual;
+    return last_ += gap > 0 && gap <= kMaxGap ? gap : typicalInterval;
 }
 
 }  // namespace tavo

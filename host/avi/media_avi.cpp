@@ -18,7 +18,7 @@ std::optional<Box> ReadRiff(BoxReader& file, uint64_t at) {
 void ProbeAviStream(BoxReader& file, const Box& list, MediaFacts& facts) {
     uint32_t kind = 0;
     uint32_t code = 0;
-    AspectRatio shown;
+    AspectRatio displayAspect;
     int32_t width = 0;
     int32_t height = 0;
     ForEachBox(file, list.data + 4, list.end, ReadRiff, [&](const Box& box) {
@@ -29,17 +29,18 @@ void ProbeAviStream(BoxReader& file, const Box& list, MediaFacts& facts) {
             code = file.Little(box.data + 16);
         }
         if (box.code == kVideoProperties && box.end - box.data >= 24) {
-            const uint32_t aspect = file.Little(box.data + 20);
-            shown = {aspect >> 16, aspect & 0xFFFF};
+            const uint32_t packed = file.Little(box.data + 20);
+            displayAspect = {packed >> 16, packed & 0xFFFF};
         }
     });
     if (kind == FourCc('a', 'u', 'd', 's')) facts.hasSound = true;
-    // Digital video from tape: both in one stream.
+    // DV type 1: video and audio in one stream.
     if (kind == FourCc('i', 'a', 'v', 's')) facts.AddVideo("dvsd");
     if (kind != kVideoStream) return;
-    if (!facts.hasVideo && shown.IsKnown() && width > 0) {
+    if (!facts.hasVideo && displayAspect.IsKnown() && width > 0) {
         const uint64_t rows = RowCount(height);
-        facts.pixel = Reduced(shown.x * rows, uint64_t{shown.y} * static_cast<uint32_t>(width));
+        facts.pixelAspect = Reduced(displayAspect.x * rows,
+                                    uint64_t{displayAspect.y} * static_cast<uint32_t>(width));
     }
     facts.AddVideo(code > 0xFFFF ? CodeText(code) : "");
 }
@@ -55,18 +56,18 @@ void ProbeAvi(ByteStore& store, MediaFacts& facts) {
     BoxReader file(store);
     ForEachBox(file, 0, file.Size(), ReadRiff, [&](const Box& riff) {
         if (riff.code != kRiff) return;
-        // A writer that was interrupted leaves a size of 0 behind.
+        // An interrupted writer leaves a size of 0.
         const bool open = riff.end - riff.data < 4;
-        if (riff.isCut || open) facts.cutOff = true;
+        if (riff.isTruncated || open) facts.truncated = true;
         const uint64_t end = open ? file.Size() : riff.end;
         ForEachBox(file, riff.data + 4, end, ReadRiff, [&](const Box& list) {
             if (list.code != kList) return;
             const uint32_t kind = file.Little(list.data);
-            // An index may stand there all the same.
+            // A movie list can have an index and no frames.
             if (kind == kMovieList && HasFrames(file, list)) facts.isEmpty = false;
             if (kind != kHeaderList) return;
             facts.hasHeaders = true;
-            facts.isEmpty = !facts.cutOff;  // until there is a movie
+            facts.isEmpty = !facts.truncated;  // until a movie list is found
             ForEachBox(file, list.data + 4, list.end, ReadRiff, [&](const Box& box) {
                 if (box.code == kList && file.Little(box.data) == kStreamList) {
                     ProbeAviStream(file, box, facts);

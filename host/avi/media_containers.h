@@ -1,4 +1,4 @@
-// Looks into containers that nest. For media_probe.
+// Containers of nested boxes, for media_probe.
 
 #pragma once
 

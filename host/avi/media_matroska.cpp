@@ -23,8 +23,8 @@ constexpr uint32_t kPixelHeight = 0xBA;
 constexpr uint32_t kDisplayWidth = 0x54B0;
 constexpr uint32_t kDisplayHeight = 0x54BA;
 
-// A number whose first byte tells its length, by its highest bit that is set. Codes keep that bit.
-// `at` moves past the number.
+// A number of variable length: the highest bit set in the first byte gives the length. Codes keep
+// that bit. `at` moves past the number.
 std::optional<uint64_t> ReadVariable(BoxReader& file, uint64_t& at, bool keepLengthBit) {
     const auto first = file.Number(at, 1, true);
     if (!first || *first == 0) return std::nullopt;
@@ -41,7 +41,7 @@ std::optional<Box> ReadElement(BoxReader& file, uint64_t at) {
     const uint64_t sizeAt = at;
     const auto size = code ? ReadVariable(file, at, false) : std::nullopt;
     if (!size || *code > 0xFFFFFFFF) return std::nullopt;
-    // All ones: the length was not known when it was written, as in live streams.
+    // All ones: an unknown size, as in live streams.
     const bool open = *size == (uint64_t{1} << 7 * (at - sizeAt)) - 1;
     const uint64_t end = open ? file.Size() : at + *size;
     return Box{static_cast<uint32_t>(*code), at, end};
@@ -52,8 +52,8 @@ struct MatroskaTrack {
     std::string codec;
     uint64_t width = 0;
     uint64_t height = 0;
-    uint64_t shownWidth = 0;
-    uint64_t shownHeight = 0;
+    uint64_t displayWidth = 0;
+    uint64_t displayHeight = 0;
 };
 
 void ReadMatroskaTrack(BoxReader& file, const Box& parent, MatroskaTrack& track, int depth) {
@@ -65,8 +65,8 @@ void ReadMatroskaTrack(BoxReader& file, const Box& parent, MatroskaTrack& track,
             case kCodecId: track.codec = file.Text(box.data, box.end - box.data); break;
             case kPixelWidth: track.width = value; break;
             case kPixelHeight: track.height = value; break;
-            case kDisplayWidth: track.shownWidth = value; break;
-            case kDisplayHeight: track.shownHeight = value; break;
+            case kDisplayWidth: track.displayWidth = value; break;
+            case kDisplayHeight: track.displayHeight = value; break;
             case kVideoSettings:
                 if (depth == 0) ReadMatroskaTrack(file, box, track, 1);
                 break;
@@ -86,10 +86,11 @@ void ReadMatroskaTracks(BoxReader& file, const Box& tracks, MediaFacts& facts) {
         ReadMatroskaTrack(file, box, track, 0);
         if (track.kind == kSound) facts.hasSound = true;
         if (track.kind != kVideo) return;
-        const bool sane =
-            std::max({track.width, track.height, track.shownWidth, track.shownHeight}) < kLargest;
+        const bool sane = std::max({track.width, track.height, track.displayWidth,
+                                    track.displayHeight}) < kLargest;
         if (!facts.hasVideo && sane) {
-            facts.pixel = Reduced(track.shownWidth * track.height, track.shownHeight * track.width);
+            facts.pixelAspect =
+                Reduced(track.displayWidth * track.height, track.displayHeight * track.width);
         }
         facts.AddVideo(track.codec);
     });
@@ -101,8 +102,8 @@ void ProbeMatroska(ByteStore& store, MediaFacts& facts) {
     BoxReader file(store);
     ForEachBox(file, 0, file.Size(), ReadElement, [&](const Box& segment) {
         if (segment.code != kSegment) return;
-        if (segment.isCut) facts.cutOff = true;
-        bool streams = false;  // tracks stand before them
+        if (segment.isTruncated) facts.truncated = true;
+        bool streams = false;  // tracks come before clusters
         uint64_t at = segment.data;
         while (!streams && !facts.hasHeaders && at < segment.end && file.Step()) {
             const std::optional<Box> box = ReadElement(file, at);

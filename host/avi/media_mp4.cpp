@@ -29,12 +29,12 @@ std::optional<Box> ReadMp4(BoxReader& file, uint64_t at) {
 struct Mp4Track {
     uint32_t handler = 0;
     std::string codec;
-    AspectRatio pixel;
+    AspectRatio pixelAspect;
     int rotation = 0;
     bool isEmpty = false;
 };
 
-// The first two columns of the matrix turn: (0 1 -1 0) is a quarter clockwise.
+// From the first row of the matrix; (0 1) is a quarter turn clockwise.
 int RotationOf(BoxReader& file, const Box& header) {
     const bool large = file.Number(header.data, 1, true).value_or(0) == 1;
     const uint64_t matrix = header.data + (large ? 52 : 40);
@@ -55,7 +55,7 @@ void ReadSampleEntries(BoxReader& file, const Box& list, Mp4Track& track) {
     ForEachBox(file, entry->data + kVideoEntry, std::min(entry->end, list.end), ReadMp4,
                [&](const Box& box) {
                    if (box.code != FourCc('p', 'a', 's', 'p')) return;
-                   track.pixel = Reduced(file.Big(box.data), file.Big(box.data + 4));
+                   track.pixelAspect = Reduced(file.Big(box.data), file.Big(box.data + 4));
                });
 }
 
@@ -89,7 +89,7 @@ void ReadMovie(BoxReader& file, const Box& movie, MediaFacts& facts) {
         if (track.handler == FourCc('s', 'o', 'u', 'n')) facts.hasSound = true;
         if (track.handler != FourCc('v', 'i', 'd', 'e')) return;
         if (!facts.hasVideo) {
-            facts.pixel = track.pixel;
+            facts.pixelAspect = track.pixelAspect;
             facts.rotation = track.rotation;
             facts.isEmpty = track.isEmpty;
         }
@@ -106,10 +106,10 @@ void ProbeMp4(ByteStore& store, MediaFacts& facts) {
         const bool isMovie = box.code == FourCc('m', 'o', 'o', 'v');
         const bool isMedia = isMovie || box.code == FourCc('m', 'd', 'a', 't') ||
                              box.code == FourCc('m', 'o', 'o', 'f');
-        if (box.isCut && isMedia) facts.cutOff = true;
+        if (box.isTruncated && isMedia) facts.truncated = true;
         if (isMovie) ReadMovie(file, box, facts);
     });
-    if (!facts.hasHeaders) facts.cutOff = true;
+    if (!facts.hasHeaders) facts.truncated = true;
 }
 
 }  // namespace tavo

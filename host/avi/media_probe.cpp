@@ -1,4 +1,4 @@
-// Recognises files by their first bytes, and walks the headers of the usual containers.
+// Recognises files by their first bytes, and reads the headers of common containers.
 
 #include "host/avi/media_probe.h"
 
@@ -40,7 +40,7 @@ uint32_t BigNumber(ByteStore& store, uint64_t at, size_t bytes) {
     return value;
 }
 
-// Control characters other than blanks and line ends are in no text.
+// Texts have no control characters but blanks and line ends.
 bool IsText(string_view start) {
     return std::ranges::all_of(start, [](char c) {
         const auto code = static_cast<unsigned char>(c);
@@ -81,11 +81,11 @@ MediaKind KindOf(string_view start) {
     return IsText(start) ? MediaKind::Text : MediaKind::Unknown;
 }
 
-// The last page says that it is the last.
+// The last page is marked.
 bool HasOggEnd(ByteStore& store) {
-    constexpr uint64_t kLongestPage = 65307;
+    constexpr uint64_t kMaxPageSize = 65307;
     constexpr char kEnds = 4;
-    std::vector<char> bytes(static_cast<size_t>(std::min(kLongestPage, store.Size())));
+    std::vector<char> bytes(static_cast<size_t>(std::min(kMaxPageSize, store.Size())));
     if (store.ReadAt(store.Size() - bytes.size(), std::as_writable_bytes(std::span(bytes))) !=
         IoResult::Ok) {
         return true;
@@ -95,9 +95,9 @@ bool HasOggEnd(ByteStore& store) {
     return at != string_view::npos && at + 5 < end.size() && (end[at + 5] & kEnds) != 0;
 }
 
-// The streams of an Ogg file begin one after the other, with a page each.
+// Each stream of an Ogg file begins with a page of its own, all at the start.
 void ProbeOgg(ByteStore& store, string_view start, MediaFacts& facts) {
-    facts.cutOff = !HasOggEnd(store);
+    facts.truncated = !HasOggEnd(store);
     constexpr size_t kPageHeader = 27;
     constexpr char kBegins = 2;
     size_t at = 0;
@@ -107,7 +107,7 @@ void ProbeOgg(ByteStore& store, string_view start, MediaFacts& facts) {
         size_t next = at + kPageHeader + segments;
         if (next + 8 > start.size()) return;
         const string_view packet = start.substr(next, 8);
-        // What is not known to be sound may be a video.
+        // Unknown codecs may be video.
         const bool theora = StartsWith(packet, "theora", 1);
         const bool sound = StartsWith(packet, "vorbis", 1) || StartsWith(packet, "OpusHead") ||
                            StartsWith(packet, "Speex") || StartsWith(packet, "FLAC", 1);
@@ -124,26 +124,26 @@ void ProbeOgg(ByteStore& store, string_view start, MediaFacts& facts) {
     }
 }
 
-// Packets have one length.
+// All packets have the same length.
 void ProbeTransportStream(ByteStore& store, MediaFacts& facts) {
-    facts.cutOff = store.Size() % kPacket != 0;
+    facts.truncated = store.Size() % kPacket != 0;
 }
 
-// The length of every tag stands behind it once more.
+// Each tag is followed by its length.
 void ProbeFlv(ByteStore& store, string_view start, MediaFacts& facts) {
     if (start.size() < 5) return;
-    // Where neither is said, the writer did not know yet.
+    // With neither flag, the writer did not know yet.
     facts.hasHeaders = (start[4] & 5) != 0;
     facts.hasVideo = (start[4] & 1) != 0;
     facts.hasSound = (start[4] & 4) != 0;
     const uint64_t size = store.Size();
     constexpr uint32_t kTagHeader = 11;
     const uint32_t last = BigNumber(store, size - 4, 4);
-    facts.cutOff = last < kTagHeader || last + uint64_t{13} > size ||
-                   BigNumber(store, size - 3 - last, 3) + kTagHeader != last;
+    facts.truncated = last < kTagHeader || last + uint64_t{13} > size ||
+                      BigNumber(store, size - 3 - last, 3) + kTagHeader != last;
 }
 
-// The whole length stands in the object of file properties, one of the first.
+// The file properties object, one of the first, has the file size.
 void ProbeAsf(ByteStore& store, string_view start, MediaFacts& facts) {
     constexpr string_view kProperties("\xA1\xDC\xAB\x8C\x47\xA9\xCF\x11", 8);
     const size_t at = start.find(kProperties);
@@ -152,7 +152,7 @@ void ProbeAsf(ByteStore& store, string_view start, MediaFacts& facts) {
     for (size_t i = 0; i < 8; ++i) {
         length |= uint64_t{static_cast<unsigned char>(start[at + 40 + i])} << 8 * i;
     }
-    facts.cutOff = length > store.Size();
+    facts.truncated = length > store.Size();
 }
 
 }  // namespace
@@ -177,7 +177,7 @@ MediaFacts ProbeMedia(ByteStore& store) {
             break;
         default: break;
     }
-    if (facts.pixel.x == facts.pixel.y) facts.pixel = {};
+    if (facts.pixelAspect.x == facts.pixelAspect.y) facts.pixelAspect = {};
     return facts;
 }
 

@@ -1,5 +1,5 @@
-// A look into a media file, ahead of the platform's own: what kind it is, whether it is whole, and
-// what decoders do not tell. Says what went wrong better than they do.
+// Looks into a media file before the platform does: its kind, whether it is complete, and what
+// decoders do not tell. Errors can say more with that.
 
 #pragma once
 
@@ -15,7 +15,7 @@ enum class MediaKind {
     Unknown,
     Text,
     Picture,
-    Sound,  // a kind of file that holds nothing else
+    Sound,  // kinds that hold sound only
     Avi,
     Mp4,
     Matroska,
@@ -28,16 +28,16 @@ enum class MediaKind {
 
 struct MediaFacts {
     MediaKind kind = MediaKind::Unknown;
-    bool cutOff = false;      // ends before it should
-    bool hasHeaders = false;  // what follows was told by the file
+    bool truncated = false;   // the file ends too early
+    bool hasHeaders = false;  // the facts below are from the file
     bool hasVideo = false;
     bool hasSound = false;
-    bool isEmpty = false;  // its video has no frames
-    std::string codec;     // of the first video, as the file names it: "avc1", "V_VP9"
-    AspectRatio pixel;     // of the first video; unknown when it is square or not told
-    int rotation = 0;      // degrees clockwise, for showing it: 0, 90, 180, 270
+    bool isEmpty = false;     // no frames in its video
+    std::string codec;        // of the first video, as the file names it: "avc1", "V_VP9"
+    AspectRatio pixelAspect;  // of the first video; unknown also when pixels are square
+    int rotation = 0;         // degrees clockwise for display: 0, 90, 180, 270
 
-    // The codec counts for the first video only.
+    // Keeps the codec of the first video.
     void AddVideo(const std::string& name) {
         if (!hasVideo) codec = name;
         hasVideo = true;

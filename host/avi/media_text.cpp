@@ -1,4 +1,4 @@
-// Words for what was found in a file.
+// Texts for the facts about a file.
 
 #include "host/avi/media_text.h"
 
@@ -10,10 +10,10 @@ namespace {
 using std::string_view;
 using std::wstring;
 
-struct Name {
-    string_view code;  // a file's word begins with it
+struct Codec {
+    string_view code;  // prefix of the name in the file
     const wchar_t* text;
-    const wchar_t* package;  // of GStreamer
+    const wchar_t* package;  // Debian's, of GStreamer
 };
 
 constexpr wchar_t kGood[] = L"gstreamer1.0-plugins-good";
@@ -21,7 +21,7 @@ constexpr wchar_t kBad[] = L"gstreamer1.0-plugins-bad";
 constexpr wchar_t kUgly[] = L"gstreamer1.0-plugins-ugly";
 constexpr wchar_t kLibav[] = L"gstreamer1.0-libav";
 
-constexpr Name kCodecs[] = {
+constexpr Codec kCodecs[] = {
     {"avc1", L"H.264", kLibav},
     {"avc3", L"H.264", kLibav},
     {"H264", L"H.264", kLibav},
@@ -49,8 +49,8 @@ constexpr Name kCodecs[] = {
     {"theora", L"Theora", nullptr},
 };
 
-const Name* FindCodec(const std::string& codec) {
-    for (const Name& row : kCodecs) {
+const Codec* FindCodec(const std::string& codec) {
+    for (const Codec& row : kCodecs) {
         if (codec.rfind(row.code, 0) == 0) return &row;
     }
     return nullptr;
@@ -87,20 +87,20 @@ const wchar_t* KindText(MediaKind kind) {
     return L"";
 }
 
-// The usual name, or the file's own word.
+// The common name, or the one in the file.
 wstring CodecText(const std::string& codec) {
-    if (const Name* row = FindCodec(codec)) return row->text;
+    if (const Codec* row = FindCodec(codec)) return row->text;
     wstring text;
     for (const char c : codec) text += c > 0x20 && c < 0x7F ? static_cast<wchar_t>(c) : L'?';
     return text;
 }
 
-// A reader and a decoder, with " and " between; empty when that is not known.
+// The packages of the demuxer and the decoder, joined by " and "; empty when unknown.
 wstring PackagesFor(const MediaFacts& facts, const wchar_t* ending) {
     const wchar_t* const reader = ReaderPackage(facts.kind);
-    const Name* const codec = FindCodec(facts.codec);
+    const Codec* const codec = FindCodec(facts.codec);
     const wchar_t* decoder = codec != nullptr ? codec->package : nullptr;
-    // One package decodes nearly all of what is not listed.
+    // One package has nearly all other decoders.
     if (reader != nullptr && codec == nullptr) decoder = kLibav;
     wstring text;
     if (reader != nullptr) text = reader + wstring(ending);
@@ -134,7 +134,7 @@ wstring WhyNotDecoded(const wstring& name, const MediaFacts& facts, Platform pla
     const wstring codec = CodecText(facts.codec);
     wstring text = L"nothing on this system decodes the " + (codec.empty() ? L"" : codec + L" ") +
                    L"video in " + name + L" (" + KindText(facts.kind) + L")";
-    if (facts.cutOff) text += L", which is cut off";
+    if (facts.truncated) text += L", which is cut off";
     if (platform == Platform::Windows) {
         return text + L"; it takes a splitter and a decoder for DirectShow";
     }
@@ -145,7 +145,7 @@ wstring WhyNotDecoded(const wstring& name, const MediaFacts& facts, Platform pla
 
 wstring WhyNoFrames(const wstring& name, const MediaFacts& facts) {
     if (facts.kind == MediaKind::Picture) return name + L" is a picture, no video";
-    return name + L" gave no frame" + (facts.cutOff ? L": it is cut off" : L"");
+    return name + L" gave no frame" + (facts.truncated ? L": it is cut off" : L"");
 }
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// What can be said of a media file that gives no video.
+// Error texts for media files without usable video.
 
 #pragma once
 
@@ -8,17 +8,17 @@
 
 namespace tavo {
 
-// What no decoder can change: the file has no video to decode. Empty when it may have one. `name`
-// is how the file is called in the text.
+// Why no decoder can help: the file has no video. Empty when it may have one. `name` stands for the
+// file in the text.
 std::wstring WhyNoVideo(const std::wstring& name, const MediaFacts& facts);
 
-// Where decoders come from.
+// The platform that provides the decoders.
 enum class Platform { Windows, Wine32, Wine64 };
 
-// Why a file that the platform found no way to decode was not decoded, and what would help.
+// Why the platform found no way to decode the file, and what would help.
 std::wstring WhyNotDecoded(const std::wstring& name, const MediaFacts& facts, Platform platform);
 
-// A file that gave no frame though there was a way to decode it.
+// The file was decoded and gave no frame.
 std::wstring WhyNoFrames(const std::wstring& name, const MediaFacts& facts);
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// An input file that this program can read by itself: an AVI with uncompressed video.
+// An input file that the program can read itself: an AVI with uncompressed video.
 
 #pragma once
 

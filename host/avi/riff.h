@@ -32,9 +32,9 @@ constexpr uint32_t kRecordList = FourCc('r', 'e', 'c', ' ');
 constexpr uint32_t kOldIndex = FourCc('i', 'd', 'x', '1');
 constexpr uint32_t kFirstStreamIndex = FourCc('i', 'x', '0', '0');
 
-// A chunk is its code, its size and its data, padded to an even length.
+// A chunk is a code, a size and the data, padded to an even length.
 constexpr uint32_t kChunkHeader = 8;
-// A list's data begins with the list's own code.
+// The data of a list begins with a code of its own.
 constexpr uint32_t kListHeader = 12;
 
 constexpr uint32_t kBitmapHeader = 40;  // BITMAPINFOHEADER
@@ -42,7 +42,7 @@ constexpr uint32_t kMaskBytes = 12;
 
 constexpr uint64_t Padded(uint64_t size) { return (size + 1) & ~uint64_t{1}; }
 
-// Appends little-endian numbers to a growing block.
+// Builds chunks from little-endian numbers.
 class RiffBlock {
   public:
     void Put8(uint32_t value) { Put(value, 1); }
@@ -51,7 +51,7 @@ class RiffBlock {
     void Put64(uint64_t value) { Put(value, 8); }
     void PutZeros(size_t count) { bytes_.resize(bytes_.size() + count); }
 
-    // Opens a chunk whose size is filled in by Close with the value that Open returned.
+    // Opens a chunk. Close needs the value returned, and fills in the size.
     size_t Open(uint32_t code) {
         Put32(code);
         Put32(0);
@@ -71,13 +71,13 @@ class RiffBlock {
         for (size_t i = 0; i < 4; ++i) bytes_[offset + i] = static_cast<std::byte>(value >> 8 * i);
     }
 
-    // A chunk that nobody reads, of `size` bytes in all: a multiple of a chunk header.
+    // A junk chunk of `size` bytes in all, a multiple of 8.
     void PutJunk(uint64_t size) {
         const size_t chunk = Open(kJunk);
         PutZeros(static_cast<size_t>(size - kChunkHeader));
         Close(chunk);
     }
-    // Fills up to `size` with junk; nothing when the block is as long already.
+    // Pads with junk to `size`; nothing when the block is that long.
     void PadTo(uint64_t size) {
         if (bytes_.size() < size) PutJunk(size - bytes_.size());
     }
@@ -92,7 +92,7 @@ class RiffBlock {
     std::vector<std::byte> bytes_;
 };
 
-// The caller knows that `bytes` reaches far enough.
+// `bytes` reaches far enough.
 inline uint32_t Load16(std::span<const std::byte> bytes, size_t offset) {
     return std::to_integer<uint32_t>(bytes[offset]) | std::to_integer<uint32_t>(bytes[offset + 1])
                                                           << 8;

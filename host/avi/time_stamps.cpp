@@ -9,13 +9,13 @@ namespace {
 
 constexpr double kUnitsPerMs = 10000.0;
 constexpr double kRoundingMs = 2.0;
-// Beyond this (7,300 years) a time is garbage; within it, differences cannot overflow.
-constexpr int64_t kLargestTime = INT64_MAX / 4;
+// Larger times (7,300 years) are garbage. Differences within this range cannot overflow.
+constexpr int64_t kMaxTime = INT64_MAX / 4;
 
 }  // namespace
 
 void TimeStamps::Add(int64_t start) {
-    start = std::clamp(start, -kLargestTime, kLargestTime);
+    start = std::clamp(start, -kMaxTime, kMaxTime);
     if (count_ == 0) {
         first_ = start;
     } else {

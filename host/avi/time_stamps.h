@@ -1,4 +1,4 @@
-// Watches the start times of a stream's frames: is it regular enough for a file of fixed rate?
+// Statistics of start times: are they regular enough for a file of fixed rate?
 
 #pragma once
 
@@ -6,20 +6,20 @@
 
 namespace tavo {
 
-// Times are in units of 100 ns. Not for several threads at once.
+// Times are in units of 100 ns. Not thread-safe.
 class TimeStamps {
   public:
-    // One frame's start time; times that run backwards count as irregular.
+    // The start time of a frame. Times that run backwards count as irregular.
     void Add(int64_t start);
 
     // A frame without a time.
     void AddUnknown() { ++unknown_; }
 
-    // From the first two times; 0 when there are none, or the second is not later.
+    // Between the first two times; 0 when there are none, or the second is not later.
     int64_t FirstInterval() const { return firstInterval_; }
 
-    // Frames further apart, or nearer, than the average by more than a tenth of it and 2 ms: twice
-    // the rounding of a source that counts milliseconds.
+    // Whether an interval differs from the mean by more than a tenth of it and 2 ms, twice the
+    // rounding of a source that counts milliseconds.
     bool IsIrregular() const;
 
     bool HasIntervals() const { return count_ > 1; }

@@ -1,4 +1,4 @@
-// Leaves room behind each frame; how much of it is used is settled by all of the times.
+// Reserves space behind each frame. All of the times settle how much of it is used.
 
 #include "host/avi/timed_avi_writer.h"
 
@@ -37,11 +37,11 @@ IoResult TimedAviWriter::WriteFrame(std::span<const std::byte> frame, std::optio
 IoResult TimedAviWriter::Append(std::span<const std::byte> frame, std::optional<int64_t> start,
                                 int64_t length) {
     if (timing_ == Timing::FrameForFrame) return writer_.WriteFrame(frame);
-    const int64_t time = times_.Next(start, UsualDistance());
+    const int64_t time = times_.Next(start, TypicalInterval());
     const int64_t last = starts_.empty() ? time : starts_.back();
     starts_.push_back(time);
     IoResult result = IoResult::Ok;
-    if (time > last) result = writer_.LeaveRoom(MostRepeats(time - last));
+    if (time > last) result = writer_.ReserveRepeats(MaxRepeats(time - last));
     if (result == IoResult::Ok) result = writer_.WriteFrame(frame);
     if (result == IoResult::Ok) {
         lastLength_ = length;
@@ -51,7 +51,7 @@ IoResult TimedAviWriter::Append(std::span<const std::byte> frame, std::optional<
     return result;
 }
 
-int64_t TimedAviWriter::UsualDistance() const {
+int64_t TimedAviWriter::TypicalInterval() const {
     if (frameDuration_ > 0) return frameDuration_;
     const int64_t interval = stamps_.FirstInterval();
     return interval > 0 ? interval : DurationOf(kUnknownRate);
@@ -65,15 +65,15 @@ IoResult TimedAviWriter::SettleTiming() {
         return IoResult::Ok;
     }
     if (starts_.empty()) return IoResult::Ok;
-    const bool says = lastLength_ > 0 && lastLength_ <= RisingTimes::kLongestGap;
-    const int64_t length = says ? lastLength_ : UsualDistance();
+    const bool says = lastLength_ > 0 && lastLength_ <= MonotonicTimes::kMaxGap;
+    const int64_t length = says ? lastLength_ : TypicalInterval();
     const auto nominal = frameDuration_ > 0 ? std::optional(rate_) : std::nullopt;
     FrameTiming timing = FitTiming(starts_, starts_.back() + length, nominal);
     rate_ = timing.rate;
     writer_.SetRate(rate_);
     const uint32_t last = timing.repeats.back();
     writer_.SetRepeats(std::move(timing.repeats));
-    return writer_.LeaveRoom(last);
+    return writer_.ReserveRepeats(last);
 }
 
 }  // namespace tavo

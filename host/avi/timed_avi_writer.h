@@ -1,5 +1,5 @@
-// Writes frames that come with times: at the end the file has the rate that suits them, and repeats
-// frames for as long as they last.
+// Writes frames that have start times: chooses the rate that fits them when the file is finished,
+// and repeats frames that last longer.
 
 #pragma once
 
@@ -14,26 +14,26 @@
 
 namespace tavo {
 
-// Times are in units of 100 ns. Not for several threads at once. Order of use: Begin, frames,
-// SettleTiming, Finish. All may throw std::bad_alloc; the file stays valid then.
+// Times are in units of 100 ns. Not thread-safe. Call Begin, WriteFrame, SettleTiming, Finish in
+// this order. All may throw std::bad_alloc; the file stays valid then.
 class TimedAviWriter {
   public:
-    // Whether frames keep the distances of their times, or follow each other at the rate that the
+    // Kept: frames are shown at their times. FrameForFrame: one slot each, at the rate that the
     // source names.
     enum class Timing { Kept, FrameForFrame };
 
-    // As AviWriter. `frameDuration` is what the source names; 0 when it does not.
+    // As AviWriter. `frameDuration` is the one that the source names, or 0.
     TimedAviWriter(ByteStore& store, const VideoFormat& video, int64_t frameDuration,
                    Timing timing);
 
-    void SetShownAspect(AspectRatio aspect) { writer_.SetShownAspect(aspect); }
+    void SetDisplayAspect(AspectRatio aspect) { writer_.SetDisplayAspect(aspect); }
     IoResult Begin() { return writer_.Begin(); }
 
-    // A frame without a time has no `start`; `length` is 0 when it does not say how long it lasts.
+    // `start` is empty for a frame without a time; `length` is 0 when it is unknown.
     IoResult WriteFrame(std::span<const std::byte> frame, std::optional<int64_t> start,
                         int64_t length);
 
-    // Chooses the rate, and how often frames are repeated. Fails after a failure.
+    // Chooses the rate and the repeats. Fails after a failure.
     IoResult SettleTiming();
     IoResult Finish() { return writer_.Finish(); }
 
@@ -46,15 +46,15 @@ class TimedAviWriter {
 
   private:
     IoResult Append(std::span<const std::byte> frame, std::optional<int64_t> start, int64_t length);
-    int64_t UsualDistance() const;
+    int64_t TypicalInterval() const;
 
     AviWriter writer_;
     const int64_t frameDuration_;
     const Timing timing_;
     FrameRate rate_;
-    RisingTimes times_;
+    MonotonicTimes times_;
     std::vector<int64_t> starts_;
-    int64_t lastLength_ = 0;  // 0 when the last frame does not say
+    int64_t lastLength_ = 0;  // of the last frame; 0 when unknown
     TimeStamps stamps_;
 };
 

@@ -1,4 +1,4 @@
-// Output to the console, or to the file or pipe in its place, as UTF-8.
+// Prints to the console, or as UTF-8 to a file or pipe in its place.
 
 #pragma once
 
@@ -9,7 +9,7 @@ namespace tavo {
 void PrintOut(std::wstring_view text);
 void PrintError(std::wstring_view text);
 
-// True when standard error is a terminal, where a line can be written over.
+// Whether standard error is a terminal, where a line can be overwritten.
 bool ErrorIsTerminal();
 
 }  // namespace tavo

@@ -29,12 +29,12 @@ namespace {
 
 enum ExitCode { kDone = 0, kFailed = 1, kWrongCommandLine = 2, kStopped = 3 };
 
-int Complain(const std::wstring& error, int code) {
+int ReportError(const std::wstring& error, int code) {
     PrintError(L"vantrel: " + error + L"\n");
     return code;
 }
 
-// What can be said about the output before anything is done with it.
+// Checks the output before anything is done.
 std::wstring CheckOutput(const Options& options) {
     const std::filesystem::path output = options.output;
     const std::filesystem::path input = options.input;
@@ -59,16 +59,16 @@ int Write(const Options& options, VideoGraph& graph, StopRequest& stop, const In
     const RunResult result = RunGraph(graph, options, stop, options.quiet ? nullptr : &display);
     if (!options.quiet && result.file.frames > 0) PrintOut(StatisticsText(graph, result));
     if (result.gaveNoFrame) {
-        return Complain(WhyNoFrames(input.Name(), input.facts), kFailed);
+        return ReportError(WhyNoFrames(input.Name(), input.facts), kFailed);
     }
-    if (input.IsCutOff() && !result.stopped) {
+    if (input.IsTruncated() && !result.stopped) {
         PrintError(L"vantrel: warning: " + input.Name() +
                    L" is cut off; all whole frames were read\n");
     }
-    if (!result.error.empty()) return Complain(result.error, kFailed);
+    if (!result.error.empty()) return ReportError(result.error, kFailed);
     if (result.stopped) {
         const uint64_t frames = result.file.frames + result.file.repeats;
-        return Complain(L"stopped after " + std::to_wstring(frames) + L" frames", kStopped);
+        return ReportError(L"stopped after " + std::to_wstring(frames) + L" frames", kStopped);
     }
     return kDone;
 }
@@ -76,15 +76,15 @@ int Write(const Options& options, VideoGraph& graph, StopRequest& stop, const In
 int Play(const Options& options, VideoGraph& graph, StopRequest& stop) {
     const PlayResult result = PlayGraph(graph, stop, options.pages);
     if (!options.quiet && result.error.empty()) PrintOut(FiguresText(graph, result.figures));
-    if (!result.error.empty()) return Complain(result.error, kFailed);
-    return result.stopped ? Complain(L"stopped", kStopped) : kDone;
+    if (!result.error.empty()) return ReportError(result.error, kFailed);
+    return result.stopped ? ReportError(L"stopped", kStopped) : kDone;
 }
 
 int Scale(const Options& options) {
     InputFile input;
     std::wstring error = OpenInput(options.input, input);
     if (error.empty() && !options.ToScreen()) error = CheckOutput(options);
-    if (!error.empty()) return Complain(error, kFailed);
+    if (!error.empty()) return ReportError(error, kFailed);
 
     FilterFactory factory;
     if (options.registered) {
@@ -93,19 +93,19 @@ int Scale(const Options& options) {
         error = factory.UseModule(options.module.empty() ? ProgramFolder() / L"TavoResample.ax"
                                                          : std::filesystem::path(options.module));
     }
-    if (!error.empty()) return Complain(error, kFailed);
+    if (!error.empty()) return ReportError(error, kFailed);
 
     if (options.pages) {
-        const HRESULT hr = factory.AnnouncePages();
+        const HRESULT hr = factory.RegisterPages();
         if (FAILED(hr))
-            return Complain(L"the property pages are missing: " + ErrorText(hr), kFailed);
+            return ReportError(L"the property pages are missing: " + ErrorText(hr), kFailed);
     }
 
     StopRequest stop;
     const auto graph = BuildVideoGraph(options, factory, input, error);
-    if (!graph) return Complain(error, kFailed);
+    if (!graph) return ReportError(error, kFailed);
     if (options.graph) PrintOut(GraphText(graph->builder.Get()));
-    if (stop.IsSet()) return Complain(L"stopped before the first frame", kStopped);
+    if (stop.IsSet()) return ReportError(L"stopped before the first frame", kStopped);
 
     return options.ToScreen() ? Play(options, *graph, stop) : Write(options, *graph, stop, input);
 }
@@ -113,17 +113,17 @@ int Scale(const Options& options) {
 int Run(const std::vector<std::wstring_view>& arguments) {
     const ParsedOptions parsed = ParseOptions(arguments);
     if (!parsed.error.empty()) {
-        return Complain(parsed.error + L"; try --help", kWrongCommandLine);
+        return ReportError(parsed.error + L"; try --help", kWrongCommandLine);
     }
     if (parsed.options.help) return PrintOut(UsageText()), kDone;
     if (parsed.options.version) return PrintOut(L"vantrel " TAVO_VERSION L"\n"), kDone;
 
     if (parsed.options.cpu) return PrintOut(ThisProcessorText()), kDone;
 
-    // Windows belong to one thread, and so do the objects that show them.
+    // Windows, and objects that show them, need a single-threaded apartment.
     const HRESULT hr = CoInitializeEx(
         nullptr, parsed.options.ToScreen() ? COINIT_APARTMENTTHREADED : COINIT_MULTITHREADED);
-    if (FAILED(hr)) return Complain(L"COM is not available: " + ErrorText(hr), kFailed);
+    if (FAILED(hr)) return ReportError(L"COM is not available: " + ErrorText(hr), kFailed);
     const int code = Scale(parsed.options);
     CoUninitialize();
     return code;
@@ -136,8 +136,8 @@ int wmain(int count, wchar_t** values) {
     try {
         return tavo::Run(std::vector<std::wstring_view>(values + 1, values + count));
     } catch (const std::bad_alloc&) {
-        return tavo::Complain(L"out of memory", tavo::kFailed);
+        return tavo::ReportError(L"out of memory", tavo::kFailed);
     } catch (const std::exception&) {
-        return tavo::Complain(L"an unexpected error of the C++ library", tavo::kFailed);
+        return tavo::ReportError(L"an unexpected error of the C++ library", tavo::kFailed);
     }
 }

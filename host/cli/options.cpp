@@ -15,12 +15,12 @@ namespace {
 using std::wstring;
 using std::wstring_view;
 
-constexpr int kLargestEdge = 65535;
-// The rate counts in hundredths, and a frame lasts at least one unit of 100 ns.
-constexpr double kLowestFps = 0.01;
-constexpr double kHighestFps = 100000.0;
+constexpr int kMaxSide = 65535;
+// The filter counts hundredths of a frame per second. A frame lasts at least 100 ns.
+constexpr double kMinFps = 0.01;
+constexpr double kMaxFps = 100000.0;
 
-// Numbers are ASCII; anything else becomes a character that no number contains.
+// Other characters become one that no number contains.
 std::string Narrow(wstring_view text) {
     std::string narrow;
     for (const wchar_t c : text) narrow += c > 0 && c < 128 ? static_cast<char>(c) : '?';
@@ -36,28 +36,28 @@ std::optional<Number> ParseNumber(wstring_view text) {
     return error == std::errc{} && stop == end ? std::optional(value) : std::nullopt;
 }
 
-std::optional<int> ParseEdge(wstring_view text) {
+std::optional<int> ParseSide(wstring_view text) {
     const std::optional<int> value = ParseNumber<int>(text);
-    return value && *value >= 0 && *value <= kLargestEdge ? value : std::nullopt;
+    return value && *value >= 0 && *value <= kMaxSide ? value : std::nullopt;
 }
 
 wstring Quoted(wstring_view text) { return L"\"" + wstring(text) + L"\""; }
 
-bool TakeEdges(Options& options, wstring_view value) {
+bool ParseSides(Options& options, wstring_view value) {
     const size_t cross = value.find_first_of(L"xX");
     if (cross == wstring_view::npos) return false;
-    const auto width = ParseEdge(value.substr(0, cross));
-    const auto height = ParseEdge(value.substr(cross + 1));
+    const auto width = ParseSide(value.substr(0, cross));
+    const auto height = ParseSide(value.substr(cross + 1));
     if (!width || !height) return false;
     options.width = *width;
     options.height = *height;
     return true;
 }
 
-// The two say the same thing in two ways: the second to come is one too many.
+// --size and --fit exclude each other: the second one is an error.
 wstring SetSize(Options& options, wstring_view value) {
     if (options.fit) return L"--size and --fit exclude each other";
-    if (TakeEdges(options, value)) {
+    if (ParseSides(options, value)) {
         options.sized = true;
         return {};
     }
@@ -67,7 +67,7 @@ wstring SetSize(Options& options, wstring_view value) {
 
 wstring SetFit(Options& options, wstring_view value) {
     if (options.sized) return L"--size and --fit exclude each other";
-    if (TakeEdges(options, value) && options.width > 0 && options.height > 0) {
+    if (ParseSides(options, value) && options.width > 0 && options.height > 0) {
         options.fit = true;
         return {};
     }
@@ -82,8 +82,8 @@ wstring SetFps(Options& options, wstring_view value) {
         const auto divisor = ParseNumber<double>(value.substr(slash + 1));
         fps = divisor && *divisor > 0 ? std::optional(*fps / *divisor) : std::nullopt;
     }
-    // Written so that what is not a number is refused too.
-    if (!fps || !(*fps >= kLowestFps && *fps <= kHighestFps)) {
+    // Also refuses NaN.
+    if (!fps || !(*fps >= kMinFps && *fps <= kMaxFps)) {
         return L"--fps wants frames per second from 0.01 to 100000, and not " + Quoted(value);
     }
     options.fps = *fps;
@@ -102,7 +102,7 @@ wstring SetNamed(int& target, std::span<const SettingName> names, const wchar_t*
 
 struct OptionRow {
     const wchar_t* name;
-    // Exactly one of the two: a switch, or an option with a value. Returns an error or nothing.
+    // A flag, or a function that takes a value and returns an error or nothing.
     bool Options::*flag;
     wstring (*set)(Options&, wstring_view value);
 };
@@ -143,8 +143,8 @@ const OptionRow* FindOption(wstring_view name) {
     return nullptr;
 }
 
-// Takes the option at `next` and its value, and moves `next` past both.
-wstring TakeOption(Options& options, std::span<const wstring_view> arguments, size_t& next) {
+// Parses the option at `next` and its value, and moves `next` past both.
+wstring ParseOption(Options& options, std::span<const wstring_view> arguments, size_t& next) {
     const wstring_view argument = arguments[next++];
     const size_t equals = argument.find(L'=');
     const wstring_view name = argument.substr(0, equals);
@@ -167,7 +167,7 @@ wstring CheckFilesToWrite(const std::vector<wstring_view>& files) {
     return {};
 }
 
-// Not by the platform's rules for paths: they differ from build to build.
+// Path rules differ between builds, so this does not use them.
 bool IsNamedAvi(wstring_view file) {
     constexpr wstring_view kExtension = L".avi";
     const size_t slash = file.find_last_of(L"/\\:");
@@ -183,7 +183,7 @@ wstring CheckFilesToPlay(const std::vector<wstring_view>& files) {
     return {};
 }
 
-wstring TakeFiles(Options& options, const std::vector<wstring_view>& files) {
+wstring SetFiles(Options& options, const std::vector<wstring_view>& files) {
     if (options.help || options.version || options.cpu) return {};
     if (options.play && options.pages) return L"--play and --pages exclude each other";
     const wstring error = options.ToScreen() ? CheckFilesToPlay(files) : CheckFilesToWrite(files);
@@ -196,7 +196,7 @@ wstring TakeFiles(Options& options, const std::vector<wstring_view>& files) {
     options.input = files[0];
     if (options.ToScreen()) return {};
     options.output = files[1];
-    // The folder of a name that ends with a slash is told as such later.
+    // A name that ends with a slash gets a better error later.
     const bool folder = options.output.find_last_of(L"/\\") + 1 == options.output.size();
     if (folder || IsNamedAvi(options.output)) return {};
     return L"the output is an AVI file: its name has to end with .avi, and not be " +
@@ -220,11 +220,11 @@ ParsedOptions ParseOptions(std::span<const wstring_view> arguments) {
             optionsEnded = true;
             ++next;
         } else {
-            parsed.error = TakeOption(parsed.options, arguments, next);
+            parsed.error = ParseOption(parsed.options, arguments, next);
             if (!parsed.error.empty()) return parsed;
         }
     }
-    parsed.error = TakeFiles(parsed.options, files);
+    parsed.error = SetFiles(parsed.options, files);
     return parsed;
 }
 

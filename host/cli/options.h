@@ -11,24 +11,24 @@
 namespace tavo {
 
 struct Options : RunOptions {
-    std::wstring module;  // empty: the one beside the program
+    std::wstring module;  // empty: the module beside the program
     bool sized = false;   // by --size
     bool overwrite = false;
     bool registered = false;
     bool graph = false;
     bool quiet = false;
-    bool cpu = false;  // tell what the processor is, and nothing else
+    bool cpu = false;  // describe the processor and exit
     bool help = false;
     bool version = false;
 };
 
 struct ParsedOptions {
     Options options;
-    std::wstring error;  // one line without a full stop; empty when all is well
+    std::wstring error;  // one line without a full stop; empty on success
 };
 
-// `arguments` are those behind the program's name. An option's value may follow it or stand behind
-// an equals sign; "--" ends the options. -h and /? are --help; it and --version need no files.
+// `arguments` are those after the program's name. A value may follow its option, or an equals sign.
+// "--" ends the options. -h and /? mean --help; it and --version need no files.
 ParsedOptions ParseOptions(std::span<const std::wstring_view> arguments);
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// Turns the record of a processor into lines for people.
+// Describes a processor.
 
 #include "host/cli/processor_text.h"
 
@@ -14,7 +14,7 @@ namespace {
 using std::wstring;
 using std::wstring_view;
 
-// The texts of the record are ASCII, or whatever a processor says that it is.
+// Names should be ASCII; a processor may return anything.
 wstring Widen(const char* text) {
     wstring wide;
     for (; *text != 0; ++text) wide += *text > 0 ? static_cast<wchar_t>(*text) : L'?';

@@ -8,10 +8,10 @@
 
 namespace tavo {
 
-// One line for each thing known. `level` and `speedClass` are those that choose kernels.
+// A line per fact. `level` and `speedClass` are those that select kernels.
 std::wstring ProcessorText(const ProcessorInfo& info, int level, int speedClass);
 
-// The same of the processor that this runs on, identified anew.
+// The same for the current processor, identified again.
 std::wstring ThisProcessorText();
 
 }  // namespace tavo

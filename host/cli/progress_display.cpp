@@ -1,4 +1,4 @@
-// Terminals get one line that is written over, files a line now and then.
+// Overwrites a line on a terminal, appends lines elsewhere.
 
 #include "host/cli/progress_display.h"
 

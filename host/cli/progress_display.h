@@ -1,4 +1,4 @@
-// The progress of a run on standard error: a line written over and over, or a line now and then.
+// Progress on standard error: a line that is overwritten, or a line now and then.
 
 #pragma once
 
@@ -22,7 +22,7 @@ class ProgressDisplay final : public RunDisplay {
     const bool terminal_;
     uint64_t lastFrames_ = 0;
     double lastSeconds_ = 0.0;
-    size_t width_ = 0;  // of the line that stands there
+    size_t width_ = 0;  // of the line on the terminal
 };
 
 }  // namespace tavo

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kBarWidth = 26;
 
-// Whole numbers are rounded down: 100 % is said only at the end.
+// Rounded down: 100 % is shown only at the end.
 std::wstring PercentText(double fraction) {
     std::wstring text = std::to_wstring(static_cast<int>(fraction * 100.0)) + L"%";
     if (text.size() < 4) text.insert(0, 4 - text.size(), L' ');

@@ -9,9 +9,9 @@ namespace tavo {
 
 struct Progress {
     uint64_t frames = 0;
-    double fraction = -1.0;  // of the whole, 0 to 1; negative when the length is not known
+    double fraction = -1.0;  // 0 to 1; negative when the duration is unknown
     double seconds = 0.0;    // since the start
-    double fps = 0.0;        // lately
+    double fps = 0.0;        // recently
 };
 
 // One line of at most 79 characters: bar, part, frames, speed, time left.

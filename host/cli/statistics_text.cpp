@@ -1,4 +1,4 @@
-// The lines that a run prints at its end.
+// Formats the statistics.
 
 #include "host/cli/statistics_text.h"
 
@@ -70,11 +70,11 @@ std::wstring PictureNotes(const VideoGraph& graph) {
         text += kNote + SizeText(graph.size) + L" and not " + SizeText(graph.wanted) +
                 L": the format has no such size\n";
     }
-    if (graph.shown.IsKnown()) {
+    if (graph.displayAspect.IsKnown()) {
         text += kNote +
                 (L"the pixels are not square: the file tells players to show " +
-                 std::to_wstring(graph.shown.x)) +
-                L":" + std::to_wstring(graph.shown.y) + L"\n";
+                 std::to_wstring(graph.displayAspect.x)) +
+                L":" + std::to_wstring(graph.displayAspect.y) + L"\n";
     }
     if (graph.rotation != 0) {
         text += kNote +

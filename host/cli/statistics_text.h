@@ -1,4 +1,4 @@
-// What is printed at the end of a run: several lines.
+// The statistics at the end of a run, several lines.
 
 #pragma once
 
@@ -12,7 +12,7 @@ namespace tavo {
 
 std::wstring StatisticsText(const VideoGraph& graph, const RunResult& result);
 
-// The same for a video that was only played.
+// For a video that was only played.
 std::wstring FiguresText(const VideoGraph& graph, const FilterFigures& figures);
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// The AVI sink: frames to the writer, the end of the stream and failures to the graph.
+// Passes frames to the writer, and the end of the stream and failures to the graph.
 
 #include "host/filters/avi_sink_filter.h"
 
@@ -69,7 +69,8 @@ STDMETHODIMP CAviSink::Run(REFERENCE_TIME start) {
         CAutoLock lock(&m_fileLock);
         m_running = true;
     }
-    // A short stream can end before the graph runs; the graph counts the end only when it does.
+    // A short stream can end while the graph is paused. The graph counts EC_COMPLETE only when it
+    // runs.
     SignalCompleteOnce();
     return hr;
 }
@@ -95,8 +96,8 @@ bool CAviSink::IsShown() {
     return m_shown;
 }
 
-// A picture is shown by the frame that has its very times, or by the slot of a fixed rate in which
-// it starts. The slot from zero on takes whatever comes first.
+// A picture is shown by a frame with the same times, or by the slot of a fixed rate in which it
+// starts. The slot at 0 shows whatever comes first.
 bool CAviSink::ShowsExpected(REFERENCE_TIME start, REFERENCE_TIME stop) const {
     if (start == m_expectedStart && stop == m_expectedStop) return true;
     return start == 0 || (start < m_expectedStart && m_expectedStart <= stop);
@@ -125,7 +126,7 @@ tavo::IoResult CAviSink::OpenFile(const std::filesystem::path& path, const FileO
     tavo::IoResult result = m_file.Create(path);
     if (result != tavo::IoResult::Ok) return result;
     m_writer.emplace(m_file, video.video, video.frameDuration, options.timing);
-    m_writer->SetShownAspect(options.shown);
+    m_writer->SetDisplayAspect(options.displayAspect);
     m_result.rate = m_writer->Rate();
     return m_writer->Begin();
 }
@@ -150,7 +151,7 @@ HRESULT CAviSink::Fail(tavo::IoResult io, HRESULT reason) {
 HRESULT CAviSink::WriteFrame(IMediaSample* sample) {
     BYTE* data = nullptr;
     const uint32_t length = tavo::FrameSize(m_pin.Video().video).value_or(0);
-    // The whole buffer counts: few filters are careful about the length of its contents.
+    // The size of the buffer counts: few filters set the actual data length.
     if (FAILED(sample->GetPointer(&data)) || data == nullptr || sample->GetSize() < 0 ||
         static_cast<uint32_t>(sample->GetSize()) < length) {
         return Fail(tavo::IoResult::Ok, VFW_E_BUFFER_OVERFLOW);
@@ -183,7 +184,7 @@ CAviSink::Result CAviSink::FinishFile() {
     if (m_writer) {
         tavo::IoResult result = tavo::IoResult::Failed;
         try {
-            // A file whose writing failed has no room left, and is finished all the same.
+            // After a failed write this fails, and the file is finished all the same.
             const tavo::IoResult settled = m_writer->SettleTiming();
             result = m_writer->Finish();
             if (result == tavo::IoResult::Ok && !m_failed) result = settled;

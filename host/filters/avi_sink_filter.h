@@ -1,4 +1,4 @@
-// A renderer that writes uncompressed frames to an AVI file, as fast as they come.
+// A renderer that writes uncompressed frames to an AVI file as fast as they arrive.
 
 #pragma once
 
@@ -13,7 +13,7 @@
 
 class CAviSink;
 
-// Accepts the eleven formats, and in mid-stream only the one it is connected with.
+// Accepts the eleven formats. The format cannot change while the graph runs.
 class CAviSinkPin final : public CBaseInputPin {
   public:
     CAviSinkPin(CAviSink* filter, CCritSec* lock, HRESULT* phr);
@@ -22,7 +22,7 @@ class CAviSinkPin final : public CBaseInputPin {
     HRESULT SetMediaType(const CMediaType* type) override;
     STDMETHODIMP Receive(IMediaSample* sample) override;
     STDMETHODIMP EndOfStream() override;
-    // Frames go to a file: a wait for the disk is possible.
+    // Writing to a file may block.
     STDMETHODIMP ReceiveCanBlock() override { return S_OK; }
 
     const tavo::VideoType& Video() const { return m_video; }
@@ -32,7 +32,7 @@ class CAviSinkPin final : public CBaseInputPin {
     tavo::VideoType m_video;
 };
 
-// Order of use: connect, OpenFile, run the graph, stop it, FinishFile.
+// Connect, OpenFile, run the graph, stop it, FinishFile, in this order.
 class CAviSink final : public CBaseFilter,
                        public IAMFilterMiscFlags,
                        public CFrameCounter::Arrivals {
@@ -41,7 +41,7 @@ class CAviSink final : public CBaseFilter,
 
     DECLARE_IUNKNOWN
     STDMETHODIMP NonDelegatingQueryInterface(REFIID riid, void** ppv) override;
-    // A graph waits for the end of the stream of those that call themselves renderers.
+    // Makes the graph wait for EC_COMPLETE of this filter.
     STDMETHODIMP_(ULONG) GetMiscFlags() override { return AM_FILTER_MISC_FLAGS_IS_RENDERER; }
 
     STDMETHODIMP Run(REFERENCE_TIME start) override;
@@ -51,9 +51,9 @@ class CAviSink final : public CBaseFilter,
 
     struct Result {
         tavo::IoResult io = tavo::IoResult::Ok;  // the first failure
-        bool typeChanged = false;                // the stream went on in another format
+        bool typeChanged = false;                // the stream changed its format
         uint64_t frames = 0;
-        uint64_t repeats = 0;  // of frames that are shown longer than one slot
+        uint64_t repeats = 0;  // frames repeated because they last longer than one slot
         uint64_t bytes = 0;
         tavo::FrameRate rate;
         tavo::TimeStamps stamps;
@@ -63,13 +63,13 @@ class CAviSink final : public CBaseFilter,
 
     struct FileOptions {
         Timing timing = Timing::Kept;
-        tavo::AspectRatio shown;
+        tavo::AspectRatio displayAspect;
     };
 
     // Creates or empties the file. The pin is connected and the graph stopped.
     tavo::IoResult OpenFile(const std::filesystem::path& path, const FileOptions& options);
 
-    // Makes the file whole; any thread. What arrives later is refused.
+    // Completes the file. Any thread. Frames that arrive later are refused.
     Result FinishFile();
 
     // Any thread.
@@ -77,10 +77,10 @@ class CAviSink final : public CBaseFilter,
     void Expect(REFERENCE_TIME start, REFERENCE_TIME stop) override;
     bool IsShown() override;
 
-    // For the pin, on the streaming thread.
+    // Called by the pin on the streaming thread.
     HRESULT WriteFrame(IMediaSample* sample);
     void ReachEnd();
-    // Tells the graph that the run is over, once.
+    // Aborts the run, once.
     HRESULT Fail(tavo::IoResult io, HRESULT reason);
 
   private:
@@ -88,7 +88,7 @@ class CAviSink final : public CBaseFilter,
     bool ShowsExpected(REFERENCE_TIME start, REFERENCE_TIME stop) const;
 
     CCritSec m_lock;
-    CCritSec m_fileLock;  // guards all below; taken last
+    CCritSec m_fileLock;  // guards all below; innermost
     tavo::FileStore m_file;
     std::optional<tavo::TimedAviWriter> m_writer;
     Result m_result;

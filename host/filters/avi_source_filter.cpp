@@ -1,4 +1,4 @@
-// The AVI source: one pin and the thread behind it.
+// One pin and its thread.
 
 #include "host/filters/avi_source_filter.h"
 
@@ -18,18 +18,18 @@ namespace {
 constexpr CLSID kSourceClass = {
     0x3b1c5e0e, 0x7c53, 0x4c1f, {0x9d, 0x3b, 0x5c, 0x2b, 0x7b, 0x0b, 0x6e, 0x11}};
 
-// One buffer can be filled while the other is at work downstream.
+// One buffer is filled while the other is processed downstream.
 constexpr long kBuffers = 2;
 
-// Pictures leave here bottom-up, as nearly all sources deliver them, whatever the file has.
-tavo::VideoFormat UprightVideo(const AviReader& reader) {
+// Frames are delivered bottom-up, as by nearly all sources.
+tavo::VideoFormat BottomUpVideo(const AviReader& reader) {
     tavo::VideoFormat video = reader.Video();
     if (video.height < 0) video.height = -video.height;
     return video;
 }
 
 tavo::VideoType TypeOf(const AviReader& reader) {
-    return {UprightVideo(reader), tavo::DurationOf(reader.Rate())};
+    return {BottomUpVideo(reader), tavo::DurationOf(reader.Rate())};
 }
 
 }  // namespace
@@ -55,7 +55,7 @@ HRESULT CAviSourcePin::GetMediaType(int position, CMediaType* type) {
 
 HRESULT CAviSourcePin::CheckMediaType(const CMediaType* type) {
     const auto wanted = tavo::ReadVideoType(*type);
-    const bool same = wanted && wanted->video == UprightVideo(m_source.Movie().reader);
+    const bool same = wanted && wanted->video == BottomUpVideo(m_source.Movie().reader);
     return same ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
 }
 
@@ -84,7 +84,7 @@ HRESULT CAviSourcePin::Active() {
 }
 
 HRESULT CAviSourcePin::Inactive() {
-    // Decommitting wakes the thread from its wait for a buffer.
+    // Decommit wakes the thread if it waits for a buffer.
     m_stopping = true;
     const HRESULT hr = CBaseOutputPin::Inactive();
     JoinThread();
@@ -108,8 +108,8 @@ void CAviSourcePin::Push() {
     if (com) CoUninitialize();
 }
 
-// A receiver's S_FALSE may mean "this frame was dropped" as well as "enough": it is no reason to
-// end the stream here, because whoever has enough stops the graph.
+// S_FALSE from a receiver can mean a dropped frame as well as the end of the stream. It does not
+// end the stream here: a graph that has enough is stopped.
 HRESULT CAviSourcePin::PushFrame(uint32_t index) {
     AviReader& reader = m_source.Movie().reader;
     ComPtr<IMediaSample> sample;

@@ -1,4 +1,4 @@
-// A source filter for uncompressed AVI files: pushes every frame once, as fast as they are taken.
+// A source filter for uncompressed AVI files. It delivers each frame once, as fast as possible.
 
 #pragma once
 
@@ -11,8 +11,7 @@
 
 class CAviSource;
 
-// Offers the file's format in a VIDEOINFOHEADER, then in a VIDEOINFOHEADER2. Top-down RGB is turned
-// over on the way.
+// Offers the format in a VIDEOINFOHEADER, then in a VIDEOINFOHEADER2. Top-down RGB is flipped.
 class CAviSourcePin final : public CBaseOutputPin {
   public:
     CAviSourcePin(CAviSource* filter, CCritSec* lock, HRESULT* phr);
@@ -34,7 +33,7 @@ class CAviSourcePin final : public CBaseOutputPin {
     std::atomic<bool> m_stopping = false;
 };
 
-// Starts with the first frame each time the graph leaves the stopped state; it does not seek.
+// Starts at the first frame whenever the graph leaves the stopped state. It does not seek.
 class CAviSource final : public CBaseFilter {
   public:
     // The movie is open.

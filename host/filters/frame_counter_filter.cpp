@@ -1,4 +1,4 @@
-// The counting filter: everything but the counting goes straight to the pin downstream.
+// Forwards everything to the pin downstream, and counts samples.
 
 #include "host/filters/frame_counter_filter.h"
 
@@ -29,7 +29,7 @@ CFrameCounter::Counts CFrameCounter::Read() {
 }
 
 HRESULT CFrameCounter::Pass(IMediaSample* sample) {
-    IMemInputPin* const peer = m_output.PeerMemory();
+    IMemInputPin* const peer = m_output.PeerInput();
     if (peer == nullptr) return VFW_E_NOT_CONNECTED;
     REFERENCE_TIME start = 0;
     REFERENCE_TIME stop = 0;
@@ -45,7 +45,7 @@ HRESULT CFrameCounter::Pass(IMediaSample* sample) {
     if (FAILED(hr)) {
         const bool isFirst = SUCCEEDED(m_counts.failure);
         if (isFirst && !tavo::ReceiverHasStopped(hr)) m_counts.failure = hr;
-        // What a stop cuts short may have come out in part.
+        // A stop in mid-sample may let some frames out.
         if (results == 0) return hr;
     }
     ++m_counts.frames;
@@ -71,19 +71,19 @@ HRESULT CFrameCounterInput::CheckMediaType(const CMediaType* type) {
 
 STDMETHODIMP CFrameCounterInput::GetAllocator(IMemAllocator** allocator) {
     CheckPointer(allocator, E_POINTER);
-    IMemInputPin* const peer = m_counter.Output().PeerMemory();
+    IMemInputPin* const peer = m_counter.Output().PeerInput();
     return peer != nullptr ? peer->GetAllocator(allocator) : VFW_E_NO_ALLOCATOR;
 }
 
 STDMETHODIMP CFrameCounterInput::NotifyAllocator(IMemAllocator* allocator, BOOL readOnly) {
     const HRESULT hr = CBaseInputPin::NotifyAllocator(allocator, readOnly);
-    IMemInputPin* const peer = m_counter.Output().PeerMemory();
+    IMemInputPin* const peer = m_counter.Output().PeerInput();
     return SUCCEEDED(hr) && peer != nullptr ? peer->NotifyAllocator(allocator, readOnly) : hr;
 }
 
 STDMETHODIMP CFrameCounterInput::GetAllocatorRequirements(ALLOCATOR_PROPERTIES* properties) {
     CheckPointer(properties, E_POINTER);
-    IMemInputPin* const peer = m_counter.Output().PeerMemory();
+    IMemInputPin* const peer = m_counter.Output().PeerInput();
     return peer != nullptr ? peer->GetAllocatorRequirements(properties) : E_NOTIMPL;
 }
 
@@ -91,7 +91,7 @@ STDMETHODIMP CFrameCounterInput::Receive(IMediaSample* sample) {
     HRESULT hr = CBaseInputPin::Receive(sample);
     if (hr != S_OK) return hr;
     hr = m_counter.Pass(sample);
-    // A frame that was dropped gives S_FALSE, which many sources take for the end of the stream.
+    // A dropped frame gives S_FALSE, which many sources take for the end of the stream.
     return hr == S_FALSE && !IsFlushing() && !IsStopped() ? S_OK : hr;
 }
 
@@ -123,7 +123,7 @@ HRESULT CFrameCounterOutput::CheckMediaType(const CMediaType* type) {
     return type->majortype == MEDIATYPE_Video ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
 }
 
-// The pin upstream settles the allocator with the pin downstream, through the input pin here.
+// The pins upstream and downstream negotiate the allocator through the input pin here.
 HRESULT CFrameCounterOutput::DecideAllocator(IMemInputPin*, IMemAllocator** allocator) {
     *allocator = nullptr;
     return S_OK;

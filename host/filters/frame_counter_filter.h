@@ -1,5 +1,5 @@
-// A filter that passes samples on untouched and counts them. It stands before the scaling filter,
-// so that a run can tell what went in, and what came out for each frame that went in.
+// A filter upstream of the scaling filter that passes samples on and counts what went in, and what
+// came out for each sample.
 
 #pragma once
 
@@ -11,7 +11,7 @@
 
 class CFrameCounter;
 
-// Stands in for the input pin downstream: types, allocator and samples are that pin's business.
+// Forwards types, allocators and samples to the input pin downstream.
 class CFrameCounterInput final : public CBaseInputPin {
   public:
     CFrameCounterInput(CFrameCounter* filter, CCritSec* lock, HRESULT* phr);
@@ -32,7 +32,7 @@ class CFrameCounterInput final : public CBaseInputPin {
     CFrameCounter& m_counter;
 };
 
-// Is connected first, with the type that the input will get; has no allocator of its own.
+// Connected before the input, with the same type. It has no allocator.
 class CFrameCounterOutput final : public CBaseOutputPin {
   public:
     CFrameCounterOutput(CFrameCounter* filter, CCritSec* lock, HRESULT* phr);
@@ -43,19 +43,19 @@ class CFrameCounterOutput final : public CBaseOutputPin {
     HRESULT Active() override { return S_OK; }
     HRESULT Inactive() override { return S_OK; }
 
-    // Null while unconnected; not counted.
-    IMemInputPin* PeerMemory() { return m_pInputPin; }
+    // Null while unconnected. Not add-ref'd.
+    IMemInputPin* PeerInput() { return m_pInputPin; }
 };
 
 class CFrameCounter final : public CBaseFilter {
   public:
-    // What has arrived behind the scaling filter so far.
+    // What has arrived downstream of the scaling filter.
     class Arrivals {
       public:
         virtual uint64_t Count() = 0;
-        // The next frames may show the picture that lasts from start to stop, or repeat another.
+        // The next frames show the picture from start to stop, or repeat another one.
         virtual void Expect(REFERENCE_TIME /*start*/, REFERENCE_TIME /*stop*/) {}
-        // Whether one of them did; true when nobody can tell.
+        // Whether one of them did. True when it is unknown.
         virtual bool IsShown() { return true; }
 
       protected:
@@ -63,10 +63,10 @@ class CFrameCounter final : public CBaseFilter {
     };
 
     struct Counts {
-        uint64_t frames = 0;           // taken by the filter
-        HRESULT failure = S_OK;        // of the first frame that it did not take while it ran
-        uint64_t dropped = 0;          // frames whose picture did not come out
-        uint64_t repeated = 0;         // what came out beyond one for each picture
+        uint64_t frames = 0;           // that the scaling filter accepted
+        HRESULT failure = S_OK;        // of the first frame that it refused while running
+        uint64_t dropped = 0;          // frames that never came out
+        uint64_t repeated = 0;         // frames that came out beyond one per picture
         REFERENCE_TIME position = -1;  // start of the last frame that had a time
         tavo::TimeStamps stamps;
     };
@@ -83,7 +83,7 @@ class CFrameCounter final : public CBaseFilter {
     CFrameCounterInput& Input() { return m_input; }
     CFrameCounterOutput& Output() { return m_output; }
 
-    // Streaming thread: hands the sample on and counts.
+    // Forwards the sample and counts. Streaming thread.
     HRESULT Pass(IMediaSample* sample);
 
   private:

@@ -1,5 +1,5 @@
-// A graph stops its filters from the renderer up: for a moment a receiver takes no frame and gives
-// no buffer while what feeds it still runs. Nothing went wrong then, and nobody waits for the end.
+// A graph stops its filters from the renderer upstream. Until all are stopped, a receiver refuses
+// samples and buffers while its source still runs. That is no error.
 
 #pragma once
 
@@ -9,7 +9,7 @@
 
 namespace tavo {
 
-// From the result of a delivery.
+// `hr` is the result of a delivery.
 inline bool ReceiverHasStopped(HRESULT hr) {
     return hr == VFW_E_WRONG_STATE || hr == VFW_E_NOT_COMMITTED;
 }

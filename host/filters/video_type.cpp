@@ -11,7 +11,7 @@
 namespace tavo {
 namespace {
 
-// What a character code becomes as a subtype: {code-0000-0010-8000-00AA00389B71}.
+// The subtype of a FOURCC: {code-0000-0010-8000-00AA00389B71}.
 GUID SubtypeOfCode(uint32_t code) {
     return {code, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}};
 }
@@ -86,7 +86,7 @@ std::optional<VideoFormat> FormatOfSubtype(const GUID& subtype) {
 }
 
 REFERENCE_TIME FrameDurationOf(const AM_MEDIA_TYPE& type) {
-    // Both blocks begin alike up to and with this field.
+    // Both blocks have this field at the same offset.
     static_assert(offsetof(VIDEOINFOHEADER, AvgTimePerFrame) ==
                   offsetof(VIDEOINFOHEADER2, AvgTimePerFrame));
     const auto duration = reinterpret_cast<const VIDEOINFOHEADER*>(type.pbFormat)->AvgTimePerFrame;
@@ -109,7 +109,7 @@ std::optional<VideoType> ReadVideoType(const AM_MEDIA_TYPE& type) {
     if (type.majortype != MEDIATYPE_Video || bitmap == nullptr) return std::nullopt;
     auto video = FormatOfSubtype(type.subtype);
     if (!video) return std::nullopt;
-    // No frame has as many rows as the most negative height, whose magnitude is no LONG.
+    // LONG_MIN has no magnitude.
     if (bitmap->biHeight == LONG_MIN) return std::nullopt;
     video->width = bitmap->biWidth;
     video->height = bitmap->biHeight;

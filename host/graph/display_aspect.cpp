@@ -1,6 +1,6 @@
 // Reads the aspect ratio of a media type.
 
-#include "host/graph/shown_aspect.h"
+#include "host/graph/display_aspect.h"
 
 #include <dvdmedia.h>
 
@@ -9,7 +9,7 @@
 
 namespace tavo {
 
-AspectRatio ShownAspect(const AM_MEDIA_TYPE& type, PictureSize size, AspectRatio pixel) {
+AspectRatio DisplayAspectOf(const AM_MEDIA_TYPE& type, PictureSize size, AspectRatio pixel) {
     if (type.formattype == FORMAT_VideoInfo2 && type.cbFormat >= sizeof(VIDEOINFOHEADER2)) {
         const auto* const header = reinterpret_cast<const VIDEOINFOHEADER2*>(type.pbFormat);
         const AspectRatio aspect = Reduced(header->dwPictAspectRatioX, header->dwPictAspectRatioY);
@@ -20,9 +20,9 @@ AspectRatio ShownAspect(const AM_MEDIA_TYPE& type, PictureSize size, AspectRatio
 
 // Ratios come rounded; a hundredth does not show.
 bool IsSameShape(AspectRatio aspect, PictureSize size) {
-    const double shown = static_cast<double>(aspect.x) / aspect.y;
-    const double lies = static_cast<double>(size.width) / std::max(size.height, 1);
-    return std::abs(shown / lies - 1.0) < 0.01;
+    const double wanted = static_cast<double>(aspect.x) / aspect.y;
+    const double actual = static_cast<double>(size.width) / std::max(size.height, 1);
+    return std::abs(wanted / actual - 1.0) < 0.01;
 }
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// The shape in which a picture is to be shown.
+// Display aspect ratios.
 
 #pragma once
 
@@ -8,10 +8,11 @@
 
 namespace tavo {
 
-// As the type says, or else as pixels of that shape make it. Unknown when nobody says.
-AspectRatio ShownAspect(const AM_MEDIA_TYPE& type, PictureSize size, AspectRatio pixel);
+// The one in the media type, else the one that follows from the shape of the pixels. Unknown when
+// both are.
+AspectRatio DisplayAspectOf(const AM_MEDIA_TYPE& type, PictureSize size, AspectRatio pixel);
 
-// Whether a picture of that size has this shape with square pixels.
+// Whether a picture of that size has this ratio with square pixels.
 bool IsSameShape(AspectRatio aspect, PictureSize size);
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// Our own words for the codes that a run meets most, the platform's for the others.
+// Own texts for the most common codes, the platform's for the others.
 
 #include "host/graph/error_text.h"
 
@@ -50,19 +50,19 @@ std::wstring SystemText(DWORD code) {
     return WithoutLineEnd(buffer.data());
 }
 
-// Some platforms only repeat the number.
-std::wstring GraphText(HRESULT hr) {
+// Some platforms only give the number.
+std::wstring DirectShowText(HRESULT hr) {
     std::array<wchar_t, MAX_ERROR_TEXT_LEN> buffer{};
     if (AMGetErrorTextW(hr, buffer.data(), static_cast<DWORD>(buffer.size())) == 0) return {};
     std::wstring text = WithoutLineEnd(buffer.data());
     return text.find(L"0x") == std::wstring::npos ? text : std::wstring();
 }
 
-std::wstring Words(HRESULT hr) {
+std::wstring Describe(HRESULT hr) {
     for (const CodeText& row : kTexts) {
         if (row.code == hr) return row.text;
     }
-    std::wstring text = GraphText(hr);
+    std::wstring text = DirectShowText(hr);
     return text.empty() ? SystemText(static_cast<DWORD>(hr)) : text;
 }
 
@@ -71,7 +71,7 @@ std::wstring Words(HRESULT hr) {
 std::wstring ErrorText(HRESULT hr) {
     std::array<wchar_t, 16> number{};
     swprintf(number.data(), number.size(), L"0x%08lX", static_cast<unsigned long>(hr));
-    const std::wstring words = Words(hr);
+    const std::wstring words = Describe(hr);
     if (words.empty()) return std::wstring(L"error ") + number.data();
     return words + L" (" + number.data() + L")";
 }

@@ -1,4 +1,4 @@
-// Words for result codes.
+// Texts of error codes.
 
 #pragma once
 
@@ -11,7 +11,8 @@
 
 namespace tavo {
 
-// What a failure means, and its code: "no combination of filters connects the pins (0x80040217)".
+// The meaning and the code of a failure: "no combination of filters leads there
+// (0x80040217)".
 std::wstring ErrorText(HRESULT hr);
 
 // The same for a code of GetLastError.

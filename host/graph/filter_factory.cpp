@@ -16,7 +16,7 @@ Function Export(HMODULE module, const char* name) {
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
 }
 
-// Where the registry says that the filter is; empty when it says nothing.
+// The filter's module in the registry; empty if there is none.
 std::wstring RegisteredFile() {
     wchar_t id[40] = {};
     if (StringFromGUID2(CLSID_VantrelFilter, id, 40) == 0) return {};
@@ -43,7 +43,7 @@ std::filesystem::path ProgramFolder() {
 }
 
 FilterFactory::~FilterFactory() {
-    for (const DWORD cookie : announced_) CoRevokeClassObject(cookie);
+    for (const DWORD cookie : pageCookies_) CoRevokeClassObject(cookie);
     factory_.Reset();
     if (module_ == nullptr) return;
     const auto canUnload = Export<CanUnloadNow>(module_, "DllCanUnloadNow");
@@ -85,7 +85,7 @@ std::wstring FilterFactory::UseRegistered() {
            (file.empty() ? L"" : L"\"" + file + L"\": ") + ErrorText(hr);
 }
 
-HRESULT FilterFactory::AnnouncePages() {
+HRESULT FilterFactory::RegisterPages() {
     if (module_ == nullptr) return S_OK;
     const auto getClass = Export<GetClassObject>(module_, "DllGetClassObject");
     for (const CLSID& clsid : {CLSID_ResamplePropertyPage, CLSID_TimeRegulatorPropertyPage}) {
@@ -97,7 +97,7 @@ HRESULT FilterFactory::AnnouncePages() {
                                        &cookie);
         }
         if (FAILED(hr)) return hr;
-        announced_.push_back(cookie);
+        pageCookies_.push_back(cookie);
     }
     return S_OK;
 }

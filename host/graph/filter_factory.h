@@ -1,4 +1,4 @@
-// Makes the scaling filter: from a module file that need not be registered, or from the registry.
+// Creates the scaling filter, from a module file or as it is registered.
 
 #pragma once
 
@@ -13,8 +13,8 @@
 
 namespace tavo {
 
-// COM is initialised on the calling thread. All objects made here must be released before the
-// factory goes: it unloads the module.
+// COM is initialised on the calling thread. Objects that are made here are released before the
+// factory is destroyed: it unloads the module.
 class FilterFactory {
   public:
     FilterFactory() = default;
@@ -22,20 +22,20 @@ class FilterFactory {
     FilterFactory(const FilterFactory&) = delete;
     FilterFactory& operator=(const FilterFactory&) = delete;
 
-    // Nothing when all is well, else one line for the user.
+    // Empty on success, else one line for the user.
     std::wstring UseModule(const std::filesystem::path& path);
     std::wstring UseRegistered();
 
     HRESULT Create(ComPtr<IBaseFilter>& filter) const;
 
-    // Makes the classes of the module's property pages known to this process, for whoever creates
-    // them by their class. Those of the registered filter are known already.
-    HRESULT AnnouncePages();
+    // Registers the classes of the module's property pages in this process, so that a property
+    // frame can create them. Nothing to do for the registered filter.
+    HRESULT RegisterPages();
 
   private:
     HMODULE module_ = nullptr;
     ComPtr<IClassFactory> factory_;
-    std::vector<DWORD> announced_;
+    std::vector<DWORD> pageCookies_;
 };
 
 // Folder of the running program.

@@ -13,7 +13,7 @@ struct FilterFigures {
     double frameRate = 0.0;
 };
 
-// They are gone once the graph is stopped.
+// The filter loses them when the graph stops.
 FilterFigures ReadFigures(IVantrelSettings& settings);
 
 }  // namespace tavo

@@ -9,15 +9,15 @@
 
 #include "host/filters/avi_source_filter.h"
 #include "host/filters/video_type.h"
+#include "host/graph/display_aspect.h"
 #include "host/graph/error_text.h"
 #include "host/graph/graph_pins.h"
-#include "host/graph/shown_aspect.h"
 #include "host/graph/video_renderer.h"
 
 namespace tavo {
 namespace {
 
-// Makes a filter of ours and takes the first reference to it.
+// Creates a filter of this program, with its first reference.
 template <typename Filter, typename... Arguments>
 HRESULT MakeFilter(Filter*& object, ComPtr<IBaseFilter>& reference, Arguments&&... arguments) {
     HRESULT hr = S_OK;
@@ -91,18 +91,18 @@ bool GraphBuilder::SetSize() {
     const BITMAPINFOHEADER* const bitmap = BitmapHeaderOf(graph.inputType);
     if (bitmap == nullptr || bitmap->biHeight == LONG_MIN) return true;
     const PictureSize source = {bitmap->biWidth, std::abs(bitmap->biHeight)};
-    const AspectRatio shown = ShownAspect(graph.inputType, source, input_.facts.pixel);
-    const bool square = !shown.IsKnown() || IsSameShape(shown, source);
+    const AspectRatio aspect = DisplayAspectOf(graph.inputType, source, input_.facts.pixelAspect);
+    const bool square = !aspect.IsKnown() || IsSameShape(aspect, source);
     graph.rotation = input_.facts.rotation;
     const AspectRatio pixel =
         square ? AspectRatio{}
-               : Reduced(uint64_t{shown.x} * static_cast<uint32_t>(source.height),
-                         uint64_t{shown.y} * static_cast<uint32_t>(source.width));
+               : Reduced(uint64_t{aspect.x} * static_cast<uint32_t>(source.height),
+                         uint64_t{aspect.y} * static_cast<uint32_t>(source.width));
     const SizeChoice choice = ChooseSize(options_, video.format, source, pixel);
     graph.wanted = choice.wanted;
     graph.size = choice.rounded;
-    // A size that has the shape itself needs no mark.
-    if (!square && !IsSameShape(shown, choice.rounded)) graph.shown = shown;
+    // A size of the right shape needs no mark.
+    if (!square && !IsSameShape(aspect, choice.rounded)) graph.displayAspect = aspect;
     graph.settings->SetOutputSize(choice.setting.width, choice.setting.height);
     return true;
 }

@@ -1,4 +1,4 @@
-// Builds one graph for one way to read the input.
+// Builds a graph that reads the input in a given way.
 
 #pragma once
 
@@ -19,11 +19,11 @@ enum class Route { Platform, OwnReader };
 struct Attempt {
     std::unique_ptr<VideoGraph> graph;  // null on failure
     std::wstring error;
-    // Failed where the source should have led to the filter's input pin.
+    // The source could not be connected with the filter.
     bool inputRefused = false;
 };
 
-// What it is made with outlives it. May throw std::bad_alloc.
+// Its arguments outlive it. May throw std::bad_alloc.
 class GraphBuilder {
   public:
     GraphBuilder(const RunOptions& options, const FilterFactory& factory, const InputFile& input)

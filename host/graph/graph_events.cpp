@@ -19,20 +19,20 @@ Ending EndingOf(long code) {
 
 }  // namespace
 
-Ending TakeEvents(IMediaEvent& events, HRESULT& reason) {
-    Ending gravest = Ending::None;
+Ending DrainEvents(IMediaEvent& events, HRESULT& reason) {
+    Ending worst = Ending::None;
     long code = 0;
     LONG_PTR p1 = 0;
     LONG_PTR p2 = 0;
     while (SUCCEEDED(events.GetEvent(&code, &p1, &p2, 0))) {
         const Ending ending = EndingOf(code);
-        if (ending == Ending::Aborted && gravest != Ending::Aborted) {
+        if (ending == Ending::Aborted && worst != Ending::Aborted) {
             reason = static_cast<HRESULT>(p1);
         }
-        gravest = std::max(gravest, ending);
+        worst = std::max(worst, ending);
         events.FreeEventParams(code, p1, p2);
     }
-    return gravest;
+    return worst;
 }
 
 }  // namespace tavo

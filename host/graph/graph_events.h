@@ -8,7 +8,7 @@ namespace tavo {
 
 enum class Ending { None, Complete, ClosedByUser, Aborted };
 
-// Takes all events that have come; `reason` is that of an abort. The gravest of them counts.
-Ending TakeEvents(IMediaEvent& events, HRESULT& reason);
+// Handles all pending events, and returns the worst of them. `reason` is that of an abort.
+Ending DrainEvents(IMediaEvent& events, HRESULT& reason);
 
 }  // namespace tavo

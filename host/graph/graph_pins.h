@@ -1,4 +1,4 @@
-// Small helpers around pins and filters of a graph.
+// Helpers for pins and filters of a graph.
 
 #pragma once
 
@@ -20,10 +20,10 @@ ComPtr<IPin> PeerOf(IPin* pin);
 
 ComPtr<IBaseFilter> FilterOf(IPin* pin);
 
-// The name that the filter has in its graph.
+// The filter's name in its graph.
 std::wstring NameOf(IBaseFilter* filter);
 
-// Type of a pin's connection; false, and an empty type, while unconnected.
+// The type of a pin's connection. False, and an empty type, while unconnected.
 bool ConnectionTypeOf(IPin* pin, CMediaType& type);
 
 }  // namespace tavo

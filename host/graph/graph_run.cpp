@@ -1,4 +1,4 @@
-// The loop of a run: events of the graph, the user's wish to stop, and how far it is.
+// Waits for events of the graph and for the user to stop it.
 
 #include "host/graph/graph_run.h"
 
@@ -16,7 +16,7 @@ class Runner {
     Runner(VideoGraph& graph, StopRequest& stop, RunDisplay* display)
         : graph_(graph), stop_(stop), display_(display) {}
 
-    // The graph is stopped again when this returns.
+    // The graph is stopped when this returns.
     void RunToEnd(RunResult& result) {
         const auto control = graph_.builder.As<IMediaControl>(IID_IMediaControl);
         const auto events = graph_.builder.As<IMediaEvent>(IID_IMediaEvent);
@@ -25,7 +25,7 @@ class Runner {
             result.error = L"the graph cannot be run: " + ErrorText(E_NOINTERFACE);
             return;
         }
-        // Without a clock nobody waits for the time of a frame.
+        // Without a clock, frames are not delayed until their time.
         media->SetSyncSource(nullptr);
 
         start_ = Clock::now();
@@ -38,8 +38,7 @@ class Runner {
         result.seconds = Seconds();
         result.figures = ReadFigures(*graph_.settings);
         control->Stop();
-        // After the stop: who aborts the run does so from inside a frame, before that frame has
-        // failed.
+        // After Stop: a sink that aborts the run does so while its frame is still being delivered.
         if (!result.stopped) result.error = FailureText(reason);
         if (display_ != nullptr) display_->End();
     }
@@ -62,7 +61,7 @@ class Runner {
                 return Ending::Aborted;
             }
             if (woken == WAIT_OBJECT_0 + 1) return Ending::None;
-            const Ending ending = TakeEvents(events, reason);
+            const Ending ending = DrainEvents(events, reason);
             if (ending != Ending::None) return ending;
             if (woken == WAIT_TIMEOUT) display_->Update(Position());
         }
@@ -84,8 +83,8 @@ class Runner {
 
     double Seconds() const { return std::chrono::duration<double>(Clock::now() - start_).count(); }
 
-    // The filter's own failure says more than what its source makes of it: an end of the stream,
-    // or an error in general.
+    // The failure of the filter says more than that of its source: an end of the stream, or a
+    // general error.
     std::wstring FailureText(HRESULT reason) const {
         if (graph_.counter != nullptr) {
             const CFrameCounter::Counts counts = graph_.counter->Read();
@@ -121,10 +120,10 @@ RunResult RunGraph(VideoGraph& graph, const RunOptions& options, StopRequest& st
                    RunDisplay* display) {
     RunResult result;
     const std::filesystem::path output = options.output;
-    // The frames of a fixed rate follow each other as they are.
+    // Frames of a fixed rate are written as they come.
     const bool asTheyCome = options.asIs || options.fps > 0;
     const auto timing = asTheyCome ? CAviSink::Timing::FrameForFrame : CAviSink::Timing::Kept;
-    const IoResult opened = graph.sink->OpenFile(output, {timing, graph.shown});
+    const IoResult opened = graph.sink->OpenFile(output, {timing, graph.displayAspect});
     if (opened == IoResult::Ok) {
         Runner(graph, stop, display).RunToEnd(result);
     } else {

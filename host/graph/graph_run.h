@@ -1,4 +1,4 @@
-// Runs a graph to its end, tells how far it is, and collects what there is to say about it.
+// Runs a graph to its end, reports progress, and collects the results.
 
 #pragma once
 
@@ -15,14 +15,14 @@
 
 namespace tavo {
 
-// How far a run is.
+// The progress of a run.
 struct RunPosition {
-    uint64_t frames = 0;     // that came out so far
-    double fraction = -1.0;  // of the movie, from 0 on; negative when its length is not known
+    uint64_t frames = 0;     // that came out
+    double fraction = -1.0;  // of the duration; negative when that is unknown
     double seconds = 0.0;    // since the start
 };
 
-// Shows how far a run is, on the thread that runs the graph.
+// Shows progress, on the thread that runs the graph.
 class RunDisplay {
   public:
     // Between two updates.
@@ -38,16 +38,16 @@ class RunDisplay {
 struct RunResult {
     std::wstring error;        // one line; empty when all is well
     bool stopped = false;      // by the user
-    bool gaveNoFrame = false;  // it ran to its end without one
+    bool gaveNoFrame = false;  // it ran to its end without a frame
     CAviSink::Result file;
     std::optional<CFrameCounter::Counts> input;
     double seconds = 0.0;
 
-    FilterFigures figures;  // taken while the filter was still streaming
+    FilterFigures figures;  // read while the filter was streaming
 };
 
-// Opens the output file (from here on what was in it is gone), runs the graph, stops it and
-// finishes the file. A failed run that wrote no frame leaves no file. `display` may be null.
+// Creates the output file, runs the graph, stops it and finishes the file. A failed run that wrote
+// no frame leaves no file. `display` may be null.
 RunResult RunGraph(VideoGraph& graph, const RunOptions& options, StopRequest& stop,
                    RunDisplay* display);
 

@@ -1,4 +1,4 @@
-// Prints filters in the order in which data flows through them.
+// Lists filters in the order of the data flow.
 
 #include "host/graph/graph_text.h"
 
@@ -19,7 +19,7 @@ std::vector<ComPtr<IBaseFilter>> FiltersOf(IFilterGraph* graph) {
     return filters;
 }
 
-// Every filter upstream is among `placed` already.
+// Whether every filter upstream is in `placed`.
 bool IsReady(IBaseFilter* filter, const std::vector<ComPtr<IBaseFilter>>& placed) {
     for (const ComPtr<IPin>& pin : PinsOf(filter, PINDIR_INPUT)) {
         const ComPtr<IPin> peer = PeerOf(pin.Get());
@@ -32,14 +32,14 @@ bool IsReady(IBaseFilter* filter, const std::vector<ComPtr<IBaseFilter>>& placed
     return true;
 }
 
-std::vector<ComPtr<IBaseFilter>> InOrderOfFlow(std::vector<ComPtr<IBaseFilter>> filters) {
-    // Graphs list the last added first.
+std::vector<ComPtr<IBaseFilter>> UpstreamFirst(std::vector<ComPtr<IBaseFilter>> filters) {
+    // Graphs enumerate the last added filter first.
     std::ranges::reverse(filters);
     std::vector<ComPtr<IBaseFilter>> placed;
     while (!filters.empty()) {
         auto next = std::ranges::find_if(
             filters, [&](const auto& filter) { return IsReady(filter.Get(), placed); });
-        // There are no cycles; but text is no place to hang in one.
+        // Graphs have no cycles; with one, this must still end.
         if (next == filters.end()) next = filters.begin();
         placed.push_back(*next);
         filters.erase(next);
@@ -71,7 +71,7 @@ std::wstring PinText(IPin* pin, PIN_DIRECTION direction) {
 
 std::wstring GraphText(IFilterGraph* graph) {
     std::wstring text;
-    for (const ComPtr<IBaseFilter>& filter : InOrderOfFlow(FiltersOf(graph))) {
+    for (const ComPtr<IBaseFilter>& filter : UpstreamFirst(FiltersOf(graph))) {
         text += NameOf(filter.Get()) + L"\n";
         for (const PIN_DIRECTION direction : {PINDIR_INPUT, PINDIR_OUTPUT}) {
             for (const ComPtr<IPin>& pin : PinsOf(filter.Get(), direction)) {

@@ -8,8 +8,7 @@
 
 namespace tavo {
 
-// One paragraph per filter, sources first: its name, its pins, what each is connected to and with
-// which media type.
+// A paragraph per filter, sources first: its name, and its pins with their peers and media types.
 std::wstring GraphText(IFilterGraph* graph);
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// Everything that can be said about the input before a graph is built.
+// Checks the input before a graph is built.
 
 #include "host/graph/input_file.h"
 
@@ -33,7 +33,7 @@ std::wstring OpenInput(const std::wstring& path, InputFile& input) {
     input.facts = ProbeMedia(movie->file);
     error = WhyNoVideo(input.Name(), input.facts);
     if (!error.empty()) return error;
-    // On Windows there are readers for scripts; under Wine there is none.
+    // Windows has filters that read scripts, Wine has none.
     if (input.facts.kind == MediaKind::Text && RunsUnderWine()) return WhyNotDecodedHere(input);
     if (movie->reader.Open(movie->file) == AviResult::Ok) input.movie = std::move(movie);
     return {};

@@ -1,4 +1,4 @@
-// The input: whether it can be read, what it is, and a reader of our own for it if there is one.
+// The input file: whether it can be read, what it is, and a reader for it if this program has one.
 
 #pragma once
 
@@ -13,17 +13,17 @@ namespace tavo {
 struct InputFile {
     std::wstring path;
     MediaFacts facts;
-    // Null unless the file is an AVI that the program can read itself.
+    // Null unless the program can read the file itself.
     std::shared_ptr<RawMovie> movie;
 
     std::wstring Name() const { return L"\"" + path + L"\""; }
-    bool IsCutOff() const { return facts.cutOff || (movie && movie->reader.IsCutOff()); }
+    bool IsTruncated() const { return facts.truncated || (movie && movie->reader.IsTruncated()); }
 };
 
-// Nothing when there may be a video in it, else one line for the user.
+// Empty when the file may have video, else one line for the user.
 std::wstring OpenInput(const std::wstring& path, InputFile& input);
 
-// Why the platform found no way to decode it.
+// Why this platform found no way to decode it.
 std::wstring WhyNotDecodedHere(const InputFile& input);
 
 }  // namespace tavo

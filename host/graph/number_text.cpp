@@ -30,8 +30,8 @@ std::wstring NumberText(double value) {
 }
 
 std::wstring ClockText(double seconds) {
-    constexpr double kLongest = 359999.0;  // 99:59:59
-    const int total = static_cast<int>(std::clamp(seconds + 0.5, 0.0, kLongest));
+    constexpr double kMaxSeconds = 359999.0;  // 99:59:59
+    const int total = static_cast<int>(std::clamp(seconds + 0.5, 0.0, kMaxSeconds));
     const int minutes = total / 60 % 60;
     const std::wstring end = L":" + TwoDigits(total % 60);
     if (total < 3600) return std::to_wstring(minutes) + end;

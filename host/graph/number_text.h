@@ -7,10 +7,10 @@
 
 namespace tavo {
 
-// With a point, whatever the locale of the process is: filters that are loaded into it may set one.
+// With a decimal point in every locale: filters may change the locale of the process.
 std::wstring FixedText(double value, int decimals);
 
-// At most three decimals, without zeros at the end: "29.97", "25".
+// At most three decimals, without trailing zeros: "29.97", "25".
 std::wstring NumberText(double value);
 
 // "1:02:03", "2:03", "0:03"; rounded to seconds.

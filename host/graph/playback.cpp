@@ -1,4 +1,4 @@
-// The message loop of a playing graph: its own, or that of the property frame.
+// The message loop during playback: its own, or that of the property frame.
 
 #include "host/graph/playback.h"
 
@@ -18,21 +18,20 @@ namespace {
 
 constexpr wchar_t kCaption[] = L"Mira Vantrel";
 constexpr wchar_t kFrameTitle[] = L"Mira Vantrel Properties";
-// How often the property frame's loop looks at the graph.
-constexpr UINT kLookMs = 100;
-// Where the pages appear; in pixels at 96 dpi.
-constexpr int kPagesPlace = 20;
+// How often playback is polled beside the property frame.
+constexpr UINT kPollMs = 100;
+// The position of the pages, in pixels at 96 dpi.
+constexpr int kPagesOffset = 20;
 
-// Wine's property frame keeps its button Apply disabled: what is typed there never reaches the
-// filter.
+// Wine's property frame never enables Apply, so changes would not reach the filter.
 bool DoesPlatformFrameApply() { return !RunsUnderWine(); }
 
-// Keys come on the thread of the renderer's window; this one is told by a message.
+// Keys arrive on the thread of the renderer's window, which posts this message.
 constexpr UINT kKeyMessage = WM_APP + 1;
 
-void TakeKey(Player& player, WPARAM key) {
+void HandleKey(Player& player, WPARAM key) {
     if (key == VK_SPACE) player.TogglePause();
-    if (key == VK_ESCAPE) player.EndByUser();
+    if (key == VK_ESCAPE) player.RequestEnd();
 }
 
 // The renderer's window may live on this thread.
@@ -40,7 +39,7 @@ void HandleMessages(Player& player) {
     MSG message;
     while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
         if (message.hwnd == nullptr && message.message == kKeyMessage) {
-            TakeKey(player, message.wParam);
+            HandleKey(player, message.wParam);
             continue;
         }
         TranslateMessage(&message);
@@ -60,7 +59,7 @@ void PlayInWindow(VideoGraph& graph, Player& player, const StopRequest& stop) {
             return;
         }
         HandleMessages(player);
-    } while (player.GoesOn());
+    } while (player.Poll());
 }
 
 BOOL CALLBACK CloseDialog(HWND window, LPARAM) {
@@ -70,11 +69,11 @@ BOOL CALLBACK CloseDialog(HWND window, LPARAM) {
     return TRUE;
 }
 
-// Looks after the player while the property frame runs its own message loop; one at a time. When
-// the playing is over, it closes the frame and whatever stands before it.
+// Polls the player from a timer while the property frame runs its own message loop; one at a time.
+// When playback is over it closes the frame and any message box.
 class FrameWatch {
   public:
-    explicit FrameWatch(Player& player) : timer_(SetTimer(nullptr, 0, kLookMs, Look)) {
+    explicit FrameWatch(Player& player) : timer_(SetTimer(nullptr, 0, kPollMs, OnTimer)) {
         watched = &player;
     }
     ~FrameWatch() {
@@ -85,18 +84,18 @@ class FrameWatch {
     FrameWatch& operator=(const FrameWatch&) = delete;
 
   private:
-    // A timer's procedure has no argument to carry it.
+    // A timer procedure gets no context argument.
     static inline Player* watched = nullptr;
 
-    static void CALLBACK Look(HWND, UINT, UINT_PTR, DWORD) {
+    static void CALLBACK OnTimer(HWND, UINT, UINT_PTR, DWORD) {
         if (watched == nullptr) return;
-        bool goesOn = false;
+        bool playing = false;
         try {
-            goesOn = watched->GoesOn();
+            playing = watched->Poll();
         } catch (const std::bad_alloc&) {
-            // Must not leave through the system's message loop.
+            // Must not propagate through the system's message loop.
         }
-        if (!goesOn) EnumThreadWindows(GetCurrentThreadId(), CloseDialog, 0);
+        if (!playing) EnumThreadWindows(GetCurrentThreadId(), CloseDialog, 0);
     }
 
     const UINT_PTR timer_;
@@ -104,7 +103,7 @@ class FrameWatch {
 
 HRESULT ShowOwnFrame(IUnknown* filter, const CAUUID& pages, Player& player) {
     PropertyFrame frame(&player);
-    const int place = ScaleToScreen(kPagesPlace);
+    const int place = ScaleToScreen(kPagesOffset);
     const HRESULT hr =
         frame.Open(kFrameTitle, filter, {pages.pElems, pages.cElems}, {place, place});
     if (SUCCEEDED(hr)) frame.Run();
@@ -112,7 +111,7 @@ HRESULT ShowOwnFrame(IUnknown* filter, const CAUUID& pages, Player& player) {
 }
 
 HRESULT ShowPlatformFrame(IUnknown* filter, const CAUUID& pages) {
-    const auto place = static_cast<UINT>(kPagesPlace);
+    const auto place = static_cast<UINT>(kPagesOffset);
     return OleCreatePropertyFrame(nullptr, place, place, kCaption, 1, &filter, pages.cElems,
                                   pages.pElems, GetUserDefaultLCID(), 0, nullptr);
 }

@@ -8,8 +8,8 @@
 
 namespace tavo {
 
-// The calling thread's apartment is single-threaded. Without pages the movie is played once; with
-// pages over and over, until they or the window are closed. The graph is stopped when this returns.
+// The calling thread is in a single-threaded apartment. Without pages the video plays once; with
+// pages it repeats until they or the window are closed. The graph is stopped when this returns.
 PlayResult PlayGraph(VideoGraph& graph, StopRequest& stop, bool withPages);
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// The graph from its start to its end, and its window.
+// Runs the graph, and sets up its window.
 
 #include "host/graph/player.h"
 
@@ -13,17 +13,16 @@ namespace tavo {
 namespace {
 
 constexpr wchar_t kCaption[] = L"Mira Vantrel";
-// Beside the pages, which appear at the left of the screen; in pixels at 96 dpi.
+// Beside the pages, in pixels at 96 dpi.
 constexpr int kVideoLeft = 460;
 constexpr int kVideoTop = 40;
-constexpr int kUsualDpi = 96;
-// Figures of less time than this say little.
-constexpr ULONGLONG kTellingMs = 1000;
+constexpr int kDefaultDpi = 96;
+// Figures of a shorter run are not reliable.
+constexpr ULONGLONG kMinMeasuredMs = 1000;
 
-// A clock of Wine's that renderers were served by can wait for its thread for ever when its last
-// reference goes: the thread may have missed that it is to end. This reference goes with the
-// process.
-void KeepClock(const ComPtr<IGraphBuilder>& builder) {
+// Wine's system clock can hang in its last release while it waits for its thread. So one reference
+// is leaked on purpose.
+void LeakClock(const ComPtr<IGraphBuilder>& builder) {
     const auto filter = builder.As<IMediaFilter>(IID_IMediaFilter);
     IReferenceClock* clock = nullptr;
     if (filter) filter->GetSyncSource(&clock);
@@ -35,7 +34,7 @@ int ScaleToScreen(int pixels) {
     const HDC screen = GetDC(nullptr);
     const int dpi = GetDeviceCaps(screen, LOGPIXELSX);
     ReleaseDC(nullptr, screen);
-    return MulDiv(pixels, dpi, kUsualDpi);
+    return MulDiv(pixels, dpi, kDefaultDpi);
 }
 
 Player::Player(VideoGraph& graph, StopRequest& stop, bool besidePages)
@@ -47,7 +46,7 @@ Player::Player(VideoGraph& graph, StopRequest& stop, bool besidePages)
 
 Player::~Player() {
     if (control_) control_->Stop();
-    if (RunsUnderWine()) KeepClock(graph_.builder);
+    if (RunsUnderWine()) LeakClock(graph_.builder);
 }
 
 bool Player::Start() {
@@ -60,19 +59,19 @@ bool Player::Start() {
     return Run();
 }
 
-bool Player::GoesOn() {
-    if (over_) return false;
+bool Player::Poll() {
+    if (ended_) return false;
     if (stop_.IsSet()) {
         result_.stopped = true;
         return End();
     }
-    if (wantsEnd_) return End();
+    if (endRequested_) return End();
     HRESULT reason = S_OK;
-    switch (TakeEvents(*events_.Get(), reason)) {
+    switch (DrainEvents(*events_.Get(), reason)) {
         case Ending::None: return true;
         case Ending::Complete:
-            // When it goes on from here, it will be complete again.
-            if (held_) return true;
+            // The graph will report it again after it resumes.
+            if (applying_) return true;
             return besidePages_ ? Rewind() : End();
         case Ending::ClosedByUser: return End();
         case Ending::Aborted: return Fail(FAILED(reason) ? reason : E_FAIL);
@@ -81,41 +80,41 @@ bool Player::GoesOn() {
 }
 
 void Player::TogglePause() {
-    if (over_ || held_) return;
+    if (ended_ || applying_) return;
     if (paused_) {
         Run();
     } else {
-        KeepFigures();
+        SaveFigures();
         control_->Pause();
     }
     paused_ = !paused_;
 }
 
 PlayResult Player::Finish() {
-    if (!over_) End();
+    if (!ended_) End();
     if (outOfMemory_) throw std::bad_alloc();
     return result_;
 }
 
 void Player::BeforeApply() {
-    if (over_) return;
-    heldAt_ = 0;
+    if (ended_) return;
+    resumeAt_ = 0;
     if (const auto seeking = graph_.builder.As<IMediaSeeking>(IID_IMediaSeeking)) {
-        seeking->GetCurrentPosition(&heldAt_);
+        seeking->GetCurrentPosition(&resumeAt_);
     }
-    KeepFigures();
-    held_ = true;
+    SaveFigures();
+    applying_ = true;
     control_->Stop();
 }
 
 void Player::AfterApply() {
-    held_ = false;
-    if (over_) return;
-    Seek(heldAt_);
+    applying_ = false;
+    if (ended_) return;
+    Seek(resumeAt_);
     try {
         Run();
     } catch (const std::bad_alloc&) {
-        over_ = true;
+        ended_ = true;
         outOfMemory_ = true;
     }
 }
@@ -137,19 +136,19 @@ bool Player::Run() {
     return SUCCEEDED(hr) || Fail(hr);
 }
 
-// The figures are gone once the graph is stopped.
+// The filter loses its figures when the graph stops.
 bool Player::End() {
-    over_ = true;
-    KeepFigures();
+    ended_ = true;
+    SaveFigures();
     ConnectionTypeOf(FirstPin(graph_.filter.Get(), PINDIR_OUTPUT).Get(), graph_.outputType);
     return false;
 }
 
-// Where the graph has only just been set going again, those from before say more.
-void Player::KeepFigures() {
+// Shortly after a start, the figures from before are better.
+void Player::SaveFigures() {
     const FilterFigures now = ReadFigures(*graph_.settings.Get());
     const bool isFirst = result_.figures.systemFps <= 0.0;
-    if (isFirst || GetTickCount64() - runningSince_ >= kTellingMs) {
+    if (isFirst || GetTickCount64() - runningSince_ >= kMinMeasuredMs) {
         result_.figures = now;
     } else {
         result_.figures.frameRate = now.frameRate;
@@ -162,13 +161,13 @@ bool Player::Fail(HRESULT hr) {
 }
 
 bool Player::Rewind() {
-    KeepFigures();
+    SaveFigures();
     control_->Stop();
     Seek(0);
     return Run();
 }
 
-// A source that does not seek begins anew by itself.
+// A source that does not seek starts again by itself.
 void Player::Seek(LONGLONG position) {
     if (const auto seeking = graph_.builder.As<IMediaSeeking>(IID_IMediaSeeking)) {
         seeking->SetPositions(&position, AM_SEEKING_AbsolutePositioning, nullptr,

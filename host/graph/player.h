@@ -1,4 +1,4 @@
-// Plays a graph in its renderer's window, and holds it while its filter is being set anew.
+// Plays a graph in its renderer's window, and stops it while settings are applied.
 
 #pragma once
 
@@ -18,11 +18,10 @@ struct PlayResult {
     FilterFigures figures;
 };
 
-// On this screen, from pixels at 96 dpi.
+// From pixels at 96 dpi to those of the screen.
 int ScaleToScreen(int pixels);
 
-// Stops the graph at the latest with its own end. What it does to the graph may throw
-// std::bad_alloc, unless it says otherwise.
+// The destructor stops the graph. Members may throw std::bad_alloc unless they say otherwise.
 class Player final : public ApplyObserver {
   public:
     Player(VideoGraph& graph, StopRequest& stop, bool besidePages);
@@ -31,19 +30,18 @@ class Player final : public ApplyObserver {
     Player& operator=(const Player&) = delete;
 
     bool Start();
-    // Takes what has happened; false when the playing is over.
-    bool GoesOn();
-    // For the space bar, on the thread that made the player.
+    // Handles pending events. False when playback is over.
+    bool Poll();
+    // On the thread that made the player.
     void TogglePause();
-    // As when the window is closed.
-    void EndByUser() { wantsEnd_ = true; }
-    // Signalled when something has happened.
+    // As if the window were closed.
+    void RequestEnd() { endRequested_ = true; }
+    // Signalled when there are events.
     HANDLE Event() const { return event_; }
     PlayResult Finish();
 
-    // Pins of a running graph cannot be connected anew everywhere: it is stopped, and then goes on
-    // where it was. A source that does not seek begins anew. The renderer fits its window to the
-    // new picture.
+    // Some graphs cannot reconnect pins while they run: this one is stopped, and resumes where it
+    // was. A source that does not seek starts again. The renderer fits its window to the new size.
     void BeforeApply() override;
     void AfterApply() override;
 
@@ -54,7 +52,7 @@ class Player final : public ApplyObserver {
     bool Fail(HRESULT hr);
     bool Rewind();
     void Seek(LONGLONG position);
-    void KeepFigures();
+    void SaveFigures();
 
     VideoGraph& graph_;
     StopRequest& stop_;
@@ -63,12 +61,12 @@ class Player final : public ApplyObserver {
     ComPtr<IMediaEvent> events_;
     HANDLE event_ = nullptr;
     ULONGLONG runningSince_ = 0;
-    bool over_ = false;
+    bool ended_ = false;
     bool paused_ = false;
-    std::atomic<bool> wantsEnd_ = false;
-    bool held_ = false;
+    std::atomic<bool> endRequested_ = false;
+    bool applying_ = false;
     bool outOfMemory_ = false;
-    LONGLONG heldAt_ = 0;
+    LONGLONG resumeAt_ = 0;
     PlayResult result_;
 };
 

@@ -1,4 +1,4 @@
-// What is asked of a run.
+// What the user asks of a run.
 
 #pragma once
 
@@ -9,16 +9,16 @@ namespace tavo {
 struct RunOptions {
     std::wstring input;
     std::wstring output;
-    int width = 0;  // 0 keeps the source's
+    int width = 0;  // 0: as the source
     int height = 0;
-    bool fit = false;  // width and height are a box for the picture; neither is 0
+    bool fit = false;  // width and height are a box to fit in; neither is 0
     int method = 0;    // codes of the filter's settings
     int format = 0;
     int type = 0;
     double fps = 0.0;    // 0: the time regulator is off
-    bool asIs = false;   // frame for frame, whatever their times
+    bool asIs = false;   // one frame each, whatever their times
     bool play = false;   // in a window; there is no output
-    bool pages = false;  // the same, with the filter's property pages
+    bool pages = false;  // the same, beside the property pages
 
     bool ToScreen() const { return play || pages; }
 };

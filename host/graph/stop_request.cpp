@@ -1,4 +1,4 @@
-// The control handler.
+// A console control handler.
 
 #include "host/graph/stop_request.h"
 
@@ -7,12 +7,12 @@
 namespace tavo {
 namespace {
 
-// The handler runs on a thread of the system's own and has no argument to carry these.
+// The handler runs on a thread of the system and gets no context argument.
 std::atomic<HANDLE> stopEvent = nullptr;
 std::atomic<HANDLE> doneEvent = nullptr;
 std::atomic<int> requests = 0;
 
-// The system ends the program soon after the handler returns, or after this long at the latest.
+// The system ends the program when the handler returns, or after about this time.
 constexpr DWORD kClosingMs = 4500;
 
 BOOL WINAPI HandleControl(DWORD kind) {
@@ -31,14 +31,14 @@ StopRequest::StopRequest() {
     requests = 0;
     doneEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
     stopEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    // A parent may have told its children to ignore Ctrl-C.
+    // A parent process may have disabled Ctrl-C.
     SetConsoleCtrlHandler(nullptr, FALSE);
     SetConsoleCtrlHandler(HandleControl, TRUE);
 }
 
 StopRequest::~StopRequest() {
     SetConsoleCtrlHandler(HandleControl, FALSE);
-    // The handles stay open: a handler may be at work with them this very moment.
+    // The handles stay open: a handler may still be using them.
     if (doneEvent != nullptr) SetEvent(doneEvent);
 }
 

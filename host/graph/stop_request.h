@@ -1,4 +1,4 @@
-// The user's wish to stop the program: Ctrl-C.
+// The user's request to stop the program.
 
 #pragma once
 
@@ -6,17 +6,17 @@
 
 namespace tavo {
 
-// Catches Ctrl-C, Ctrl-Break and the closing of the console for as long as it lives; one at a time.
-// The second Ctrl-C ends the program at once.
+// Catches Ctrl-C, Ctrl-Break and the closing of the console during its life; one at a time. The
+// second Ctrl-C ends the program at once.
 class StopRequest {
   public:
     StopRequest();
-    // Lets a console that is being closed go on with that.
+    // Lets the console close if it is waiting for that.
     ~StopRequest();
     StopRequest(const StopRequest&) = delete;
     StopRequest& operator=(const StopRequest&) = delete;
 
-    // Signalled once a stop is wanted. Null when there is no memory for it.
+    // Signalled when a stop is requested. Null without memory.
     HANDLE Event() const;
     bool IsSet() const;
 };

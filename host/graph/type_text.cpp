@@ -1,4 +1,4 @@
-// Describes media types for people.
+// Describes media types.
 
 #include "host/graph/type_text.h"
 

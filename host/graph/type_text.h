@@ -8,7 +8,7 @@
 
 namespace tavo {
 
-// One line for people: "video YUY2, 320 x 240, 16 bits, 25 fps (VideoInfo)".
+// One line: "video YUY2, 320 x 240, 16 bits, 25 fps (VideoInfo)".
 std::wstring DescribeType(const AM_MEDIA_TYPE& type);
 
 }  // namespace tavo

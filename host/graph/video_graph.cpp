@@ -1,4 +1,4 @@
-// Builds one graph for each way to read the input, until one of them suits.
+// Builds a graph for each way to read the input until one is suitable.
 
 #include "host/graph/video_graph.h"
 
@@ -15,7 +15,7 @@ namespace {
 
 bool IsRestricted(const RunOptions& options) { return options.format != 0 || options.type != 0; }
 
-// What the source would give if the filter took anything.
+// Finds out what the source gives when the filter accepts anything.
 std::wstring ExplainRefusal(const RunOptions& options, const FilterFactory& factory,
                             const InputFile& input, const std::wstring& otherwise) {
     RunOptions open = options;
@@ -35,23 +35,23 @@ std::wstring ExplainRefusal(const RunOptions& options, const FilterFactory& fact
            DescribeType(attempt.graph->inputType) + L", and nothing here converts it";
 }
 
-// Formats that platforms neither offer nor hand on as they are.
+// Formats that the platform converts or does not offer.
 bool IsRareFormat(PixelFormat format) {
     return format == PixelFormat::RGB555 || format == PixelFormat::RGB565 ||
            format == PixelFormat::YVU9 || format == PixelFormat::YVYU;
 }
 
-bool Keeps(const VideoGraph& graph, PixelFormat format) {
+bool KeepsFormat(const VideoGraph& graph, PixelFormat format) {
     const auto type = ReadVideoType(graph.inputType);
     return type && type->video.format == format;
 }
 
-// Platforms take planes of such sizes to lie in padded rows, as few files have them.
+// The platform expects padded rows at such sizes; few files have them.
 bool IsMisread(const VideoFormat& video) {
     return InfoOf(video.format).group == FormatGroup::Planar && LayoutsDiffer(video);
 }
 
-// The graph by the platform's readers or by our own one, whichever keeps the file's pictures.
+// Prefers the reader that keeps the format of the file: the platform's or this program's.
 Attempt BuildForRawMovie(GraphBuilder& builder, const RunOptions& options,
                          const VideoFormat& video) {
     const PixelFormat native = video.format;
@@ -59,7 +59,8 @@ Attempt BuildForRawMovie(GraphBuilder& builder, const RunOptions& options,
         options.format == 0 || static_cast<PixelFormat>(options.format) == native;
     const bool ownFirst = nativeWanted && (IsRareFormat(native) || IsMisread(video));
     Attempt first = builder.Build(ownFirst ? Route::OwnReader : Route::Platform);
-    if (first.graph && (ownFirst || !nativeWanted || Keeps(*first.graph, native))) return first;
+    if (first.graph && (ownFirst || !nativeWanted || KeepsFormat(*first.graph, native)))
+        return first;
     Attempt second = builder.Build(ownFirst ? Route::Platform : Route::OwnReader);
     return second.graph || !first.graph ? std::move(second) : std::move(first);
 }
@@ -71,8 +72,8 @@ Attempt BuildByAnyRoute(const RunOptions& options, const FilterFactory& factory,
                        : builder.Build(Route::Platform);
 }
 
-// Renderers show few formats and the filter converts none: a source whose first choice cannot be
-// shown is asked for RGB24. Once it is connected the format is free again.
+// Renderers show few formats and the filter converts none. If the source's first choice cannot be
+// shown, it is asked for RGB24. Once connected, any format is allowed again.
 Attempt BuildForScreen(const RunOptions& options, const FilterFactory& factory,
                        const InputFile& input) {
     Attempt first = BuildByAnyRoute(options, factory, input);
@@ -87,8 +88,8 @@ Attempt BuildForScreen(const RunOptions& options, const FilterFactory& factory,
 
 }  // namespace
 
-// A graph and its filters hold each other until the filters are taken out, and that is done by the
-// graph's last release: the bare references here must go first.
+// The last release of the graph takes out its filters, which may hold each other. So the interfaces
+// here are released first.
 VideoGraph::~VideoGraph() {
     settings.Reset();
     builder.Reset();

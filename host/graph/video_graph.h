@@ -1,5 +1,5 @@
-// Builds the graph of a run: source -> what the platform puts between -> Mira Vantrel -> AVI sink
-// or the platform's video renderer.
+// The graph of a run: source -> the platform's filters -> Mira Vantrel -> AVI sink or the
+// platform's video renderer.
 
 #pragma once
 
@@ -18,27 +18,27 @@
 
 namespace tavo {
 
-// A whole graph, connected and stopped. It goes with the last of these.
+// A complete graph, connected and stopped. It lives until the last of these references.
 struct VideoGraph {
     ComPtr<IGraphBuilder> builder;
     ComPtr<IBaseFilter> filter;
     ComPtr<IVantrelSettings> settings;
     ComPtr<IBaseFilter> sinkFilter;
     ComPtr<IBaseFilter> counterFilter;
-    // Owned by the two above; both are null on the way to the screen, and the counter also when the
-    // source would not have it.
+    // Owned by the two above. Null during playback; the counter also when the source did not accept
+    // it.
     CAviSink* sink = nullptr;
     CFrameCounter* counter = nullptr;
 
     // Of the filter's pins.
     CMediaType inputType;
     CMediaType outputType;
-    REFERENCE_TIME duration = 0;  // of the movie; 0 when nobody knows
+    REFERENCE_TIME duration = 0;  // of the video; 0 when it is unknown
 
-    PictureSize wanted;  // of the output, without regard to what its format can hold
-    PictureSize size;    // and with it
-    AspectRatio shown;   // for a picture whose pixels are not square; else unknown
-    int rotation = 0;    // that players give to the source, in degrees clockwise
+    PictureSize wanted;         // of the output, before rounding
+    PictureSize size;           // rounded for the pixel format
+    AspectRatio displayAspect;  // unknown when pixels are square
+    int rotation = 0;           // of the source, in degrees clockwise
 
     VideoGraph() = default;
     ~VideoGraph();
@@ -46,9 +46,8 @@ struct VideoGraph {
     VideoGraph& operator=(const VideoGraph&) = delete;
 };
 
-// An uncompressed AVI that this program can read itself is left to the platform as long as that
-// delivers the file's own format unchanged. Returns null and one line for the user on failure. May
-// throw std::bad_alloc.
+// The platform reads an uncompressed AVI if it delivers the format of the file unchanged, else this
+// program does. Returns null and one line for the user on failure. May throw std::bad_alloc.
 std::unique_ptr<VideoGraph> BuildVideoGraph(const RunOptions& options, const FilterFactory& factory,
                                             const InputFile& input, std::wstring& error);
 

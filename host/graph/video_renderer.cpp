@@ -1,4 +1,4 @@
-// Systems differ in which of their renderers shows what.
+// Tries the platform's renderers in turn: systems differ in what each one shows.
 
 #include "host/graph/video_renderer.h"
 
@@ -7,7 +7,7 @@
 namespace tavo {
 namespace {
 
-// Without Direct3D, as under Wine where no OpenGL is, this renderer crashes instead of refusing.
+// This renderer crashes without Direct3D, as under Wine without OpenGL.
 bool CanRun(const CLSID& renderer) {
     if (renderer != CLSID_VideoRendererDefault) return true;
     const HMODULE library = LoadLibraryW(L"d3d9.dll");

@@ -7,8 +7,8 @@
 
 namespace tavo {
 
-// Connects a pin of the graph with the first renderer that shows what it gives. A failure leaves
-// none in the graph.
+// Connects the pin with the first renderer that shows its output. On failure none stays in the
+// graph.
 HRESULT ConnectRenderer(IGraphBuilder& graph, IPin* output, ComPtr<IBaseFilter>& renderer);
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// Stands before the procedure of the renderer's window.
+// Subclasses the renderer's window.
 
 #include "host/graph/video_window.h"
 
@@ -26,7 +26,7 @@ BOOL CALLBACK Visit(HWND window, LPARAM target) {
     return FALSE;
 }
 
-// Renderers tell all of their window but its handle.
+// Renderers do not tell the handle of their window.
 HWND FindRendererWindow(const ComPtr<IGraphBuilder>& graph) {
     const auto window = graph.As<IVideoWindow>(IID_IVideoWindow);
     BSTR caption = nullptr;
@@ -94,7 +94,7 @@ LRESULT CALLBACK VideoWindow::Procedure(HWND window, UINT message, WPARAM w, LPA
     }
 }
 
-// The picture's own size may change while it plays.
+// The size of the video may change during playback.
 void VideoWindow::PlacePicture() {
     RECT client = {};
     LONG width = 0;
@@ -109,7 +109,7 @@ void VideoWindow::PlacePicture() {
     InvalidateRect(window_, nullptr, TRUE);
 }
 
-// False while the picture is where the renderer puts it.
+// False until the picture has been placed.
 bool VideoWindow::PaintBorders(HDC dc) const {
     if (picture_.right <= picture_.left) return false;
     RECT client = {};

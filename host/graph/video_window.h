@@ -1,4 +1,4 @@
-// The renderer's window while a video plays: its picture keeps its shape, and keys are heard.
+// The renderer's window during playback: keeps the shape of the picture, and reports keys.
 
 #pragma once
 
@@ -11,16 +11,16 @@
 
 namespace tavo {
 
-// The largest rectangle in the middle of `client` with the shape of a picture of that size.
+// The largest rectangle centred in `client` with the aspect ratio of a picture of that size.
 RECT PictureWithin(const RECT& client, LONG width, LONG height);
 
-// Watches the window of a graph's renderer from now on, until it goes; one at a time. The window
-// may belong to another thread of this process.
+// Subclasses the renderer's window of a graph during its life; one at a time. The window may belong
+// to another thread of this process.
 class VideoWindow {
   public:
     using KeyHandler = std::function<void(WPARAM key)>;
 
-    // `onKey` is called on the window's thread for each key that is pressed, not for repetitions.
+    // `onKey` is called on the window's thread for each key press, not for repetitions.
     VideoWindow(const ComPtr<IGraphBuilder>& graph, KeyHandler onKey);
     ~VideoWindow();
     VideoWindow(const VideoWindow&) = delete;
@@ -31,7 +31,7 @@ class VideoWindow {
     void PlacePicture();
     bool PaintBorders(HDC dc) const;
 
-    // A window's procedure has no argument to carry it.
+    // A window procedure gets no context argument.
     static inline VideoWindow* watched_ = nullptr;
 
     ComPtr<IBasicVideo> video_;

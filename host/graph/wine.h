@@ -1,4 +1,4 @@
-// Wine in place of Windows: for the few places where it falls short and there is a way round.
+// Whether the program runs under Wine, for the few workarounds that need to know.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// The frame's pages: opening, showing, applying and closing them.
+// Opens, shows, applies and closes the pages.
 
 #include "host/property_frame/property_frame.h"
 
@@ -83,7 +83,7 @@ void PropertyFrame::Run() {
     }
 }
 
-// The page knows its own keys best, and the frame's come before those of every dialog.
+// The page comes first, then the frame's keys, then those of every dialog.
 bool PropertyFrame::Translate(MSG& message) {
     if (window_ == nullptr) return false;
     const bool isKey = message.message >= WM_KEYFIRST && message.message <= WM_KEYLAST;
@@ -91,15 +91,15 @@ bool PropertyFrame::Translate(MSG& message) {
         const bool isInPage = IsChild(GetDlgItem(window_, IDC_FRAME_PLACE), message.hwnd);
         const ComPtr<IPropertyPage> page = pages_[current_].page;
         if (isInPage && page->TranslateAccelerator(&message) == S_OK) return true;
-        if (TakeFrameKey(message)) return true;
+        if (HandleFrameKey(message)) return true;
     }
     return window_ != nullptr && IsDialogMessageW(window_, &message);
 }
 
 void PropertyFrame::Close() {
-    // A page's Apply may show a message box, and the frame be closed from its loop.
+    // The frame may be closed from the message loop of a box that Apply shows.
     if (applying_) {
-        closing_ = true;
+        closeRequested_ = true;
         return;
     }
     ReleasePages();
@@ -142,13 +142,13 @@ HRESULT PropertyFrame::ShowPage(size_t index) {
     return S_OK;
 }
 
-void PropertyFrame::Step(int by) {
+void PropertyFrame::SwitchPage(int by) {
     const size_t count = pages_.size();
     const size_t next = (current_ + count + static_cast<size_t>(by)) % count;
     if (SUCCEEDED(ShowPage(next))) FocusPage();
 }
 
-// Like the Tab key: what stands in an edit is selected.
+// As with the Tab key, the text of an edit is selected.
 void PropertyFrame::FocusPage() {
     const HWND first = GetNextDlgTabItem(window_, nullptr, FALSE);
     SendMessageW(window_, WM_NEXTDLGCTL, reinterpret_cast<WPARAM>(first), TRUE);
@@ -178,7 +178,7 @@ bool PropertyFrame::CheckInput() {
     return true;
 }
 
-// Every page gets its turn; the first one that refuses is shown.
+// All pages are applied; the first one that refuses is shown.
 bool PropertyFrame::ApplyChanges() {
     if (!HasChanges()) {
         EnableApply(false);
@@ -198,7 +198,7 @@ bool PropertyFrame::ApplyChanges() {
     if (observer_ != nullptr) observer_->AfterApply();
     applying_ = false;
     const bool applied = refusing >= pages_.size();
-    if (closing_ || window_ == nullptr) {
+    if (closeRequested_ || window_ == nullptr) {
         Close();
         return applied;
     }
@@ -210,7 +210,7 @@ bool PropertyFrame::ApplyChanges() {
     return applied;
 }
 
-// A page that does not know yet that it is dirty says so all the same.
+// A page may report a change before IsPageDirty returns it.
 void PropertyFrame::OnPageStatus(DWORD flags) {
     if (window_ == nullptr || showing_ || applying_) return;
     const bool dirty = (flags & PROPPAGESTATUS_DIRTY) != 0;
@@ -218,14 +218,14 @@ void PropertyFrame::OnPageStatus(DWORD flags) {
     EnableApply(dirty || HasChanges());
 }
 
-bool PropertyFrame::TakeFrameKey(const MSG& message) {
+bool PropertyFrame::HandleFrameKey(const MSG& message) {
     if (window_ == nullptr || message.message != WM_KEYDOWN || GetKeyState(VK_CONTROL) >= 0) {
         return false;
     }
     switch (message.wParam) {
-        case VK_TAB: Step(GetKeyState(VK_SHIFT) < 0 ? -1 : 1); return true;
-        case VK_NEXT: Step(1); return true;
-        case VK_PRIOR: Step(-1); return true;
+        case VK_TAB: SwitchPage(GetKeyState(VK_SHIFT) < 0 ? -1 : 1); return true;
+        case VK_NEXT: SwitchPage(1); return true;
+        case VK_PRIOR: SwitchPage(-1); return true;
         default: return false;
     }
 }

@@ -15,7 +15,7 @@
 
 namespace tavo {
 
-// Told when changes are about to be applied, and when that is done. Neither lets an exception out.
+// Called before and after changes are applied. Neither member throws.
 class ApplyObserver {
   public:
     virtual void BeforeApply() = 0;
@@ -25,10 +25,9 @@ class ApplyObserver {
     ~ApplyObserver() = default;
 };
 
-// Lives on one thread, where COM is initialised. Pages are shown when their tab is first chosen,
-// and keep what was typed while another one is in front. Cancel drops what was not applied. Apply
-// is there for changes only: pages that call themselves dirty as soon as they are shown have none
-// yet.
+// Used on one thread, where COM is initialised. A page is activated when its tab is first selected,
+// and keeps its input while another page is in front. Cancel discards what was not applied. Apply
+// is enabled for changes only: a page that is dirty as soon as it is shown has none yet.
 class PropertyFrame final : private PageSiteOwner {
   public:
     explicit PropertyFrame(ApplyObserver* observer = nullptr) : observer_(observer) {}
@@ -37,15 +36,15 @@ class PropertyFrame final : private PageSiteOwner {
     PropertyFrame(const PropertyFrame&) = delete;
     PropertyFrame& operator=(const PropertyFrame&) = delete;
 
-    // Once. Creates the pages by their classes; `place` is the frame's top left corner in pixels.
-    // After a failure nothing is open. May throw std::bad_alloc.
+    // Once. Creates the pages by class; `place` is the top left corner in pixels. On failure
+    // nothing stays open. May throw std::bad_alloc.
     HRESULT Open(const std::wstring& title, IUnknown* object, std::span<const CLSID> classes,
                  POINT place);
-    // Handles the thread's messages until the frame is closed.
+    // Runs a message loop until the frame is closed.
     void Run();
-    // For another loop: true when the message was the frame's and has been handled.
+    // For another message loop: true when the message was handled.
     bool Translate(MSG& message);
-    // The pages give the object and the site back.
+    // Pages release the object and the site.
     void Close();
 
     bool IsOpen() const { return window_ != nullptr; }
@@ -57,8 +56,8 @@ class PropertyFrame final : private PageSiteOwner {
         std::wstring title;
         SIZE size = {};
         bool active = false;
-        bool wasShownDirty = false;  // by filling its controls
-        bool isChanged = false;      // has said so since
+        bool wasShownDirty = false;  // because it filled its controls
+        bool isChanged = false;      // has reported a change since
     };
 
     HRESULT AddPage(REFCLSID clsid, IUnknown* object);
@@ -68,33 +67,33 @@ class PropertyFrame final : private PageSiteOwner {
     INT_PTR OnMessage(UINT message, WPARAM wParam, LPARAM lParam);
     void OnButton(int id);
 
-    // Makes room for the largest page.
+    // Grows the frame to fit the largest page.
     void Arrange(POINT place);
     void MoveControl(int id, SIZE by, SIZE growth);
 
     HRESULT ShowPage(size_t index);
-    void Step(int by);
+    void SwitchPage(int by);
     void FocusPage();
 
     static bool HasChanges(const Page& page);
     bool HasChanges() const;
-    // False where a page cannot read what was typed; it is shown then.
+    // False when a page cannot read its input; that page is shown.
     bool CheckInput();
-    // True when no page refused.
+    // True when every page accepted.
     bool ApplyChanges();
     void EnableApply(bool enabled);
 
     void OnPageStatus(DWORD flags) override;
-    bool TakeFrameKey(const MSG& message) override;
+    bool HandleFrameKey(const MSG& message) override;
 
     ApplyObserver* const observer_;
     HWND window_ = nullptr;
     ComPtr<PropertyPageSite> site_;
     std::vector<Page> pages_;
     size_t current_ = 0;
-    bool showing_ = false;  // a page for the first time
+    bool showing_ = false;  // activating a page
     bool applying_ = false;
-    bool closing_ = false;  // asked for while applying
+    bool closeRequested_ = false;  // Close was called while applying
 };
 
 }  // namespace tavo

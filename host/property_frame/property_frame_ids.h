@@ -1,5 +1,5 @@
-// Identifiers of the frame's dialog, for the sources and the resource compiler alike. OK and Cancel
-// have those of the system.
+// Identifiers of the frame's dialog, for C++ and the resource compiler. OK and Cancel have the
+// system's.
 
 #pragma once
 

@@ -1,4 +1,4 @@
-// The frame's window: its layout and its messages.
+// The layout and the messages of the frame's window.
 
 #include "host/property_frame/property_frame.h"
 
@@ -28,7 +28,7 @@ INT_PTR CALLBACK PropertyFrame::Procedure(HWND window, UINT message, WPARAM wPar
     if (message == WM_INITDIALOG) {
         SetWindowLongPtrW(window, DWLP_USER, lParam);
         reinterpret_cast<PropertyFrame*>(lParam)->window_ = window;
-        return FALSE;  // the focus comes with the first page
+        return FALSE;  // Open sets the focus
     }
     auto* const frame = reinterpret_cast<PropertyFrame*>(GetWindowLongPtrW(window, DWLP_USER));
     return frame != nullptr ? frame->OnMessage(message, wParam, lParam) : FALSE;
@@ -54,7 +54,7 @@ INT_PTR PropertyFrame::OnMessage(UINT message, WPARAM wParam, LPARAM lParam) {
     }
 }
 
-// While a page's message box stands, the buttons are within reach.
+// The buttons can be pressed while a page shows a message box.
 void PropertyFrame::OnButton(int id) {
     switch (id) {
         case IDOK:
@@ -102,7 +102,7 @@ void PropertyFrame::MoveControl(int id, SIZE by, SIZE growth) {
                  size.cy + growth.cy, SWP_NOZORDER | SWP_NOACTIVATE);
 }
 
-// A disabled button would keep the focus, and the keyboard with it.
+// A disabled button would keep the focus, and keys would be lost.
 void PropertyFrame::EnableApply(bool enabled) {
     const HWND button = GetDlgItem(window_, IDC_FRAME_APPLY);
     if (!enabled && GetFocus() == button) {

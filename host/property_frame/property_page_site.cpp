@@ -1,4 +1,4 @@
-// Notices of the pages, handed on to the frame.
+// Forwards notifications of the pages to the frame.
 
 #include "host/property_frame/property_page_site.h"
 
@@ -40,7 +40,7 @@ STDMETHODIMP PropertyPageSite::GetPageContainer(IUnknown** container) {
 
 STDMETHODIMP PropertyPageSite::TranslateAccelerator(MSG* message) {
     if (message == nullptr) return E_POINTER;
-    return owner_ != nullptr && owner_->TakeFrameKey(*message) ? S_OK : S_FALSE;
+    return owner_ != nullptr && owner_->HandleFrameKey(*message) ? S_OK : S_FALSE;
 }
 
 }  // namespace tavo

@@ -1,4 +1,4 @@
-// The site that the property frame gives to its pages.
+// The site of the property frame's pages.
 
 #pragma once
 
@@ -14,15 +14,14 @@ class PageSiteOwner {
   public:
     // PROPPAGESTATUS values.
     virtual void OnPageStatus(DWORD flags) = 0;
-    // True when the key was one of the frame's own and has been followed.
-    virtual bool TakeFrameKey(const MSG& message) = 0;
+    // True when the frame handled the key.
+    virtual bool HandleFrameKey(const MSG& message) = 0;
 
   protected:
     ~PageSiteOwner() = default;
 };
 
-// Pages may keep their site for longer than there is a frame: it lives until its last release, and
-// from Detach on it reaches nobody.
+// A page may keep its site longer than the frame exists. After Detach the site does nothing.
 class PropertyPageSite final : public IPropertyPageSite {
   public:
     // The caller holds the first reference.
@@ -38,7 +37,7 @@ class PropertyPageSite final : public IPropertyPageSite {
 
     STDMETHODIMP OnStatusChange(DWORD flags) override;
     STDMETHODIMP GetLocaleID(LCID* locale) override;
-    // There is none.
+    // E_NOTIMPL.
     STDMETHODIMP GetPageContainer(IUnknown** container) override;
     STDMETHODIMP TranslateAccelerator(MSG* message) override;
 

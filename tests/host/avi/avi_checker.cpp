@@ -1,4 +1,4 @@
-// Walks an AVI file of the shape that the writer makes, and complains about anything else.
+// Accepts only AVI files of the shape that the writer makes.
 
 #include "tests/host/avi/avi_checker.h"
 
@@ -113,7 +113,7 @@ class Checker {
             superIndex_ = data;
             superLength_ = length;
         } else if (code == "vprp") {
-            avi_.shownAspect = U32(data + 20);
+            avi_.displayAspect = U32(data + 20);
             if (length != 68 || U32(data + 32) != 1) Fault("vprp");
         } else {
             Fault("unexpected stream chunk " + code);

@@ -1,5 +1,5 @@
-// A second, strict look at an AVI file, written without the code under test: every size must be
-// exact, every index must point at its chunk. For tests of the writer.
+// A strict second parser of AVI files that shares no code with the first: every size must be exact,
+// every index must point at its chunk.
 
 #pragma once
 
@@ -12,7 +12,7 @@
 namespace tavo_test {
 
 struct CheckedAvi {
-    std::string fault;  // empty when the file is sound
+    std::string fault;  // empty when the file is valid
     std::string handler;
     std::string compression;  // four characters, or "#" and a number
     uint32_t bitCount = 0;
@@ -26,7 +26,7 @@ struct CheckedAvi {
     uint32_t streamFrames = 0;  // strh
     uint32_t totalFrames = 0;   // dmlh
     std::string frameCode;
-    uint32_t shownAspect = 0;             // vprp; 0 without
+    uint32_t displayAspect = 0;           // vprp; 0 without
     std::vector<uint64_t> frames;         // data offsets, from the movi lists
     std::vector<uint32_t> repeats;        // empty chunks behind each frame
     std::vector<uint64_t> chunks;         // data offsets of frames and empty chunks

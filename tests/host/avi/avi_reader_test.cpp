@@ -1,4 +1,4 @@
-// The AVI reader: sound files of all kinds, and files that are not sound.
+// The AVI reader: valid files of all kinds, and damaged ones.
 
 #include "host/avi/avi_reader.h"
 
@@ -69,7 +69,7 @@ void PutFrame(RiffBlock& block, uint32_t code, uint32_t length, uint32_t value) 
     block.Close(chunk);
 }
 
-// One stream, and whatever `movie` puts into the movi list.
+// A file with one stream and the given movi list.
 std::vector<std::byte> MakeAvi(const StreamSpec& spec,
                                const std::function<void(RiffBlock&)>& movie) {
     RiffBlock block;
@@ -120,7 +120,7 @@ TEST(AviReader, Masks) {
     AviReader reader;
     ASSERT_EQ(Open(rgb555, reader), AviResult::Ok);
     EXPECT_EQ(reader.Video().format, PixelFormat::RGB555);
-    // Masks that are promised and absent.
+    // Masks are announced and missing.
     EXPECT_EQ(Open({kCompressionBitFields, 16, 4, 2, kMasks565, 25, 1, 40}),
               AviResult::OtherFormat);
     EXPECT_EQ(Open({kCompressionBitFields, 16, 4, 2, {1, 2, 3}, 25, 1, 52}),
@@ -173,7 +173,7 @@ TEST(AviReader, FramesInOrderAndInRecords) {
     AviReader reader;
     ASSERT_EQ(reader.Open(store), AviResult::Ok);
     ASSERT_EQ(reader.FrameCount(), 3u);
-    EXPECT_FALSE(reader.IsCutOff());
+    EXPECT_FALSE(reader.IsTruncated());
     for (uint32_t n = 0; n < 3; ++n) {
         std::vector<std::byte> frame(reader.FrameBytes());
         ASSERT_EQ(reader.ReadFrame(n, frame), IoResult::Ok);
@@ -252,7 +252,7 @@ TEST(AviReader, FramesOfAnotherLayout) {
     EXPECT_EQ(AviReader().Open(mixed), AviResult::OtherFrameLayout);
 }
 
-// A file that ends anywhere: the frames before are there, and nothing else.
+// A file that is cut off anywhere gives the frames before that, and nothing else.
 TEST(AviReader, CutOffAtEveryByte) {
     MemoryStore whole;
     AviWriter writer(whole, {PixelFormat::YUY2, FourCc('Y', 'U', 'Y', '2'), 4, 2}, {25, 1},
@@ -282,7 +282,7 @@ TEST(AviReader, CutOffAtEveryByte) {
     EXPECT_EQ(before, 40u);
 }
 
-// As it looks when the writer never came to the end.
+// As an interrupted writer leaves it.
 TEST(AviReader, UnfinishedFile) {
     MemoryStore store;
     AviWriter writer(store, {PixelFormat::YUY2, FourCc('Y', 'U', 'Y', '2'), 4, 2}, {24, 1});
@@ -294,7 +294,7 @@ TEST(AviReader, UnfinishedFile) {
     ASSERT_EQ(reader.Open(store), AviResult::Ok);
     EXPECT_EQ(reader.FrameCount(), 5u);
     EXPECT_EQ(reader.Rate(), (FrameRate{24, 1}));
-    EXPECT_TRUE(reader.IsCutOff());
+    EXPECT_TRUE(reader.IsTruncated());
 }
 
 TEST(AviReader, RandomDamageIsSurvived) {

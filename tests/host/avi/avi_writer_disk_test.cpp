@@ -1,4 +1,4 @@
-// The AVI writer: disks that fill up or fail.
+// The AVI writer: full disks and failing ones.
 
 #include "host/avi/avi_writer.h"
 
@@ -22,8 +22,8 @@ using tavo_test::Video;
 using tavo_test::WriteAndCheck;
 using tavo_test::WriteFrames;
 
-// The disk fills up at every possible byte: the file must be sound each time, with all frames but
-// those whose place the index needs.
+// The disk fills up at every possible byte. The file must be valid each time, with all frames but
+// those whose space the index needs.
 TEST(AviWriter, FullDiskLeavesASoundFile) {
     const VideoFormat video = Video(PixelFormat::YUY2, 8, 4);  // 64 bytes
     constexpr AviLimits kLimits = {1500, 6};
@@ -72,7 +72,7 @@ void FillDisk(AviWriter& writer, const VideoFormat& video) {
     ASSERT_EQ(result, IoResult::DiskFull);
 }
 
-// Frames smaller than their own index entries: most of them have to go.
+// Frames smaller than their index entries: most of them are dropped.
 TEST(AviWriter, FullDiskCostsNoMoreThanTheFile) {
     const VideoFormat video = Video(PixelFormat::YUY2, 2, 1);
     MemoryStore store;
@@ -87,7 +87,7 @@ TEST(AviWriter, FullDiskCostsNoMoreThanTheFile) {
     EXPECT_LT(store.writes, 100);
     EXPECT_EQ(CheckAvi(store).fault, "");
 
-    // One more would have been too many.
+    // One more would not fit.
     const uint32_t kept = writer.FrameCount();
     EXPECT_LT(kept, written / 2);
     for (const uint32_t frames : {kept, kept + 1}) {
@@ -97,7 +97,7 @@ TEST(AviWriter, FullDiskCostsNoMoreThanTheFile) {
     }
 }
 
-// A disk that compresses what is written: how much of it is left cannot be measured with zeros.
+// A disk with compression: writing zeros does not tell how much space is left.
 class CompressingStore final : public MemoryStore {
   public:
     IoResult WriteAt(uint64_t offset, std::span<const std::byte> source) override {

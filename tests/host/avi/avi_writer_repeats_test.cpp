@@ -1,4 +1,4 @@
-// The AVI writer: frames that are shown for longer, as empty chunks in room that was left.
+// The AVI writer: frames repeated by empty chunks.
 
 #include "host/avi/avi_writer.h"
 
@@ -19,7 +19,7 @@ using tavo_test::Picture;
 using tavo_test::Video;
 using tavo_test::WriteFrames;
 
-// Frame n is shown n % 4 times more, in a room for 5.
+// Frame n is repeated n % 4 times; 5 are reserved.
 CheckedAvi WriteRepeats(MemoryStore& store, const VideoFormat& video, uint32_t frames,
                         AviLimits limits, bool repeat = true) {
     AviWriter writer(store, video, {25, 1}, limits);
@@ -27,7 +27,7 @@ CheckedAvi WriteRepeats(MemoryStore& store, const VideoFormat& video, uint32_t f
     std::vector<uint32_t> repeats;
     for (uint32_t n = 0; n < frames; ++n) {
         EXPECT_EQ(writer.WriteFrame(Picture(video, n)), IoResult::Ok) << n;
-        EXPECT_EQ(writer.LeaveRoom(5), IoResult::Ok);
+        EXPECT_EQ(writer.ReserveRepeats(5), IoResult::Ok);
         repeats.push_back(n % 4);
     }
     if (repeat) writer.SetRepeats(repeats);
@@ -52,7 +52,7 @@ TEST(AviWriter, RepeatsAreEmptyChunks) {
         EXPECT_EQ(avi.totalFrames, 23u);
         AviReader reader;
         ASSERT_EQ(reader.Open(store), AviResult::Ok);
-        EXPECT_FALSE(reader.IsCutOff());
+        EXPECT_FALSE(reader.IsTruncated());
         ASSERT_EQ(reader.FrameCount(), 23u);
         std::vector<std::byte> frame(reader.FrameBytes());
         ASSERT_EQ(reader.ReadFrame(8, frame), IoResult::Ok);
@@ -77,12 +77,12 @@ TEST(AviWriter, RoomIsLeftOnceForAFrame) {
     MemoryStore store;
     AviWriter writer(store, video, {25, 1});
     ASSERT_EQ(writer.Begin(), IoResult::Ok);
-    EXPECT_EQ(writer.LeaveRoom(1), IoResult::Failed);
+    EXPECT_EQ(writer.ReserveRepeats(1), IoResult::Failed);
     WriteFrames(writer, video, 2);
-    EXPECT_EQ(writer.LeaveRoom(0), IoResult::Ok);
-    EXPECT_EQ(writer.LeaveRoom(3), IoResult::Ok);
-    EXPECT_EQ(writer.LeaveRoom(3), IoResult::Failed);
-    // More than there is room for, and for more frames than there are.
+    EXPECT_EQ(writer.ReserveRepeats(0), IoResult::Ok);
+    EXPECT_EQ(writer.ReserveRepeats(3), IoResult::Ok);
+    EXPECT_EQ(writer.ReserveRepeats(3), IoResult::Failed);
+    // More than were reserved, and for more frames than there are.
     writer.SetRepeats({7, 7, 7});
     ASSERT_EQ(writer.Finish(), IoResult::Ok);
     const CheckedAvi avi = CheckAvi(store);
@@ -106,7 +106,7 @@ TEST(AviWriter, FullDiskWithRepeatsLeavesASoundFile) {
         std::vector<uint32_t> repeats;
         for (uint32_t n = 0; n < 30 && result == IoResult::Ok; ++n) {
             result = writer.WriteFrame(Picture(video, n));
-            if (result == IoResult::Ok) result = writer.LeaveRoom(5);
+            if (result == IoResult::Ok) result = writer.ReserveRepeats(5);
             repeats.push_back(n % 4);
         }
         writer.SetRepeats(repeats);

@@ -125,7 +125,7 @@ TEST(AviWriter, SegmentsKeepTheirLimit) {
             AviReader reader;
             ASSERT_EQ(reader.Open(store), AviResult::Ok);
             EXPECT_EQ(reader.FrameCount(), frames);
-            EXPECT_FALSE(reader.IsCutOff());
+            EXPECT_FALSE(reader.IsTruncated());
         }
     }
 }
@@ -201,17 +201,17 @@ TEST(AviWriter, RateMayBeSettledLater) {
     EXPECT_EQ(avi.frames.size(), 2u);
 }
 
-TEST(AviWriter, TheShownAspectIsInTheHeader) {
+TEST(AviWriter, TheDisplayAspectIsInTheHeader) {
     const VideoFormat video = Video(PixelFormat::YUY2, 32, 8);
     MemoryStore store;
     AviWriter writer(store, video, {25, 1});
-    writer.SetShownAspect({16, 9});
+    writer.SetDisplayAspect({16, 9});
     ASSERT_EQ(writer.Begin(), IoResult::Ok);
     WriteFrames(writer, video, 2);
     ASSERT_EQ(writer.Finish(), IoResult::Ok);
     const CheckedAvi avi = CheckAvi(store);
     EXPECT_EQ(avi.fault, "");
-    EXPECT_EQ(avi.shownAspect, 16u << 16 | 9u);
+    EXPECT_EQ(avi.displayAspect, 16u << 16 | 9u);
     EXPECT_EQ(avi.frames.size(), 2u);
 }
 

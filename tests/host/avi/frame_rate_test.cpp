@@ -1,4 +1,4 @@
-// Frame rates: every rate that is common comes back from its duration.
+// Every common rate follows from its duration.
 
 #include "host/avi/frame_rate.h"
 

@@ -1,4 +1,4 @@
-// Rates and repeats for steady, wandering, gappy and wild times.
+// Rates and repeats for regular, drifting and irregular times, and for gaps.
 
 #include "host/avi/frame_timing.h"
 
@@ -14,7 +14,7 @@ using Times = std::vector<int64_t>;
 
 constexpr int64_t kMs = 10000;
 
-// Times of the given slots of a rate, cut to multiples of `unit`.
+// Times of the given slots of a rate, truncated to multiples of `unit`.
 Times TimesOf(const std::vector<int64_t>& slots, FrameRate rate, int64_t unit = 1) {
     Times times;
     for (const int64_t slot : slots) {
@@ -34,7 +34,7 @@ FrameTiming Fit(const Times& times, std::optional<FrameRate> nominal = {}) {
     return FitTiming(times, times.back() + last, nominal);
 }
 
-// The farthest that a frame starts from its own time, in slots, when all may be moved together.
+// The largest distance of a frame from its own time, in slots; a common offset does not count.
 double Farthest(const Times& times, const FrameTiming& timing) {
     double least = 0;
     double most = 0;
@@ -65,7 +65,7 @@ TEST(FrameTiming, SteadyTimesGiveOneSlotToEachFrame) {
                                {50, 1},       {10, 1}, {60000, 1001}, {60, 1},       {120, 1},
                                {1, 1},        {1, 10}, {1000, 1},     {7, 1},        {14985, 1000}};
     for (const FrameRate rate : rates) {
-        // Exact, and in milliseconds as Matroska counts them.
+        // Exact times, and milliseconds as in Matroska.
         for (const int64_t unit : {int64_t{1}, kMs}) {
             if (rate.Fps() > 300 && unit > 1) continue;
             SCOPED_TRACE(testing::Message() << rate.Fps() << " in units of " << unit);
@@ -96,7 +96,7 @@ TEST(FrameTiming, AWrongNameIsNotBelieved) {
     EXPECT_EQ(slow.totalRepeats, 0u);
 }
 
-// A camera: none of its frames is where it should be, and none is missing.
+// A camera: every frame is off its slot, none is missing.
 TEST(FrameTiming, WanderingTimesAreSteady) {
     std::mt19937 random(1);
     Times times = TimesOf(Every(3000), {30, 1});
@@ -140,7 +140,7 @@ TEST(FrameTiming, TheShortestCommonDistanceIsFound) {
     const FrameTiming timing = Fit(TimesOf(slots, {1000000, 66667}), FrameRate{1000000, 66667});
     EXPECT_EQ(timing.rate, (FrameRate{1000000, 66667}));
     EXPECT_LT(Farthest(TimesOf(slots, {1000000, 66667}), timing), 0.001);
-    // A rate that nobody names and nobody uses: 17 a second, two and three slots apart.
+    // An uncommon rate that the source does not name: 17 per second, two and three slots apart.
     slots = {0};
     for (size_t i = 0; i < 200; ++i) slots.push_back(slots.back() + 2 + (i * i + i / 3) % 2);
     const FrameTiming odd = Fit(TimesOf(slots, {17, 1}, kMs));
@@ -168,7 +168,7 @@ TEST(FrameTiming, WildTimesKeepTimeAndAllFrames) {
         const FrameTiming timing = Fit(times, FrameRate{25, 1});
         ASSERT_EQ(timing.repeats.size(), times.size());
         EXPECT_GE(timing.rate.Fps(), 60.0);
-        EXPECT_LE(timing.rate.Fps(), kHighestSlotRate);
+        EXPECT_LE(timing.rate.Fps(), kMaxSlotRate);
         const double length = static_cast<double>(times.back()) / 1e7;
         EXPECT_NEAR(Seconds(timing), length, static_cast<double>(longest) / 1e3 + 0.02);
         if (longest >= 1000) {
@@ -195,7 +195,7 @@ TEST(FrameTiming, RepeatsFitTheRoomThatIsLeft) {
         const FrameTiming timing = FitTiming(times, times.back() + 400000, {});
         for (size_t i = 0; i < times.size(); ++i) {
             const int64_t next = i + 1 < times.size() ? times[i + 1] : times[i] + 400000;
-            ASSERT_LE(timing.repeats[i], MostRepeats(next - times[i]));
+            ASSERT_LE(timing.repeats[i], MaxRepeats(next - times[i]));
         }
     }
 }
@@ -207,8 +207,8 @@ TEST(FrameTiming, TheLastFrameLastsAsLongAsItSays) {
     EXPECT_EQ(timing.totalRepeats, 24u);
 }
 
-TEST(RisingTimes, BeginAtZeroAndOnlyRise) {
-    RisingTimes times;
+TEST(MonotonicTimes, BeginAtZeroAndOnlyRise) {
+    MonotonicTimes times;
     EXPECT_EQ(times.Next(5000, 40), 0);
     EXPECT_EQ(times.Next(5100, 40), 100);
     EXPECT_EQ(times.Next(5100, 40), 140);  // not later
@@ -216,10 +216,10 @@ TEST(RisingTimes, BeginAtZeroAndOnlyRise) {
     EXPECT_EQ(times.Next(3050, 40), 230);
     EXPECT_EQ(times.Next(std::nullopt, 40), 270);
     EXPECT_EQ(times.Next(3100, 40), 280);
-    EXPECT_EQ(times.Next(3100 + RisingTimes::kLongestGap, 40), 280 + RisingTimes::kLongestGap);
-    EXPECT_EQ(times.Next(INT64_MAX, 40), 320 + RisingTimes::kLongestGap);
-    EXPECT_EQ(times.Next(INT64_MIN, 40), 360 + RisingTimes::kLongestGap);
-    EXPECT_EQ(times.Next(INT64_MAX, 40), 400 + RisingTimes::kLongestGap);
+    EXPECT_EQ(times.Next(3100 + MonotonicTimes::kMaxGap, 40), 280 + MonotonicTimes::kMaxGap);
+    EXPECT_EQ(times.Next(INT64_MAX, 40), 320 + MonotonicTimes::kMaxGap);
+    EXPECT_EQ(times.Next(INT64_MIN, 40), 360 + MonotonicTimes::kMaxGap);
+    EXPECT_EQ(times.Next(INT64_MAX, 40), 400 + MonotonicTimes::kMaxGap);
 }
 
 }  // namespace

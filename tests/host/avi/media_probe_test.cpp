@@ -1,4 +1,4 @@
-// What is found out about files of all kinds, whole, cut off, and broken.
+// Facts about files of all kinds: complete, cut off, damaged.
 
 #include "host/avi/media_probe.h"
 
@@ -81,8 +81,8 @@ TEST(MediaProbe, Kinds) {
     std::string stream;
     for (int i = 0; i < 3; ++i) stream += 'G' + std::string(187, '\xFF');
     EXPECT_EQ(Probe(stream).kind, MediaKind::MpegTs);
-    EXPECT_FALSE(Probe(stream).cutOff);
-    EXPECT_TRUE(Probe(stream + "G").cutOff);
+    EXPECT_FALSE(Probe(stream).truncated);
+    EXPECT_TRUE(Probe(stream + "G").truncated);
 }
 
 TEST(MediaProbe, Mp4) {
@@ -91,13 +91,13 @@ TEST(MediaProbe, Mp4) {
     EXPECT_EQ(facts.kind, MediaKind::Mp4);
     EXPECT_TRUE(facts.hasVideo && facts.hasSound && facts.hasHeaders);
     EXPECT_EQ(facts.codec, "avc1");
-    EXPECT_FALSE(facts.cutOff || facts.isEmpty || facts.pixel.IsKnown());
+    EXPECT_FALSE(facts.truncated || facts.isEmpty || facts.pixelAspect.IsKnown());
     EXPECT_EQ(facts.rotation, 0);
     EXPECT_EQ(WhyNoVideo(L"x", facts), L"");
 
-    EXPECT_TRUE(Probe(whole.substr(0, whole.size() - 1)).cutOff);
+    EXPECT_TRUE(Probe(whole.substr(0, whole.size() - 1)).truncated);
     const MediaFacts start = Probe(whole.substr(0, 30));
-    EXPECT_TRUE(start.cutOff);
+    EXPECT_TRUE(start.truncated);
     const MediaFacts headless = Probe(Box("ftyp", "isom") + Box("mdat", "xxxx"));
     EXPECT_NE(WhyNoVideo(L"x", headless).find(L"x is cut off"), std::wstring::npos);
 
@@ -121,8 +121,9 @@ TEST(MediaProbe, Mp4RotationAndPixels) {
         EXPECT_EQ(Probe(FileOf(TrackOf({.matrix = matrix}))).rotation, degrees);
     }
     const MediaFacts facts = Probe(FileOf(TrackOf({.pixel = Box("pasp", Big(64) + Big(45))})));
-    EXPECT_EQ(facts.pixel, (AspectRatio{64, 45}));
-    EXPECT_FALSE(Probe(FileOf(TrackOf({.pixel = Box("pasp", Big(1) + Big(1))}))).pixel.IsKnown());
+    EXPECT_EQ(facts.pixelAspect, (AspectRatio{64, 45}));
+    EXPECT_FALSE(
+        Probe(FileOf(TrackOf({.pixel = Box("pasp", Big(1) + Big(1))}))).pixelAspect.IsKnown());
 }
 
 std::string Element(const std::string& code, const std::string& data) {
@@ -146,9 +147,9 @@ TEST(MediaProbe, Matroska) {
     EXPECT_EQ(facts.kind, MediaKind::Matroska);
     EXPECT_TRUE(facts.hasVideo && facts.hasSound);
     EXPECT_EQ(facts.codec, "V_VP9");
-    EXPECT_EQ(facts.pixel, (AspectRatio{64, 45}));
-    EXPECT_FALSE(facts.cutOff);
-    EXPECT_TRUE(Probe(whole.substr(0, whole.size() - 1)).cutOff);
+    EXPECT_EQ(facts.pixelAspect, (AspectRatio{64, 45}));
+    EXPECT_FALSE(facts.truncated);
+    EXPECT_TRUE(Probe(whole.substr(0, whole.size() - 1)).truncated);
     EXPECT_EQ(WhyNoVideo(L"x", Probe(MatroskaOf(sound))), L"x has no video in it, only sound");
 }
 
@@ -157,7 +158,7 @@ TEST(MediaProbe, Avi) {
     for (const uint32_t frames : {0u, 3u}) {
         MemoryStore store;
         AviWriter writer(store, video, {25, 1});
-        writer.SetShownAspect({16, 9});
+        writer.SetDisplayAspect({16, 9});
         ASSERT_EQ(writer.Begin(), IoResult::Ok);
         const std::vector<std::byte> frame(*FrameSize(video));
         for (uint32_t n = 0; n < frames; ++n) ASSERT_EQ(writer.WriteFrame(frame), IoResult::Ok);
@@ -165,12 +166,12 @@ TEST(MediaProbe, Avi) {
         const MediaFacts facts = ProbeMedia(store);
         EXPECT_EQ(facts.kind, MediaKind::Avi);
         EXPECT_TRUE(facts.hasVideo);
-        EXPECT_FALSE(facts.hasSound || facts.cutOff);
+        EXPECT_FALSE(facts.hasSound || facts.truncated);
         EXPECT_EQ(facts.isEmpty, frames == 0);
         EXPECT_EQ(facts.codec, "YUY2");
-        EXPECT_EQ(facts.pixel, (AspectRatio{64, 45}));
+        EXPECT_EQ(facts.pixelAspect, (AspectRatio{64, 45}));
         store.bytes.pop_back();
-        EXPECT_TRUE(ProbeMedia(store).cutOff);
+        EXPECT_TRUE(ProbeMedia(store).truncated);
     }
 }
 
@@ -185,7 +186,7 @@ TEST(MediaProbe, AviWithBothInOneStream) {
         "RIFF", "AVI " + chunk("LIST", "hdrl" + chunk("LIST", stream)) + chunk("LIST", movie)));
     EXPECT_EQ(facts.codec, "dvsd");
     EXPECT_EQ(WhyNoVideo(L"x", facts), L"");
-    EXPECT_FALSE(facts.cutOff);
+    EXPECT_FALSE(facts.truncated);
 }
 
 TEST(MediaProbe, Ogg) {
@@ -199,8 +200,8 @@ TEST(MediaProbe, Ogg) {
     const MediaFacts facts = Probe(sound + video + page(4, "end"));
     EXPECT_TRUE(facts.hasVideo && facts.hasSound);
     EXPECT_EQ(facts.codec, "theora");
-    EXPECT_FALSE(facts.cutOff);
-    EXPECT_TRUE(Probe(sound + video + page(0, "more")).cutOff);
+    EXPECT_FALSE(facts.truncated);
+    EXPECT_TRUE(Probe(sound + video + page(0, "more")).truncated);
     EXPECT_TRUE(Probe(sound + page(2, std::string("\x01video\0\0", 8))).hasVideo);
     EXPECT_FALSE(Probe(page(2, "fishead ") + sound).hasVideo);
 }
@@ -211,8 +212,8 @@ TEST(MediaProbe, Flv) {
         return std::string("FLV\x01") + flags + Big(9) + Big(0) + tag + Big(16);
     };
     EXPECT_TRUE(Probe(flv(5)).hasVideo);
-    EXPECT_FALSE(Probe(flv(5)).cutOff);
-    EXPECT_TRUE(Probe(flv(5).substr(0, 25)).cutOff);
+    EXPECT_FALSE(Probe(flv(5)).truncated);
+    EXPECT_TRUE(Probe(flv(5).substr(0, 25)).truncated);
     EXPECT_EQ(WhyNoVideo(L"x", Probe(flv(4))), L"x has no video in it, only sound");
     EXPECT_EQ(WhyNoVideo(L"x", Probe(flv(0))), L"");
 }
@@ -225,7 +226,7 @@ TEST(MediaProbe, WhatHelps) {
     EXPECT_EQ(WhyNotDecoded(L"x", facts, Platform::Wine32),
               L"nothing on this system decodes the AV1 video in x (MP4); on Debian, Wine gets that "
               L"from gstreamer1.0-plugins-good:i386 and gstreamer1.0-plugins-bad:i386");
-    facts.cutOff = true;
+    facts.truncated = true;
     EXPECT_NE(WhyNotDecoded(L"x", facts, Platform::Wine64).find(L"cut off; on Debian"),
               std::wstring::npos);
     EXPECT_NE(WhyNotDecoded(L"x", facts, Platform::Windows).find(L"DirectShow"),
@@ -241,7 +242,7 @@ TEST(MediaProbe, WhatHelps) {
     EXPECT_EQ(WhyNoFrames(L"x", facts), L"x is a picture, no video");
 }
 
-// Whatever the bytes are: it ends, and within the file.
+// Any bytes: probing ends, and stays within the file.
 TEST(MediaProbe, BrokenFiles) {
     std::mt19937 random(3);
     const std::string files[] = {FileOf(TrackOf({}) + TrackOf({.pixel = Box("pasp", Big(4))})),

@@ -27,7 +27,7 @@ class MemoryStore : public tavo::ByteStore {
         return tavo::IoResult::Ok;
     }
 
-    // As a full disk does it: what fits is written, then the call fails.
+    // Like a full disk: writes what fits, then fails.
     tavo::IoResult WriteAt(uint64_t offset, std::span<const std::byte> source) override {
         ++writes;
         bytesOffered += source.size();

@@ -28,15 +28,15 @@ void WriteMovie(const std::filesystem::path& path, const tavo::VideoFormat& vide
 
 void WriteMovie(const std::filesystem::path& path, const tavo::VideoFormat& video,
                 const std::vector<Frame>& frames, tavo::FrameRate rate,
-                const std::vector<uint32_t>& repeats, tavo::AspectRatio shown) {
+                const std::vector<uint32_t>& repeats, tavo::AspectRatio displayAspect) {
     tavo::FileStore file;
     ASSERT_EQ(file.Create(path), tavo::IoResult::Ok);
     tavo::AviWriter writer(file, video, rate);
-    writer.SetShownAspect(shown);
+    writer.SetDisplayAspect(displayAspect);
     ASSERT_EQ(writer.Begin(), tavo::IoResult::Ok);
     for (size_t n = 0; n < frames.size(); ++n) {
         ASSERT_EQ(writer.WriteFrame(frames[n]), tavo::IoResult::Ok);
-        ASSERT_EQ(writer.LeaveRoom(repeats[n]), tavo::IoResult::Ok);
+        ASSERT_EQ(writer.ReserveRepeats(repeats[n]), tavo::IoResult::Ok);
     }
     writer.SetRepeats(repeats);
     ASSERT_EQ(writer.Finish(), tavo::IoResult::Ok);
@@ -60,7 +60,7 @@ Movie ReadMovie(const std::filesystem::path& path) {
 
 void MovieTest::SetUp() {
     const std::string name = testing::UnitTest::GetInstance()->current_test_info()->name();
-    // Other programs have tests of the same names.
+    // Other test programs have tests of the same name.
     folder_ = std::filesystem::temp_directory_path() /
               (L"vantrel \u00FCbung " + std::to_wstring(GetCurrentProcessId()) + L" " +
                std::wstring(name.begin(), name.end()));

@@ -1,4 +1,4 @@
-// Small AVI files for tests, and a look at the ones that come out.
+// Writes and reads small AVI files.
 
 #pragma once
 
@@ -15,26 +15,26 @@ namespace tavo_test {
 
 using Frame = std::vector<std::byte>;
 
-// Frames of noise, the same every time; no two alike.
+// Frames of noise, no two alike, the same in every run.
 std::vector<Frame> NoiseFrames(const tavo::VideoFormat& video, uint32_t count);
 
 void WriteMovie(const std::filesystem::path& path, const tavo::VideoFormat& video,
                 const std::vector<Frame>& frames, tavo::FrameRate rate = {30000, 1001});
 
-// The same, with each frame shown that often more.
+// The same, with each frame repeated that often.
 void WriteMovie(const std::filesystem::path& path, const tavo::VideoFormat& video,
                 const std::vector<Frame>& frames, tavo::FrameRate rate,
-                const std::vector<uint32_t>& repeats, tavo::AspectRatio shown = {});
+                const std::vector<uint32_t>& repeats, tavo::AspectRatio displayAspect = {});
 
 struct Movie {
     CheckedAvi avi;
     std::vector<Frame> frames;
 };
 
-// `avi.fault` tells what is wrong with the file, also when it cannot be opened.
+// `avi.fault` tells what is wrong with the file, or that it cannot be opened.
 Movie ReadMovie(const std::filesystem::path& path);
 
-// A folder of its own for every test, gone afterwards. Its name has a blank and an umlaut.
+// A temporary folder for each test. Its name has a blank and an umlaut.
 class MovieTest : public testing::Test {
   protected:
     void SetUp() override;

@@ -1,4 +1,4 @@
-// Planar frames of other programs: what they are long, and what comes out of them.
+// Planar frames of other programs: their length and their planes.
 
 #include "host/avi/planar_layout.h"
 
@@ -22,7 +22,7 @@ struct Lengths {
     uint64_t padded;   // as GStreamer does
 };
 
-// Lengths of frames that these programs were seen to write and to read.
+// Lengths observed with these programs.
 constexpr Lengths kLengths[] = {
     {PixelFormat::IYUV, 32, 32, 1536, 1536, 1536},
     {PixelFormat::IYUV, 33, 32, 1584, 1600, 1792},
@@ -49,7 +49,7 @@ TEST(PlanarLayout, LengthsOfFrames) {
     }
 }
 
-// The picture that a length stands for is the same whichever layout of that length is named first.
+// A length gives the same picture whichever layout of that length comes first.
 TEST(PlanarLayout, ALengthNamesItsLayout) {
     for (const Lengths& row : kLengths) {
         const VideoFormat video = Video(row.format, row.width, row.height);
@@ -74,7 +74,7 @@ TEST(PlanarLayout, FramesMayBeLongerOnlyWhereNothingIsCut) {
     EXPECT_EQ(LayoutOfLength(odd, 1793), std::nullopt);
 }
 
-// 5 x 3 in YV12: samples are numbered, everything between them is 0xFF.
+// 5 x 3 in YV12. Samples are numbered, padding is 0xFF.
 TEST(PlanarLayout, SamplesGoToTheirPlaces) {
     const VideoFormat video = Video(PixelFormat::YV12, 5, 3);
     const std::vector<int> rounded = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13,

@@ -1,4 +1,4 @@
-// Frames with times: the rate and the repeats that a file gets.
+// Frames with times: the rate and the repeats of the file.
 
 #include "host/avi/timed_avi_writer.h"
 

@@ -1,4 +1,4 @@
-// The command line: every option, every way to get one wrong.
+// Every option, and every way to get one wrong.
 
 #include "host/cli/options.h"
 
@@ -140,7 +140,7 @@ TEST(Options, TheOutputIsNamedAvi) {
         EXPECT_TRUE(Contains(Parse({L"in.mp4", bad}).error, L"end with .avi")) << bad;
         EXPECT_TRUE(Contains(Parse({L"in.mp4", bad}).error, bad)) << bad;
     }
-    // Said elsewhere, and better.
+    // These get a better error later.
     EXPECT_EQ(Parse({L"in.mp4", L"folder\\"}).error, L"");
     EXPECT_EQ(Parse({L"--play", L"in.mp4"}).error, L"");
 }

@@ -57,7 +57,7 @@ HWND ControlWithin(HWND frame, int id) {
 
 std::string TextWithin(HWND frame, int id) {
     char text[40] = {};
-    // Texts of another process's controls come only by message.
+    // Texts of controls in another process need a message.
     SendMessageA(ControlWithin(frame, id), WM_GETTEXT, sizeof text, reinterpret_cast<LPARAM>(text));
     return text;
 }

@@ -1,5 +1,4 @@
-// The windows of a running program, which plays a video: finding them, reading them, and the user
-// at mouse and keyboard.
+// Windows of a running program that plays a video: finds and reads them, and acts as the user.
 //
 //   RunningProgram program(VantrelPath(), {L"--pages", path});
 //   const HWND frame = FindFrame(program);
@@ -18,7 +17,7 @@
 
 namespace tavo_test {
 
-// Looks seldom: every look takes time from the program.
+// Polls slowly: polling takes time from the program.
 template <typename Condition>
 bool WaitFor(Condition condition) {
     return WaitUntil(condition, 50);
@@ -32,13 +31,13 @@ HWND ControlWithin(HWND frame, int id);
 std::string TextWithin(HWND frame, int id);
 double FigureWithin(HWND frame, int id);
 
-// Instead of what stands there.
+// Replaces the text.
 void TypeInto(HWND edit, std::string_view text);
 void ClickOn(HWND button);
 
-// Whether the picture in the window is of that size.
+// Whether the picture in the window has that size.
 bool IsVideoAs(HWND video, int width, int height);
-// Of a picture in one dark gray; -1 when it is none.
+// The gray level of a picture in one dark gray, else -1.
 int GrayOf(HWND video);
 
 class PlayTest : public MovieTest {

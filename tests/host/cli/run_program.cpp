@@ -18,7 +18,7 @@ std::filesystem::path OwnFolder() {
     return std::filesystem::path(path).parent_path();
 }
 
-// As the C runtime of the child takes it apart again.
+// As the child's C runtime parses it.
 std::wstring Quote(const std::wstring& argument) {
     std::wstring text = L"\"";
     size_t slashes = 0;
@@ -108,8 +108,7 @@ Output RunVantrel(const std::vector<std::wstring>& arguments) {
     return RunningProgram(VantrelPath(), arguments).Wait();
 }
 
-// The handler stays: the thread on which the system calls it may start long after the program that
-// the key was for has ended.
+// The handler stays: the system may call it long after the other program has ended.
 bool ShareConsole() {
     if (GetConsoleWindow() == nullptr) {
         FreeConsole();

@@ -1,4 +1,4 @@
-// Runs vantrel.exe as a user would, and keeps what it prints.
+// Runs vantrel.exe as a user would, and captures its output.
 
 #pragma once
 
@@ -16,7 +16,7 @@ struct Output {
     std::string error;
 };
 
-// A program that has been started. Whoever lets it go kills it.
+// A started program. The destructor kills it.
 class RunningProgram {
   public:
     RunningProgram(const std::filesystem::path& program,
@@ -29,8 +29,8 @@ class RunningProgram {
     bool HasEnded() const;
     DWORD Id() const { return GetProcessId(process_); }
 
-    // Waits; exit code 9999 when it had to be killed after `seconds`: those of a machine on which
-    // nothing is quick.
+    // Waits up to `seconds`; the default suits very slow machines. Exit code 9999 when the program
+    // did not end.
     Output Wait(int seconds = 300);
 
   private:
@@ -39,16 +39,16 @@ class RunningProgram {
     std::filesystem::path errorFile_;
 };
 
-// The program under test: in the folder bin of the build.
+// The program under test, in the folder bin of the build.
 std::filesystem::path VantrelPath();
 std::filesystem::path ModulePath();
 
 Output RunVantrel(const std::vector<std::wstring>& arguments);
 
-// Sees to it that this program has a console, which it shares with those that it starts from now
-// on, and that it does not care for the Ctrl-C of that console any more.
+// Gives this program a console that it shares with the programs it starts from now on, and lets it
+// ignore Ctrl-C.
 bool ShareConsole();
-// Reaches all that share the console.
+// For all programs that share the console.
 bool PressCtrlC();
 
 }  // namespace tavo_test

@@ -1,4 +1,5 @@
-// What vantrel.exe says, and returns, when something is wrong; and what it leaves alone then.
+// Messages and exit codes of vantrel.exe when something is wrong, and the files that it leaves
+// alone.
 
 #include <gtest/gtest.h>
 
@@ -30,7 +31,7 @@ class VantrelErrors : public tavo_test::MovieTest {
         WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, 3));
     }
 
-    // One line with `part` in it, the code, and the output file as it was.
+    // Expects one line with `part` in it, the exit code, and an unchanged output file.
     void ExpectFailure(const std::vector<std::wstring>& arguments, DWORD code, const char* part) {
         const Output run = RunVantrel(arguments);
         EXPECT_EQ(run.exitCode, code);
@@ -88,7 +89,7 @@ TEST_F(VantrelErrors, InputsWithoutVideo) {
     EXPECT_FALSE(std::filesystem::exists(Path(L"out.avi")));
 }
 
-// A codec that nobody has ever heard of, in a sound file.
+// An unknown codec in a valid file.
 TEST_F(VantrelErrors, AMissingDecoderIsNamed) {
     const VideoFormat video = {PixelFormat::YUY2, FourCc('X', 'q', 'Z', '7'), 32, 16};
     WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, 3));

@@ -1,4 +1,4 @@
-// The whole way through vantrel.exe: frames of every format in, frames out, byte for byte.
+// Through vantrel.exe: frames of every format in, frames out, compared byte by byte.
 
 #include <gtest/gtest.h>
 
@@ -87,7 +87,7 @@ TEST_F(VantrelFrames, BothKindsOfFormatBlock) {
     }
 }
 
-// The file may have it either way up: the picture stays as it is, and comes out bottom-up.
+// Top-down files come out bottom-up, with the same picture.
 TEST_F(VantrelFrames, TopDownRgbIsTurnedOver) {
     for (const PixelFormat format :
          {PixelFormat::RGB24, PixelFormat::RGB555, PixelFormat::RGB565}) {
@@ -104,7 +104,7 @@ TEST_F(VantrelFrames, TopDownRgbIsTurnedOver) {
     }
 }
 
-// What a format cannot hold is rounded up, and the platform's readers can use it.
+// Sizes that a format cannot hold are rounded up; the platform can read the result.
 TEST_F(VantrelFrames, SizesAreRoundedToWhatTheFormatHolds) {
     struct Row {
         PixelFormat format;
@@ -154,8 +154,8 @@ TEST_F(VantrelFrames, FitKeepsTheShape) {
     }
 }
 
-// One plane by the plain rule: the sample at the truncated position. Every product is rounded to
-// double, also where the processor would keep more.
+// Nearest neighbour of one plane: the sample at the truncated position. Every product is rounded to
+// double, also on x87.
 uint32_t Position(uint32_t index, uint32_t from, uint32_t to) {
     const volatile double step = static_cast<double>(from) / to;
     const volatile double position = index * step;
@@ -223,7 +223,7 @@ TEST_F(VantrelFrames, RegulatorRepeatsAndDrops) {
     ASSERT_EQ(run.exitCode, 0u) << run.error;
     Movie movie = ReadMovie(Path(L"out.avi"));
     EXPECT_EQ(movie.avi.rate, 50u);
-    // The slot that would end together with the stream is not begun.
+    // The slot that ends with the stream is not started.
     ASSERT_EQ(movie.frames.size(), 99u);
     for (size_t n = 0; n < 99; ++n) EXPECT_EQ(movie.frames[n], frames[(n + 1) / 2]) << n;
     EXPECT_TRUE(Contains(run.out, "50 fps set")) << run.out;

@@ -1,5 +1,4 @@
-// The property pages beside the playing video: settings that take effect, and how it ends. Needs a
-// display.
+// The property pages during playback: settings take effect, and the ways to end. Needs a display.
 
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -33,7 +32,7 @@ using tavo_test::WriteMovie;
 
 std::string Narrow(std::wstring_view text) { return {text.begin(), text.end()}; }
 
-// The figures move with every frame that the filter takes.
+// The figures change with every frame.
 bool Plays(HWND frame) {
     const std::string before = TextWithin(frame, IDC_SYSTEM_FPS);
     return WaitFor([&] { return TextWithin(frame, IDC_SYSTEM_FPS) != before; });
@@ -110,7 +109,7 @@ TEST_F(VantrelPages, SettingsAreAppliedWhileTheVideoPlays) {
 }
 
 TEST_F(VantrelPages, TheVideoGoesOnWhereItWasWhenSettingsWereApplied) {
-    // Two frames a second, each as bright as its number says.
+    // Two frames per second; the brightness is the number of the frame.
     const VideoFormat format = {PixelFormat::RGB24, 0, 160, 120};
     std::vector<tavo_test::Frame> frames;
     for (int i = 0; i < 250; ++i) frames.emplace_back(*FrameSize(format), std::byte(i));
@@ -126,7 +125,7 @@ TEST_F(VantrelPages, TheVideoGoesOnWhereItWasWhenSettingsWereApplied) {
     EXPECT_TRUE(WaitFor([&] { return TextWithin(frame, IDC_WIDTH) == "200"; }));
     ClickOn(ControlWithin(frame, IDC_FRAME_APPLY));
     EXPECT_TRUE(WaitFor([&] { return IsVideoAs(video, 200, 120); }));
-    // The first one may still be from before.
+    // The first may still be an old one.
     int first = -1;
     int next = -1;
     EXPECT_TRUE(WaitFor([&] { return (first = GrayOf(video)) > 0; }));
@@ -146,7 +145,7 @@ TEST_F(VantrelPages, OkAppliesAndEnds) {
     const Output run = program.Wait();
     ExpectGoodEnd(run);
     EXPECT_NE(run.out.find("240 x 120"), std::string::npos) << run.out;
-    // Figures of the time before, not of the moment after.
+    // Figures from before the change.
     const double fps = std::atof(run.out.c_str() + run.out.find("per frame, ") + 11);
     EXPECT_GT(fps, 0.0) << run.out;
     EXPECT_LT(fps, 60.0) << run.out;

@@ -1,4 +1,4 @@
-// Playing in a window, and how that ends. Needs a display.
+// Playback in a window, and the ways to end it. Needs a display.
 
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -68,7 +68,7 @@ TEST_F(VantrelPlay, EndsWithEsc) {
     ExpectGoodEnd(program.Wait());
 }
 
-// Each frame is as bright as its number says.
+// The brightness is the number of the frame.
 std::vector<tavo_test::Frame> GrayFrames(const VideoFormat& video, int count, int first) {
     std::vector<tavo_test::Frame> frames;
     for (int i = 0; i < count; ++i) frames.emplace_back(*FrameSize(video), std::byte(first + i));
@@ -126,7 +126,7 @@ TEST_F(VantrelPlay, ThePictureKeepsItsShape) {
     ExpectGoodEnd(program.Wait());
 }
 
-// Renderers that take such pictures may not be there: then the source is asked for others.
+// Without a renderer for such pictures, the source is asked for another format.
 TEST_F(VantrelPlay, ShowsPacked422) {
     const VideoFormat video = {PixelFormat::YUY2, FourCc('Y', 'U', 'Y', '2'), 160, 120};
     WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, 10));

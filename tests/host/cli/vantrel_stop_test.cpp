@@ -1,4 +1,4 @@
-// Stopping in the middle: what was written is a complete file.
+// Stopping early leaves a complete file.
 
 #include <gtest/gtest.h>
 
@@ -20,8 +20,8 @@ using tavo_test::WriteMovie;
 
 class VantrelStop : public tavo_test::MovieTest {};
 
-// One picture and very many empty chunks, each of which shows it again: a small file for a run
-// that is certainly not over when it is interrupted.
+// One frame and very many empty chunks that repeat it: a small file with a run too long to end
+// before it is interrupted.
 void WriteEndlessMovie(const std::filesystem::path& path, const VideoFormat& video) {
     WriteMovie(path, video, NoiseFrames(video, 1), {25, 1});
     const tavo_test::Movie movie = tavo_test::ReadMovie(path);
@@ -30,7 +30,7 @@ void WriteEndlessMovie(const std::filesystem::path& path, const VideoFormat& vid
     ASSERT_EQ(file.OpenForReading(path), IoResult::Ok);
     ASSERT_EQ(file.ReadAt(0, start), IoResult::Ok);
     constexpr size_t kRepeats = 2'000'000;
-    // Sizes of 0, as an interrupted writer leaves them, reach to the end of the file.
+    // Sizes of 0, as from an interrupted writer, reach to the end of the file.
     for (const uint64_t at : {uint64_t{4}, movie.avi.frames[0] - 16}) {
         std::fill_n(start.begin() + static_cast<ptrdiff_t>(at), 4, std::byte{0});
     }
@@ -60,7 +60,7 @@ TEST_F(VantrelStop, CtrlCLeavesACompleteFile) {
     const Output run = program.Wait();
     EXPECT_EQ(run.exitCode, 3u) << run.error;
     EXPECT_NE(run.error.find("stopped after "), std::string::npos) << run.error;
-    // What went in, less what was dropped, and what was repeated make what came out.
+    // Frames in - dropped + repeated = frames out.
     unsigned long in = 0;
     unsigned long out = 0;
     unsigned long dropped = 0;

@@ -22,8 +22,7 @@ bool Contains(const std::string& text, const char* part) {
 
 class VantrelTiming : public tavo_test::MovieTest {
   protected:
-    // Frames of 15 a second, some of them shown for longer. The platform gives each once, with its
-    // time.
+    // 15 frames per second, some repeated. The platform delivers each once, with its time.
     void SetUp() override {
         MovieTest::SetUp();
         frames_ = NoiseFrames(video_, 30);
@@ -95,7 +94,7 @@ TEST_F(VantrelTiming, PixelsThatAreNotSquareStaySo) {
     ASSERT_EQ(run.exitCode, 0u) << run.error;
     Movie movie = ReadMovie(Path(L"out.avi"));
     EXPECT_EQ(movie.avi.fault, "");
-    EXPECT_EQ(movie.avi.shownAspect, 16u << 16 | 9u);
+    EXPECT_EQ(movie.avi.displayAspect, 16u << 16 | 9u);
     EXPECT_TRUE(Contains(run.out, "show 16:9")) << run.out;
     // A picture that fits a box has square pixels.
     run = RunVantrel({Path(L"in.avi"), Path(L"fit.avi"), L"--fit", L"32x32"});
@@ -103,7 +102,7 @@ TEST_F(VantrelTiming, PixelsThatAreNotSquareStaySo) {
     movie = ReadMovie(Path(L"fit.avi"));
     EXPECT_EQ(movie.avi.width, 32);
     EXPECT_EQ(movie.avi.height, 18);
-    EXPECT_EQ(movie.avi.shownAspect, 0u);
+    EXPECT_EQ(movie.avi.displayAspect, 0u);
     EXPECT_FALSE(Contains(run.out, "not square")) << run.out;
 }
 

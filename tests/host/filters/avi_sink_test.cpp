@@ -189,7 +189,7 @@ TEST_F(AviSink, RateComesFromTypeThenFromTimesThenByDefault) {
     }
 }
 
-// 20 frames a second, and each second one is missing.
+// 20 frames per second, every second one missing.
 constexpr REFERENCE_TIME kGappyTimes[] = {0, 500000, 1500000, 2000000, 3000000, 3500000};
 
 TEST_F(AviSink, IrregularTimesAreKept) {
@@ -210,7 +210,7 @@ TEST_F(AviSink, IrregularTimesAreKept) {
 TEST_F(AviSink, FrameForFrameKeepsTheRateOfTheType) {
     VideoSpec spec = Yuy2();
     spec.timePerFrame = 500000;
-    Connect(spec, {}, {.timing = CAviSink::Timing::FrameForFrame, .shown = {}});
+    Connect(spec, {}, {.timing = CAviSink::Timing::FrameForFrame, .displayAspect = {}});
     ASSERT_EQ(graph_->Run(), S_OK);
     for (const REFERENCE_TIME start : kGappyTimes) EXPECT_EQ(Deliver(1, start), S_OK);
     const Movie movie = Finish();

@@ -1,4 +1,4 @@
-// The AVI source: what it offers, delivers, and how it stops.
+// The AVI source: its types, its samples, and how it stops.
 
 #include "host/filters/avi_source_filter.h"
 
@@ -20,7 +20,7 @@ using tavo_test::Graph;
 using tavo_test::TestSink;
 using tavo_test::Watchdog;
 
-// Top-down in the file, bottom-up when it comes out.
+// Top-down in the file, bottom-up in the sample.
 const VideoFormat kVideo = {PixelFormat::RGB565, kCompressionBitFields, 8, -4};
 
 class AviSource : public tavo_test::MovieTest {
@@ -140,7 +140,7 @@ TEST_F(AviSource, StartsAgainFromTheFirstFrame) {
 
 TEST_F(AviSource, StopsWhileAFrameIsHeld) {
     Watchdog dog("stop while a frame is held");
-    // The sink stops first and lets go of the frame: like every stopped sink it takes none.
+    // The sink stops first, releases the sample, and refuses more like any stopped sink.
     Connect({.onReceive = [](IMediaSample*) { return VFW_E_WRONG_STATE; }});
     sink_->pin().HoldReceive();
     ASSERT_EQ(graph_->Run(), S_OK);
@@ -156,7 +156,7 @@ TEST_F(AviSource, EndsQuietlyWhereTheReceiverStoppedFirst) {
         Connect({.onReceive = [stopped](IMediaSample*) { return stopped; }});
         ASSERT_EQ(graph_->Run(), S_OK);
         ASSERT_TRUE(WaitForCall("Receive"));
-        // Long enough for the thread to say more, if it did.
+        // Time for the thread to report more, if it did.
         Sleep(200);
         EXPECT_EQ(sink_->pin().calls().Count("Receive"), 1);
         EXPECT_EQ(sink_->pin().calls().Count("EndOfStream"), 0);

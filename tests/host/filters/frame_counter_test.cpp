@@ -1,4 +1,4 @@
-// The frame counter: invisible to both sides, and its counts are right.
+// The frame counter is transparent to both sides, and counts correctly.
 
 #include "host/filters/frame_counter_filter.h"
 
@@ -71,7 +71,7 @@ class FrameCounter : public testing::Test, public CFrameCounter::Arrivals {
         ASSERT_EQ(source_->Stop(), S_OK);
     }
 
-    // One for every sample that came to the sink, `extra_` for each on top, and `arrived_` besides.
+    // One per sample that the sink got, `extra_` more for each, and `arrived_` besides.
     uint64_t Count() override { return sink_->pin().samples().size() * (1 + extra_) + arrived_; }
     void Expect(REFERENCE_TIME start, REFERENCE_TIME stop) override { expected_ = {start, stop}; }
     bool IsShown() override { return isShown_; }
@@ -143,7 +143,7 @@ TEST_F(FrameCounter, AFrameThatLeadsToRepeatsOfAnotherIsDropped) {
     EXPECT_EQ(expected_, std::pair(REFERENCE_TIME{100}, REFERENCE_TIME{140}));
     EXPECT_EQ(counter_->Read().dropped, 1u);
     EXPECT_EQ(counter_->Read().repeated, 3u);
-    // Without times nobody can tell.
+    // Unknown without times.
     EXPECT_EQ(source_->pin().Deliver({.start = 200}), S_OK);
     EXPECT_EQ(expected_.first, 100);
     EXPECT_EQ(counter_->Read().dropped, 1u);
@@ -185,7 +185,7 @@ TEST_F(FrameCounter, AFrameThatMeetsAStoppedFilterIsNoFailure) {
     Stop();
 }
 
-// As when a stop comes between the slots of one frame.
+// As when a stop comes between the slots of a frame.
 TEST_F(FrameCounter, WhatCameOutBeforeAFailureCounts) {
     Connect();
     Pause();

@@ -1,4 +1,4 @@
-// The codes behind the names on the command line are those of the filter's interface.
+// The codes of the names on the command line are those of the filter's interface.
 
 #include <gtest/gtest.h>
 

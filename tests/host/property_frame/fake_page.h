@@ -1,4 +1,4 @@
-// A property page with one edit, which applies or refuses as a test wants it, and its class.
+// A property page with one edit and scripted results, and its class.
 //
 //   FakePage page(L"Fake");
 //   const AnnouncedClass announced(kFakePage, &page);
@@ -35,7 +35,7 @@ class AnnouncedClass {
     DWORD cookie_ = 0;
 };
 
-// Its own factory: there is one page only, and it lives on the test's stack.
+// Its own factory: the only page lives on the test's stack.
 class FakePage final : public IPropertyPage, public IClassFactory {
   public:
     explicit FakePage(const wchar_t* title) : title_(title) {}

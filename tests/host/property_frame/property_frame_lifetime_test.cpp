@@ -1,4 +1,4 @@
-// How the property frame is opened and closed, and what is left then. Needs a display.
+// Opening and closing the property frame, and what is released. Needs a display.
 #include "tests/host/property_frame/property_frame_rig.h"
 #include "tests/pages/support/message_boxes.h"
 #include "tests/support/handles.h"

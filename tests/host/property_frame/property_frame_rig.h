@@ -1,4 +1,4 @@
-// The host's frame with pages of the module in it, and the user before it.
+// The property frame with pages of the module, and input as from a user.
 //
 //   class FooTest : public PropertyFrameTest {};
 //   TEST_F(FooTest, Bar) {
@@ -70,7 +70,7 @@ class PropertyFrameTest : public PagesTest {
         PumpFrame();
     }
 
-    // What is waiting, as the frame's own loop handles it.
+    // Handles waiting messages as the frame's own loop does.
     void PumpFrame() {
         MSG message;
         while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {

@@ -1,4 +1,4 @@
-// What the property frame does for its user, with the pages of the module in it. Needs a display.
+// Using the property frame with the module's pages. Needs a display.
 #include <functional>
 
 #include "tests/filter/support/pictures.h"
@@ -43,7 +43,7 @@ TEST_F(PropertyFrameTest, HasATabForEachPageAndRoomForIt) {
         const HWND shown = OnPage(i == 0 ? IDC_WIDTH : IDC_FRAME_RATE);
         EXPECT_TRUE(IsWindowVisible(shown));
         EXPECT_FALSE(IsWindowVisible(OnPage(i == 0 ? IDC_FRAME_RATE : IDC_WIDTH)));
-        // The dialog has the size that it was made for, and covers nothing but the tabs' own area.
+        // The dialog has its designed size, and covers only the display area of the tabs.
         const PageFrame alone(kBoth[static_cast<size_t>(i)]);
         PROPPAGEINFO info = {};
         info.cb = sizeof info;
