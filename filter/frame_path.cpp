@@ -15,8 +15,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "filter/vantrel_pins.h"
-
 using tavo::FrameBranch;
 using tavo::FrameSpan;
 using tavo::TimeWindow;

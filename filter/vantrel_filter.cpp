@@ -5,7 +5,6 @@
 #include <new>
 
 #include "cpu/double_precision.h"
-#include "filter/vantrel_pins.h"
 #include "regulator/frame_duration.h"
 #include "resample/kernel_table.h"
 
@@ -61,8 +60,8 @@ CBasePin* CVantrelFilter::GetPin(int index) {
     CAutoLock lock(&settingsLock_);
     if (!m_pInput) {
         HRESULT result = S_OK;
-        auto* const input = new (std::nothrow) CVantrelInputPin(this, &result);
-        auto* const output = new (std::nothrow) CVantrelOutputPin(this, &result);
+        auto* const input = new (std::nothrow) CVantrelInputPin(this, this, &result);
+        auto* const output = new (std::nothrow) CVantrelOutputPin(this, this, &result);
         if (!input || !output || FAILED(result)) {
             delete output;
             delete input;

@@ -19,13 +19,15 @@
 #include "filter/output_type.h"
 #include "filter/stream_clock.h"
 #include "filter/stream_statistics.h"
+#include "filter/vantrel_pins.h"
 #include "picture/conversion.h"
 #include "regulator/time_regulator.h"
 #include "settings/vantrel_settings.h"
 
 class CVantrelFilter final : public CTransformFilter,
                              public IVantrelSettings,
-                             public ISpecifyPropertyPages {
+                             public ISpecifyPropertyPages,
+                             private PinOwner {
   public:
     // Creation function for the class table.
     static CUnknown* CALLBACK CreateInstance(LPUNKNOWN outer, HRESULT* result);
@@ -70,22 +72,18 @@ class CVantrelFilter final : public CTransformFilter,
     HRESULT Receive(IMediaSample* sample) override;
     HRESULT Transform(IMediaSample* input, IMediaSample* output) override;
 
-    // For the filter's own pins.
-    //
-    // Held while a pin's media type is replaced or copied.
-    CCritSec& SettingsLock() { return settingsLock_; }
-    // The types that the pins were given last; E_OUTOFMEMORY when they cannot be copied.
-    HRESULT CopyInputType(CMediaType* type);
-    HRESULT CopyOutputType(CMediaType* type);
-    // Streaming is about to stop: a sample in progress makes no more frames.
-    void AbandonSample();
-
   private:
     // A kept picture has the size of the output: it outlives a new source, but no new output.
     enum class KeptPicture { Keep, Forget };
 
     CVantrelFilter(LPUNKNOWN outer, HRESULT* result);
     ~CVantrelFilter() override;
+
+    // PinOwner
+    CCritSec& SettingsLock() override { return settingsLock_; }
+    HRESULT CopyInputType(CMediaType* type) override;
+    HRESULT CopyOutputType(CMediaType* type) override;
+    void AbandonSample() override;
 
     // Negotiation
     bool PassesTypeTest(const CMediaType& type) const;

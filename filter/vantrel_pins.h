@@ -7,11 +7,24 @@
 
 #include "streams.h"
 
-class CVantrelFilter;
+// What the pins ask of their filter beside what the base class has.
+class PinOwner {
+  public:
+    // Held while a pin's media type is replaced or copied.
+    virtual CCritSec& SettingsLock() = 0;
+    // The types that the pins were given last; E_OUTOFMEMORY when they cannot be copied.
+    virtual HRESULT CopyInputType(CMediaType* type) = 0;
+    virtual HRESULT CopyOutputType(CMediaType* type) = 0;
+    // Streaming is about to stop: a sample in progress makes no more frames.
+    virtual void AbandonSample() = 0;
+
+  protected:
+    ~PinOwner() = default;
+};
 
 class CVantrelInputPin final : public CTransformInputPin {
   public:
-    CVantrelInputPin(CVantrelFilter* filter, HRESULT* result);
+    CVantrelInputPin(CTransformFilter* filter, PinOwner* owner, HRESULT* result);
 
     STDMETHODIMP ConnectionMediaType(AM_MEDIA_TYPE* type) override;
     HRESULT CheckMediaType(const CMediaType* type) override;
@@ -19,12 +32,13 @@ class CVantrelInputPin final : public CTransformInputPin {
     HRESULT Inactive() override;
 
   private:
-    CVantrelFilter* const filter_;
+    CTransformFilter* const filter_;
+    PinOwner* const owner_;
 };
 
 class CVantrelOutputPin final : public CTransformOutputPin {
   public:
-    CVantrelOutputPin(CVantrelFilter* filter, HRESULT* result);
+    CVantrelOutputPin(CTransformFilter* filter, PinOwner* owner, HRESULT* result);
 
     STDMETHODIMP ConnectionMediaType(AM_MEDIA_TYPE* type) override;
     HRESULT CheckMediaType(const CMediaType* type) override;
@@ -35,5 +49,6 @@ class CVantrelOutputPin final : public CTransformOutputPin {
     void KeepType(CMediaType& type);
 
   private:
-    CVantrelFilter* const filter_;
+    CTransformFilter* const filter_;
+    PinOwner* const owner_;
 };

@@ -2,7 +2,7 @@
 
 #pragma once
 
-#include "filter/vantrel_settings.h"
+#include "settings/vantrel_settings.h"
 
 namespace tavo {
 
