@@ -54,18 +54,18 @@ class CVantrelFilter final : public CTransformFilter,
     int STDMETHODCALLTYPE SetFrameRate(double fps) override;
     int STDMETHODCALLTYPE GetFrameRate(double* fps) override;
 
-    // CTransformFilter: objects
+    // CTransformFilter: objects (vantrel_filter.cpp; SetSyncSource in streaming.cpp)
     CBasePin* GetPin(int index) override;
     STDMETHODIMP SetSyncSource(IReferenceClock* clock) override;
 
-    // CTransformFilter: negotiation
+    // CTransformFilter: negotiation (negotiation.cpp)
     HRESULT CheckInputType(const CMediaType* type) override;
     HRESULT CheckTransform(const CMediaType* input, const CMediaType* output) override;
     HRESULT GetMediaType(int position, CMediaType* type) override;
     HRESULT DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PROPERTIES* wishes) override;
     HRESULT SetMediaType(PIN_DIRECTION direction, const CMediaType* type) override;
 
-    // CTransformFilter: streaming
+    // CTransformFilter: streaming (streaming.cpp; Transform in frame_path.cpp)
     HRESULT StartStreaming() override;
     HRESULT StopStreaming() override;
     HRESULT BeginFlush() override;
@@ -85,7 +85,7 @@ class CVantrelFilter final : public CTransformFilter,
     HRESULT CopyOutputType(CMediaType* type) override;
     void AbandonSample() override;
 
-    // Negotiation
+    // Negotiation: negotiation.cpp
     bool PassesTypeTest(const CMediaType& type) const;
     HRESULT BuildOffer(CMediaType* type);
     HRESULT SetInputType(const CMediaType& type);
@@ -99,7 +99,7 @@ class CVantrelFilter final : public CTransformFilter,
     void StoreNegotiatedSize(OutputSize asked, OutputSize negotiated);
     int ReconnectOutput(IPin* peer, const CMediaType& type);
 
-    // Streaming
+    // Streaming: streaming.cpp
     HRESULT ReceiveRegulated(IMediaSample* sample, REFERENCE_TIME duration);
     HRESULT DeliverSlots(IMediaSample* sample, tavo::TimeWindow window, REFERENCE_TIME duration);
     tavo::TimeWindow WindowOf(IMediaSample* sample, REFERENCE_TIME duration);
@@ -107,7 +107,7 @@ class CVantrelFilter final : public CTransformFilter,
     void LowerTimerPeriod();
     bool IsRegulatorOn() const { return frameDuration_.load() > 0; }
 
-    // Frame path
+    // The way of a frame: frame_path.cpp
     HRESULT FollowInputSampleType();
     HRESULT FollowOutputSampleType(IMediaSample* sample);
     HRESULT ProcessFrame(IMediaSample* input, IMediaSample* output);
