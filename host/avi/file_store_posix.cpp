@@ -33,6 +33,21 @@ IoResult ResultOf(int error) {
 
 int Descriptor(intptr_t handle) { return static_cast<int>(handle); }
 
+// Reads or writes all of `bytes`; `atEnd` is the result when the system moves none.
+template <typename Call, typename Byte>
+IoResult Transfer(Call call, int file, uint64_t offset, std::span<Byte> bytes, IoResult atEnd) {
+    while (!bytes.empty()) {
+        const ssize_t moved = call(file, bytes.data(), std::min(bytes.size(), kMaxTransfer),
+                                   static_cast<off64_t>(offset));
+        if (moved < 0 && errno == EINTR) continue;
+        if (moved < 0) return ResultOf(errno);
+        if (moved == 0) return atEnd;
+        bytes = bytes.subspan(static_cast<size_t>(moved));
+        offset += static_cast<uint64_t>(moved);
+    }
+    return IoResult::Ok;
+}
+
 }  // namespace
 
 FileStore::~FileStore() { Close(); }
@@ -62,31 +77,11 @@ uint64_t FileStore::Size() const {
 }
 
 IoResult FileStore::ReadAt(uint64_t offset, std::span<std::byte> target) {
-    while (!target.empty()) {
-        const ssize_t moved =
-            pread64(Descriptor(handle_), target.data(), std::min(target.size(), kMaxTransfer),
-                    static_cast<off64_t>(offset));
-        if (moved < 0 && errno == EINTR) continue;
-        if (moved < 0) return ResultOf(errno);
-        if (moved == 0) return IoResult::ShortRead;
-        target = target.subspan(static_cast<size_t>(moved));
-        offset += static_cast<uint64_t>(moved);
-    }
-    return IoResult::Ok;
+    return Transfer(pread64, Descriptor(handle_), offset, target, IoResult::ShortRead);
 }
 
 IoResult FileStore::WriteAt(uint64_t offset, std::span<const std::byte> source) {
-    while (!source.empty()) {
-        const ssize_t moved =
-            pwrite64(Descriptor(handle_), source.data(), std::min(source.size(), kMaxTransfer),
-                     static_cast<off64_t>(offset));
-        if (moved < 0 && errno == EINTR) continue;
-        if (moved < 0) return ResultOf(errno);
-        if (moved == 0) return IoResult::DiskFull;
-        source = source.subspan(static_cast<size_t>(moved));
-        offset += static_cast<uint64_t>(moved);
-    }
-    return IoResult::Ok;
+    return Transfer(pwrite64, Descriptor(handle_), offset, source, IoResult::DiskFull);
 }
 
 IoResult FileStore::Truncate(uint64_t size) {

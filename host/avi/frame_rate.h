@@ -8,6 +8,9 @@ namespace tavo {
 
 constexpr int64_t kUnitsPerSecond = 10'000'000;
 
+// Larger times (7,300 years) are garbage. Differences within this range cannot overflow.
+constexpr int64_t kMaxTime = INT64_MAX / 4;
+
 // rate / scale frames per second, as in an AVI stream header. Neither is 0.
 struct FrameRate {
     uint32_t rate = 25;

@@ -203,8 +203,6 @@ FrameTiming FitTiming(std::span<const int64_t> starts, int64_t end,
 }
 
 int64_t MonotonicTimes::Next(std::optional<int64_t> start, int64_t typicalInterval) {
-    // Larger times are garbage. Differences within this range cannot overflow.
-    constexpr int64_t kMaxTime = INT64_MAX / 4;
     const bool isFirst = !any_;
     any_ = true;
     if (start) start = std::clamp(*start, -kMaxTime, kMaxTime);

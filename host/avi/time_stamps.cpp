@@ -4,13 +4,13 @@
 
 #include <algorithm>
 
+#include "host/avi/frame_rate.h"
+
 namespace tavo {
 namespace {
 
 constexpr double kUnitsPerMs = 10000.0;
 constexpr double kRoundingMs = 2.0;
-// Larger times (7,300 years) are garbage. Differences within this range cannot overflow.
-constexpr int64_t kMaxTime = INT64_MAX / 4;
 
 }  // namespace
 

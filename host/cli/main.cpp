@@ -21,6 +21,7 @@
 #include "host/graph/graph_text.h"
 #include "host/graph/input_file.h"
 #include "host/graph/playback.h"
+#include "host/graph/quoted.h"
 #include "host/graph/stop_request.h"
 #include "host/graph/video_graph.h"
 
@@ -39,10 +40,10 @@ std::wstring CheckOutput(const Options& options) {
     const std::filesystem::path output = options.output;
     const std::filesystem::path input = options.input;
     std::error_code ignored;
-    const std::wstring out = L"\"" + output.wstring() + L"\"";
+    const std::wstring out = Quoted(output.wstring());
     if (std::filesystem::is_directory(output, ignored)) return out + L" is a folder";
     if (std::filesystem::equivalent(input, output, ignored)) {
-        return L"the input and the output are the same file, \"" + input.wstring() + L"\"";
+        return L"the input and the output are the same file, " + Quoted(input.wstring());
     }
     const std::filesystem::path folder = output.parent_path();
     if (!folder.empty() && !std::filesystem::is_directory(folder, ignored)) {

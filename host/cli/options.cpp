@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "host/graph/quoted.h"
 #include "host/graph/settings_names.h"
 
 namespace tavo {
@@ -40,8 +41,6 @@ std::optional<int> ParseSide(wstring_view text) {
     const std::optional<int> value = ParseNumber<int>(text);
     return value && *value >= 0 && *value <= kMaxSide ? value : std::nullopt;
 }
-
-wstring Quoted(wstring_view text) { return L"\"" + wstring(text) + L"\""; }
 
 bool ParseSides(Options& options, wstring_view value) {
     const size_t cross = value.find_first_of(L"xX");

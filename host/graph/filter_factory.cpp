@@ -3,6 +3,7 @@
 #include "host/graph/filter_factory.h"
 
 #include "host/graph/error_text.h"
+#include "host/graph/quoted.h"
 #include "settings/vantrel_settings.h"
 
 namespace tavo {
@@ -51,7 +52,7 @@ FilterFactory::~FilterFactory() {
 }
 
 std::wstring FilterFactory::UseModule(const std::filesystem::path& path) {
-    const std::wstring name = L"the filter module \"" + path.wstring() + L"\"";
+    const std::wstring name = L"the filter module " + Quoted(path.wstring());
     std::error_code error;
     const std::filesystem::path full = std::filesystem::absolute(path, error);
     module_ =
@@ -82,7 +83,7 @@ std::wstring FilterFactory::UseRegistered() {
                L"\" is gone";
     }
     return L"the registered filter Mira Vantrel cannot be used: " +
-           (file.empty() ? L"" : L"\"" + file + L"\": ") + ErrorText(hr);
+           (file.empty() ? L"" : Quoted(file) + L": ") + ErrorText(hr);
 }
 
 HRESULT FilterFactory::RegisterPages() {

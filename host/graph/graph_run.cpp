@@ -6,6 +6,7 @@
 
 #include "host/graph/error_text.h"
 #include "host/graph/graph_events.h"
+#include "host/graph/quoted.h"
 
 namespace tavo {
 namespace {
@@ -104,14 +105,13 @@ class Runner {
 };
 
 std::wstring FileError(const std::filesystem::path& output, const CAviSink::Result& file) {
-    const std::wstring name = L"\"" + output.wstring() + L"\"";
     if (file.typeChanged) {
         return L"the stream changed its format after " + std::to_wstring(file.frames) +
                L" frames, which an AVI file cannot";
     }
     if (file.io == IoResult::Ok) return {};
-    return name + L" cannot be written after " + std::to_wstring(file.frames) + L" frames: " +
-           IoText(file.io);
+    return Quoted(output.wstring()) + L" cannot be written after " + std::to_wstring(file.frames) +
+           L" frames: " + IoText(file.io);
 }
 
 }  // namespace
@@ -127,7 +127,7 @@ RunResult RunGraph(VideoGraph& graph, const RunOptions& options, StopRequest& st
     if (opened == IoResult::Ok) {
         Runner(graph, stop, display).RunToEnd(result);
     } else {
-        result.error = L"\"" + output.wstring() + L"\" cannot be created: " + IoText(opened);
+        result.error = Quoted(output.wstring()) + L" cannot be created: " + IoText(opened);
     }
     result.file = graph.sink->FinishFile();
     if (graph.counter != nullptr) result.input = graph.counter->Read();

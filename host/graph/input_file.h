@@ -7,6 +7,7 @@
 
 #include "host/avi/media_probe.h"
 #include "host/avi/raw_movie.h"
+#include "host/graph/quoted.h"
 
 namespace tavo {
 
@@ -16,7 +17,7 @@ struct InputFile {
     // Null unless the program can read the file itself.
     std::shared_ptr<RawMovie> movie;
 
-    std::wstring Name() const { return L"\"" + path + L"\""; }
+    std::wstring Name() const { return Quoted(path); }
     bool IsTruncated() const { return facts.truncated || (movie && movie->reader.IsTruncated()); }
 };
 

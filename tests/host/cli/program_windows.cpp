@@ -80,10 +80,15 @@ bool IsVideoAs(HWND video, int width, int height) {
     return client.right == width && client.bottom == height;
 }
 
-int GrayOf(HWND video) {
+COLORREF PixelOf(HWND video, int x, int y) {
     const HDC dc = GetDC(video);
-    const COLORREF color = GetPixel(dc, 30, 30);
+    const COLORREF color = GetPixel(dc, x, y);
     ReleaseDC(video, dc);
+    return color;
+}
+
+int GrayOf(HWND video) {
+    const COLORREF color = PixelOf(video, 30, 30);
     const bool isGray = GetRValue(color) == GetGValue(color) && GetRValue(color) < 180;
     return isGray ? GetRValue(color) : -1;
 }
@@ -91,6 +96,16 @@ int GrayOf(HWND video) {
 std::wstring PlayTest::Movie(uint32_t count, tavo::PixelFormat format) {
     const tavo::VideoFormat video = {format, tavo::InfoOf(format).compression, 160, 120};
     WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, count), {25, 1});
+    return Path(L"in.avi");
+}
+
+std::wstring PlayTest::GrayMovie(int count, int first, uint32_t fps) {
+    const tavo::VideoFormat video = {tavo::PixelFormat::RGB24, 0, 160, 120};
+    std::vector<Frame> frames;
+    for (int i = 0; i < count; ++i) {
+        frames.emplace_back(*tavo::FrameSize(video), std::byte(first + i));
+    }
+    WriteMovie(Path(L"in.avi"), video, frames, {fps, 1});
     return Path(L"in.avi");
 }
 

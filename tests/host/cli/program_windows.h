@@ -37,6 +37,7 @@ void ClickOn(HWND button);
 
 // Whether the picture in the window has that size.
 bool IsVideoAs(HWND video, int width, int height);
+COLORREF PixelOf(HWND video, int x, int y);
 // The gray level of a picture in one dark gray, else -1.
 int GrayOf(HWND video);
 
@@ -44,6 +45,8 @@ class PlayTest : public MovieTest {
   protected:
     // `count` frames of 160 x 120, 25 a second.
     std::wstring Movie(uint32_t count, tavo::PixelFormat format = tavo::PixelFormat::RGB24);
+    // Frames of one gray each: `first`, `first` + 1 and so on.
+    std::wstring GrayMovie(int count, int first, uint32_t fps);
     static void ExpectGoodEnd(const Output& run);
 };
 

@@ -16,6 +16,10 @@ struct Output {
     std::string error;
 };
 
+inline bool Contains(const std::string& text, const char* part) {
+    return text.find(part) != std::string::npos;
+}
+
 // A started program. The destructor kills it.
 class RunningProgram {
   public:

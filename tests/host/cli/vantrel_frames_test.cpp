@@ -4,24 +4,23 @@
 
 #include "host/avi/riff.h"
 #include "tests/host/avi/movie_files.h"
+#include "tests/host/avi/written_frames.h"
 #include "tests/host/cli/run_program.h"
 
 namespace tavo {
 namespace {
 
+using tavo_test::Contains;
 using tavo_test::Frame;
 using tavo_test::Movie;
 using tavo_test::NoiseFrames;
 using tavo_test::Output;
 using tavo_test::ReadMovie;
 using tavo_test::RunVantrel;
+using tavo_test::Video;
 using tavo_test::WriteMovie;
 
 class VantrelFrames : public tavo_test::MovieTest {};
-
-VideoFormat Video(PixelFormat format, int32_t width, int32_t height) {
-    return {format, InfoOf(format).compression, width, height};
-}
 
 std::vector<VideoFormat> AllVideos(int32_t width, int32_t height) {
     std::vector<VideoFormat> videos;
@@ -35,10 +34,6 @@ std::vector<VideoFormat> AllVideos(int32_t width, int32_t height) {
 std::string Name(const VideoFormat& video) {
     const std::wstring name = NameOf(video.format);
     return video.compression == kCompressionI420 ? "I420" : std::string(name.begin(), name.end());
-}
-
-bool Contains(const std::string& text, const char* part) {
-    return text.find(part) != std::string::npos;
 }
 
 TEST_F(VantrelFrames, SameSizeIsACopyInEveryFormat) {

@@ -28,7 +28,6 @@ using tavo_test::TextWithin;
 using tavo_test::TypeInto;
 using tavo_test::VantrelPath;
 using tavo_test::WaitFor;
-using tavo_test::WriteMovie;
 
 std::string Narrow(std::wstring_view text) { return {text.begin(), text.end()}; }
 
@@ -109,12 +108,8 @@ TEST_F(VantrelPages, SettingsAreAppliedWhileTheVideoPlays) {
 }
 
 TEST_F(VantrelPages, TheVideoGoesOnWhereItWasWhenSettingsWereApplied) {
-    // Two frames per second; the brightness is the number of the frame.
-    const VideoFormat format = {PixelFormat::RGB24, 0, 160, 120};
-    std::vector<tavo_test::Frame> frames;
-    for (int i = 0; i < 250; ++i) frames.emplace_back(*FrameSize(format), std::byte(i));
-    WriteMovie(Path(L"in.avi"), format, frames, {2, 1});
-    RunningProgram program(VantrelPath(), {L"--pages", Path(L"in.avi"), L"--size", L"160x120"});
+    const std::wstring movie = GrayMovie(250, 0, 2);
+    RunningProgram program(VantrelPath(), {L"--pages", movie, L"--size", L"160x120"});
     const HWND frame = FindFrame(program);
     const HWND video = FindVideo(program);
     ASSERT_NE(frame, nullptr);

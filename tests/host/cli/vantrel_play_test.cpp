@@ -12,6 +12,7 @@ using tavo_test::FindVideo;
 using tavo_test::GrayOf;
 using tavo_test::NoiseFrames;
 using tavo_test::Output;
+using tavo_test::PixelOf;
 using tavo_test::PressCtrlC;
 using tavo_test::RunningProgram;
 using tavo_test::RunVantrel;
@@ -68,17 +69,8 @@ TEST_F(VantrelPlay, EndsWithEsc) {
     ExpectGoodEnd(program.Wait());
 }
 
-// The brightness is the number of the frame.
-std::vector<tavo_test::Frame> GrayFrames(const VideoFormat& video, int count, int first) {
-    std::vector<tavo_test::Frame> frames;
-    for (int i = 0; i < count; ++i) frames.emplace_back(*FrameSize(video), std::byte(first + i));
-    return frames;
-}
-
 TEST_F(VantrelPlay, TheSpaceBarPauses) {
-    const VideoFormat video = {PixelFormat::RGB24, 0, 160, 120};
-    WriteMovie(Path(L"in.avi"), video, GrayFrames(video, 170, 1), {5, 1});
-    RunningProgram program(VantrelPath(), {L"--play", Path(L"in.avi")});
+    RunningProgram program(VantrelPath(), {L"--play", GrayMovie(170, 1, 5)});
     const HWND window = FindVideo(program);
     ASSERT_NE(window, nullptr);
     EXPECT_TRUE(WaitFor([&] { return GrayOf(window) > 2; }));
@@ -94,17 +86,8 @@ TEST_F(VantrelPlay, TheSpaceBarPauses) {
     ExpectGoodEnd(program.Wait());
 }
 
-COLORREF PixelOf(HWND window, int x, int y) {
-    const HDC dc = GetDC(window);
-    const COLORREF color = GetPixel(dc, x, y);
-    ReleaseDC(window, dc);
-    return color;
-}
-
 TEST_F(VantrelPlay, ThePictureKeepsItsShape) {
-    const VideoFormat video = {PixelFormat::RGB24, 0, 160, 120};
-    WriteMovie(Path(L"in.avi"), video, GrayFrames(video, 150, 100), {5, 1});
-    RunningProgram program(VantrelPath(), {L"--play", Path(L"in.avi")});
+    RunningProgram program(VantrelPath(), {L"--play", GrayMovie(150, 100, 5)});
     const HWND window = FindVideo(program);
     ASSERT_NE(window, nullptr);
     EXPECT_TRUE(WaitFor([&] { return GrayOf(window) >= 100; }));

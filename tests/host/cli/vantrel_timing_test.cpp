@@ -8,6 +8,7 @@
 namespace tavo {
 namespace {
 
+using tavo_test::Contains;
 using tavo_test::Frame;
 using tavo_test::Movie;
 using tavo_test::NoiseFrames;
@@ -15,10 +16,6 @@ using tavo_test::Output;
 using tavo_test::ReadMovie;
 using tavo_test::RunVantrel;
 using tavo_test::WriteMovie;
-
-bool Contains(const std::string& text, const char* part) {
-    return text.find(part) != std::string::npos;
-}
 
 class VantrelTiming : public tavo_test::MovieTest {
   protected:
