@@ -19,7 +19,7 @@ packages_preset=()
 for preset in "${presets[@]}"; do
     case $preset in
         native | native32 | asan | win32 | win64) ;;
-        arm64) packages_preset+=(g++-aarch64-linux-gnu) ;;
+        arm64) packages_preset+=(clang lld libstdc++-12-dev-arm64-cross libc6-dev-arm64-cross) ;;
         *) die "there is no build called $preset (native native32 asan win32 win64 arm64)" ;;
     esac
 done

@@ -49,10 +49,11 @@ struct Neon {
     // There is no instruction for a shift by 0 to the right.
     template <int kCount>
     static Reg ShiftRight16(Reg a) {
-        if constexpr (kCount == 0)
+        if constexpr (kCount == 0) {
             return a;
-        else
+        } else {
             return FromUnsigned(vshrq_n_u16(Unsigned(a), kCount));
+        }
     }
     template <int kCount>
     static Reg ShiftLeft16(Reg a) {
@@ -72,7 +73,10 @@ struct Neon {
         return vqmovun_high_s16(vqmovun_s16(Signed(a)), Signed(b));
     }
 
-    static void StoreInterleaved8(uint8_t* p, Reg even, Reg odd) { vst2q_u8(p, {{even, odd}}); }
+    static void StoreInterleaved8(uint8_t* p, Reg even, Reg odd) {
+        const uint8x16x2_t both = {{even, odd}};
+        vst2q_u8(p, both);
+    }
 
   private:
     static int16x8_t Signed(Reg a) { return vreinterpretq_s16_u8(a); }
