@@ -7,7 +7,8 @@
 //   3. CTransformFilter::Receive      the base: takes a buffer of the sink's allocator and copies
 //                                     the sample's properties to it.
 //   4. CVantrelFilter::Transform      follows a type that the sink put on the buffer, scales or
-//                                     repeats, and stamps what it knows better.
+//                                     repeats, and stamps: regulated frames with
+//                                     their slot, others once more as the input is.
 //   5. IMemInputPin::Receive          of the sink.
 
 #include "filter/vantrel_filter.h"

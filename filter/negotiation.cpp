@@ -5,9 +5,9 @@
 #include <cstdlib>
 #include <utility>
 
+#include "filter/type_picture.h"
 #include "filter/type_swap.h"
 #include "filter/type_test.h"
-#include "filter/video_type.h"
 
 using tavo::Picture;
 
@@ -29,7 +29,8 @@ HRESULT CVantrelFilter::CheckTransform(const CMediaType* input, const CMediaType
     return accepted ? S_OK : E_INVALIDARG;
 }
 
-// Deliberate: to offer a type settles the output size, where it is still that of the source.
+// Deliberate: offering a type stores the negotiated output size, also where it was 0 for that of
+// the source.
 HRESULT CVantrelFilter::GetMediaType(int position, CMediaType* type) {
     CheckPointer(type, E_POINTER);
     if (!m_pInput || !m_pInput->IsConnected()) return E_UNEXPECTED;
@@ -118,7 +119,7 @@ HRESULT CVantrelFilter::SetInputType(const CMediaType& type) {
         source = source_;
         output = output_;
     }
-    // Of a type that the filter does not know only that counts.
+    // Of an unknown format only that it is unknown is noted; the former size stays.
     source.format = picture.format;
     if (picture.format) source = picture;
     std::unique_ptr<tavo::Conversion> conversion;

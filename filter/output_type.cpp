@@ -3,7 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "filter/video_type.h"
+#include "filter/type_picture.h"
+#include "picture/subtype.h"
 
 using tavo::FormatGroup;
 using tavo::Picture;
@@ -33,7 +34,7 @@ HRESULT BuildOutputType(const OutputWishes& wishes, CMediaType* type, OutputSize
     const VideoHeader header = LocateVideoHeader(*type);
     if (!header) return E_INVALIDARG;
     Picture output;
-    output.format = FindPictureFormat(*type->Subtype());
+    output.format = tavo::FormatOfSubtype(*type->Subtype());
     output.width = wishes.size.width ? wishes.size.width : wishes.source.width;
     output.height = wishes.size.height ? wishes.size.height : wishes.source.height;
     output.bitsPerPixel = wishes.bitsPerPixel;

@@ -12,7 +12,7 @@ struct OutputSize {
     int32_t height;
 };
 
-// What the offered type follows from, beside the input type.
+// What decides the offered type, together with the input type.
 struct OutputWishes {
     tavo::Picture source;
     int32_t bitsPerPixel;          // of the type set last, of either direction

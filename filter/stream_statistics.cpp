@@ -28,8 +28,7 @@ void StreamStatistics::EndStream() {
     startTime_ = lastTime_ = 0;
 }
 
-// Before the times, which change one after the other: whoever reads them meanwhile counts no
-// frames.
+// Comes before the times change: whoever reads between the two counts no frames, and gets 0.
 void StreamStatistics::ResetCounts() {
     processingTime_ = 0;
     processedFrames_ = 0;

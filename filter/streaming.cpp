@@ -58,7 +58,7 @@ void CVantrelFilter::AbandonSample() {
     if (stopEvent_) SetEvent(stopEvent_);
 }
 
-// A flush that is over already has left its reset behind.
+// isResetPending_ also tells of a flush that has ended meanwhile.
 bool CVantrelFilter::SampleIsAbandoned() const {
     return isResetPending_ || m_pInput->IsFlushing() ||
            (stopEvent_ && WaitForSingleObject(stopEvent_, 0) == WAIT_OBJECT_0);

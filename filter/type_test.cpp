@@ -1,6 +1,7 @@
 #include "filter/type_test.h"
 
-#include "filter/video_type.h"
+#include "filter/type_picture.h"
+#include "picture/subtype.h"
 #include "settings/vantrel_settings.h"
 
 using tavo::FormatGroup;
@@ -15,7 +16,7 @@ bool PassesVideoType(const CMediaType& type, int videoType) {
     switch (videoType) {
         case VantrelTypeAuto: {
             if (IsVideoInfo(type)) return true;
-            const tavo::PictureFormat* format = FindPictureFormat(*type.Subtype());
+            const tavo::PictureFormat* format = tavo::FormatOfSubtype(*type.Subtype());
             return IsVideoInfo2(type) && !(format && format->group == FormatGroup::Rgb);
         }
         case VantrelTypeMpeg1: return IsVideoInfo(type);
@@ -25,7 +26,7 @@ bool PassesVideoType(const CMediaType& type, int videoType) {
 }
 
 bool PassesPixelFormat(const CMediaType& type, int pixelFormat) {
-    if (pixelFormat == VantrelFormatAuto) return FindPictureFormat(*type.Subtype()) != nullptr;
+    if (pixelFormat == VantrelFormatAuto) return tavo::FormatOfSubtype(*type.Subtype()) != nullptr;
     const GUID wanted = SubtypeOfSetting(pixelFormat);
     // Deliberate: an unknown code lifts the restriction.
     return wanted == GUID_NULL || wanted == *type.Subtype();

@@ -9,7 +9,7 @@ void SwapTypesLocked(PinOwner& owner, CMediaType& a, CMediaType& b) {
     SwapTypes(a, b);
 }
 
-// What is `kept` by a pin is replaced once the filter has taken the type over.
+// `kept` is the pin's own type. It changes only once the filter has taken over the new one.
 HRESULT SettleType(CTransformFilter& filter, PinOwner& owner, PIN_DIRECTION direction,
                    const CMediaType& type, CMediaType& kept) {
     HRESULT result = S_OK;

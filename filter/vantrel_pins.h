@@ -44,8 +44,7 @@ class CVantrelOutputPin final : public CTransformOutputPin {
     HRESULT CheckMediaType(const CMediaType* type) override;
     HRESULT SetMediaType(const CMediaType* type) override;
 
-    // For a type that a sink has put on a buffer, once the filter follows it. The caller is given
-    // the former one.
+    // Exchanges `type`, which a sink has put on a buffer and the filter follows, and the pin's own.
     void KeepType(CMediaType& type);
 
   private:

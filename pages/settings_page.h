@@ -57,7 +57,7 @@ class AM_NOVTABLE CSettingsPage : public CBasePropertyPage, public IInputCheck {
 
   private:
     const UINT_PTR timer_;
-    IVantrelSettings* regulator_ = nullptr;
+    IVantrelSettings* settings_ = nullptr;
     // The dialog from WM_INITDIALOG to WM_DESTROY.
     HWND dialog_ = nullptr;
     bool isFilling_ = false;  // the edits change, but nobody types

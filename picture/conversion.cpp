@@ -31,7 +31,7 @@ void CopyRows(uint8_t* output, const Plane& to, const uint8_t* source, const Pla
     }
 }
 
-// What a horizontal map states of a source plane.
+// The pitch to put into a map: 0 where it equals the width.
 int32_t StatedPitch(const Plane& plane) { return plane.pitch == plane.width ? 0 : plane.pitch; }
 
 }  // namespace

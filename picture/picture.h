@@ -8,7 +8,9 @@
 
 namespace tavo {
 
-// How the rows of planar frames lie: see planes.cpp.
+// How the rows of planar frames lie: see planes.cpp. A source is padded where the frame size that
+// its type states, or the length of its first sample, is that of padded rows: see
+// LayoutOfFrameBytes.
 enum class PlaneLayout { Tight, Padded };
 
 // The shape of a picture as a media type states it. The height keeps its sign.

@@ -16,18 +16,18 @@ constexpr FormatRows kUyvyRows   = {RowCopyPacked422, RowVerticalUyvy,   RowH720
 
 // Deliberate: I420 keeps the sign of an output height, like RGB and unlike the other planar formats.
 constexpr PictureFormat kFormats[] = {
-//   setting              group                   compression                  bits shift  sign   writes rows
-    {VantrelFormatYv12,   FormatGroup::Planar,    FourCc('Y', 'V', '1', '2'),  12,  1,     false, false, &kPlanarRows},
-    {VantrelFormatIyuv,   FormatGroup::Planar,    FourCc('I', 'Y', 'U', 'V'),  12,  1,     false, false, &kPlanarRows},
-    {VantrelFormatYvu9,   FormatGroup::Planar,    FourCc('Y', 'V', 'U', '9'),   9,  2,     false, false, &kPlanarRows},
-    {VantrelFormatYuy2,   FormatGroup::Packed422, FourCc('Y', 'U', 'Y', '2'),  16,  0,     false, true,  &kYuy2Rows},
-    {VantrelFormatYuyv,   FormatGroup::Packed422, FourCc('Y', 'U', 'Y', 'V'),  16,  0,     false, true,  &kYuy2Rows},
-    {VantrelFormatYvyu,   FormatGroup::Packed422, FourCc('Y', 'V', 'Y', 'U'),  16,  0,     false, true,  &kYuy2Rows},
-    {VantrelFormatUyvy,   FormatGroup::Packed422, FourCc('U', 'Y', 'V', 'Y'),  16,  0,     false, true,  &kUyvyRows},
-    {VantrelFormatRgb24,  FormatGroup::Rgb,       kCompressionRgb,             24,  0,     true,  false, &kRgb24Rows},
-    {VantrelFormatRgb555, FormatGroup::Rgb,       kCompressionRgb,             16,  0,     true,  false, &kRgb555Rows},
-    {VantrelFormatRgb565, FormatGroup::Rgb,       kCompressionBitFields,       16,  0,     true,  true,  &kRgb565Rows},
-    {VantrelFormatIyuv,   FormatGroup::Planar,    FourCc('I', '4', '2', '0'),  12,  1,     true,  false, &kPlanarRows},
+//   setting              group                   subtype                     compression                 bits shift  sign   writes rows
+    {VantrelFormatYv12,   FormatGroup::Planar,    FourCc('Y', 'V', '1', '2'), FourCc('Y', 'V', '1', '2'), 12,  1,     false, false, &kPlanarRows},
+    {VantrelFormatIyuv,   FormatGroup::Planar,    FourCc('I', 'Y', 'U', 'V'), FourCc('I', 'Y', 'U', 'V'), 12,  1,     false, false, &kPlanarRows},
+    {VantrelFormatYvu9,   FormatGroup::Planar,    FourCc('Y', 'V', 'U', '9'), FourCc('Y', 'V', 'U', '9'), 9,  2,     false, false, &kPlanarRows},
+    {VantrelFormatYuy2,   FormatGroup::Packed422, FourCc('Y', 'U', 'Y', '2'), FourCc('Y', 'U', 'Y', '2'), 16,  0,     false, true,  &kYuy2Rows},
+    {VantrelFormatYuyv,   FormatGroup::Packed422, FourCc('Y', 'U', 'Y', 'V'), FourCc('Y', 'U', 'Y', 'V'), 16,  0,     false, true,  &kYuy2Rows},
+    {VantrelFormatYvyu,   FormatGroup::Packed422, FourCc('Y', 'V', 'Y', 'U'), FourCc('Y', 'V', 'Y', 'U'), 16,  0,     false, true,  &kYuy2Rows},
+    {VantrelFormatUyvy,   FormatGroup::Packed422, FourCc('U', 'Y', 'V', 'Y'), FourCc('U', 'Y', 'V', 'Y'), 16,  0,     false, true,  &kUyvyRows},
+    {VantrelFormatRgb24,  FormatGroup::Rgb,       0xe436eb7d,                  kCompressionRgb,             24,  0,     true,  false, &kRgb24Rows},
+    {VantrelFormatRgb555, FormatGroup::Rgb,       0xe436eb7c,                  kCompressionRgb,             16,  0,     true,  false, &kRgb555Rows},
+    {VantrelFormatRgb565, FormatGroup::Rgb,       0xe436eb7b,                  kCompressionBitFields,       16,  0,     true,  true,  &kRgb565Rows},
+    {VantrelFormatIyuv,   FormatGroup::Planar,    FourCc('I', '4', '2', '0'), FourCc('I', '4', '2', '0'), 12,  1,     true,  false, &kPlanarRows},
 };
 // clang-format on
 

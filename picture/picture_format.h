@@ -1,5 +1,6 @@
-// The eleven pixel formats as data. The table is the one place that lists them: media types, AVI
-// files and setting codes are looked up in it.
+// The eleven pixel formats as data: media types, AVI files and setting codes are looked up here.
+// The codes and their names stand in settings/, the host's own enumeration in
+// host/avi/pixel_format.h.
 
 #pragma once
 
@@ -34,10 +35,11 @@ struct FormatRows {
 struct PictureFormat {
     int32_t setting;  // its VantrelPixelFormat; I420 has that of IYUV
     FormatGroup group;
+    uint32_t subtype;        // first field of the subtype: the FourCC, or for RGB a code of its own
     uint32_t compression;    // biCompression: the FourCC, or for RGB one of those above
     int32_t bitsPerPixel;    // what the kernels assume; a media type may state more
     int32_t chromaShift;     // planar: chroma planes are smaller by this power of two on both axes
-    bool keepsHeightSign;    // of an output type: a negative height is a bottom-up destination
+    bool keepsHeightSign;    // a negative output height stays, and means bottom-up rows
     bool writesCompression;  // an offered type has `compression`, not what the input type had
     const FormatRows* rows;
 };

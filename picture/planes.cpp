@@ -1,8 +1,8 @@
 // The two layouts of planar frames.
 //
-// Tight: rows follow each other without a gap. Chroma sizes are shifted down, and chroma planes lie
-// where the product of the luma sizes, shifted down, says: for odd sizes that is not where the
-// plane before ends.
+// Tight: rows follow each other without a gap. Chroma sizes are shifted down. The chroma planes lie
+// behind the luma bytes L, at L and at L + (L >> 2 * shift): for odd sizes the latter is not where
+// the plane before ends.
 //
 // Padded: as multimedia frameworks on other systems keep their frames. Rows of all planes are
 // padded to 4 bytes, chroma sizes are rounded up, and 4:2:0 has an even count of luma rows.

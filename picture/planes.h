@@ -8,7 +8,7 @@
 
 namespace tavo {
 
-// One plane of samples; for packed and RGB formats the picture itself is not described here.
+// One plane of samples. Only planar formats have planes.
 struct Plane {
     int64_t offset;  // bytes from the start of the frame
     int32_t width;   // samples

@@ -16,7 +16,7 @@ void TimeRegulator::MarkPictureKept() {
     hasKeptPicture_ = true;
 }
 
-// Where no picture could be kept, the sample's has to do.
+// If no picture is kept, the slot takes the sample's.
 void TimeRegulator::BeginSlot(TimeWindow sample, int64_t duration) {
     int64_t start = nextSlotEnd_ - duration;
     if (start < 0) {

@@ -39,7 +39,7 @@ class TimeRegulator {
     void RestartSlots() { nextSlotEnd_ = 0; }
     // The kept picture is lost, or has another size than the output.
     void ForgetKeptPicture();
-    // The stream has ended.
+    // The stream has ended: what is kept is not repeated, should a frame come all the same.
     void Stop() { bufferEmpty_ = true; }
 
     // Whether a slot ends inside the window of a sample: then it gives a frame.
@@ -62,8 +62,11 @@ class TimeRegulator {
   private:
     bool isInSlot_ = false;
     bool hasKeptPicture_ = false;
-    // The two flags of the branch. Deliberate: nothing clears repeatFrame_.
+    // The two flags that choose the branch. Deliberate: nothing clears repeatFrame_, so KeepOnly
+    // and OneBehind never come up.
     bool repeatFrame_ = true;
+    // This slot takes the sample's picture, as if none were kept. A new output type may still set
+    // it between BeginSlot and Branch.
     bool bufferEmpty_ = true;
     int64_t nextSlotEnd_ = 0;  // 0 before the first slot
     TimeWindow slot_;

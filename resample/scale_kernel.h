@@ -1,4 +1,4 @@
-// The contract that all frame kernels share: their arguments, the axis maps and the method codes.
+// The contract that all frame kernels share: their arguments and the axis maps.
 
 #pragma once
 

@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "host/graph/quoted.h"
-#include "host/graph/settings_names.h"
+#include "host/graph/setting_lookup.h"
 
 namespace tavo {
 namespace {

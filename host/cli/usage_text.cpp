@@ -2,7 +2,7 @@
 
 #include "host/cli/usage_text.h"
 
-#include "host/graph/settings_names.h"
+#include "host/graph/setting_lookup.h"
 
 namespace tavo {
 

@@ -7,31 +7,15 @@
 #include <cstring>
 
 #include "host/avi/frame_rate.h"
+#include "picture/subtype.h"
 
 namespace tavo {
 namespace {
 
-// The subtype of a FOURCC: {code-0000-0010-8000-00AA00389B71}.
-GUID SubtypeOfCode(uint32_t code) {
-    return {code, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x38, 0x9B, 0x71}};
-}
-
-struct RgbSubtype {
-    PixelFormat format;
-    const GUID* subtype;
-};
-
-constexpr RgbSubtype kRgbSubtypes[] = {
-    {PixelFormat::RGB24, &MEDIASUBTYPE_RGB24},
-    {PixelFormat::RGB555, &MEDIASUBTYPE_RGB555},
-    {PixelFormat::RGB565, &MEDIASUBTYPE_RGB565},
-};
-
 GUID SubtypeOf(const VideoFormat& video) {
-    for (const RgbSubtype& row : kRgbSubtypes) {
-        if (row.format == video.format) return *row.subtype;
-    }
-    return SubtypeOfCode(video.compression);
+    // I420 is no format of its own here.
+    const PictureFormat* const format = FormatOfFourCc(video.compression);
+    return SubtypeOf(format ? *format : InfoOf(video.format));
 }
 
 void FillBitmapHeader(const VideoFormat& video, BITMAPINFOHEADER& bitmap) {
@@ -73,16 +57,14 @@ HRESULT FillBlock(const VideoType& video, CMediaType& type) {
 
 }  // namespace
 
-bool IsCodeSubtype(const GUID& subtype) { return subtype == SubtypeOfCode(subtype.Data1); }
+bool IsCodeSubtype(const GUID& subtype) {
+    return IsEqualGUID(subtype, FOURCCMap(subtype.Data1)) != FALSE;
+}
 
-std::optional<VideoFormat> FormatOfSubtype(const GUID& subtype) {
-    for (const RgbSubtype& row : kRgbSubtypes) {
-        if (subtype == *row.subtype) return VideoFormat{row.format, InfoOf(row.format).compression};
-    }
-    if (!IsCodeSubtype(subtype)) return std::nullopt;
-    const auto format = FormatOf(subtype.Data1, 0, {});
-    if (!format || InfoOf(*format).group == FormatGroup::Rgb) return std::nullopt;
-    return VideoFormat{*format, subtype.Data1};
+std::optional<VideoFormat> VideoFormatOf(const GUID& subtype) {
+    const PictureFormat* const format = FormatOfSubtype(subtype);
+    if (!format) return std::nullopt;
+    return VideoFormat{static_cast<PixelFormat>(format->setting), format->compression};
 }
 
 REFERENCE_TIME FrameDurationOf(const AM_MEDIA_TYPE& type) {
@@ -107,7 +89,7 @@ const BITMAPINFOHEADER* BitmapHeaderOf(const AM_MEDIA_TYPE& type) {
 std::optional<VideoType> ReadVideoType(const AM_MEDIA_TYPE& type) {
     const BITMAPINFOHEADER* const bitmap = BitmapHeaderOf(type);
     if (type.majortype != MEDIATYPE_Video || bitmap == nullptr) return std::nullopt;
-    auto video = FormatOfSubtype(type.subtype);
+    auto video = VideoFormatOf(type.subtype);
     if (!video) return std::nullopt;
     // LONG_MIN has no magnitude.
     if (bitmap->biHeight == LONG_MIN) return std::nullopt;

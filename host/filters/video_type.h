@@ -27,7 +27,7 @@ HRESULT MakeVideoType(const VideoType& video, FormatBlock block, CMediaType& typ
 const BITMAPINFOHEADER* BitmapHeaderOf(const AM_MEDIA_TYPE& type);
 
 // The format and compression of a subtype, without sizes. Nothing unless it is one of the eleven.
-std::optional<VideoFormat> FormatOfSubtype(const GUID& subtype);
+std::optional<VideoFormat> VideoFormatOf(const GUID& subtype);
 
 // Whether the subtype is a FOURCC, which is its Data1.
 bool IsCodeSubtype(const GUID& subtype);

@@ -25,7 +25,7 @@ std::wstring CodeText(uint32_t code) {
 }
 
 std::wstring SubtypeText(const GUID& subtype) {
-    if (const auto video = FormatOfSubtype(subtype)) {
+    if (const auto video = VideoFormatOf(subtype)) {
         const bool i420 = video->compression == kCompressionI420;
         return i420 ? L"I420" : NameOf(video->format);
     }

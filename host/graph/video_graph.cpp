@@ -7,7 +7,7 @@
 #include "host/avi/planar_layout.h"
 #include "host/filters/video_type.h"
 #include "host/graph/graph_builder.h"
-#include "host/graph/settings_names.h"
+#include "host/graph/setting_lookup.h"
 #include "host/graph/type_text.h"
 
 namespace tavo {

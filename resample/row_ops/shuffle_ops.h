@@ -22,9 +22,9 @@ struct ShuffleOps {
     template <typename Pixel, Rounding kRounding>
     static void BlendByteColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         const auto bytesOf = [](const ShuffleStep<V>& step, const auto& load) {
-            const auto sums = [&](int32_t slot) {
-                const Reg pairs = V::Xor(load(slot), V::Set8(kBias));
-                const Reg products = V::MulAddBytes(V::Load(step.weights[slot]), pairs);
+            const auto sums = [&](int32_t position) {
+                const Reg pairs = V::Xor(load(position), V::Set8(kBias));
+                const Reg products = V::MulAddBytes(V::Load(step.weights[position]), pairs);
                 if constexpr (kRounding == Rounding::Down) return products;
                 return V::Add16(products, V::Set16(kSumBias));
             };

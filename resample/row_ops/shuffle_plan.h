@@ -30,11 +30,11 @@ constexpr int32_t kStepBytes = kTilesAStep<V>* kTileBytes;
 // A tile's place in the tables of a step. With two parts, registers are joined part by part: the
 // first register of a step gets the even tiles, the second one the odd ones.
 template <typename V>
-constexpr int32_t SlotOf(int32_t tile) {
+constexpr int32_t PositionOf(int32_t tile) {
     return V::kParts == 2 ? (tile & ~3) | (tile & 1) << 1 | (tile >> 1 & 1) : tile;
 }
 
-// The tables of one step, by slot.
+// The tables of one step, by position.
 template <typename V>
 struct ShuffleStep {
     int32_t low[kTilesAStep<V>];   // offset of the window, or of its first half
@@ -139,30 +139,30 @@ inline bool PlaceWindow(SourceSpan span, int32_t size, int32_t rowBytes, int32_t
 template <typename V>
 bool PlaceTile(ShuffleStep<V>& step, int32_t tile, const ByteSources& sources, int32_t byte,
                int32_t window, int32_t rowBytes) {
-    const int32_t slot = SlotOf<V>(tile);
-    step.high[slot] = 0;
+    const int32_t position = PositionOf<V>(tile);
+    step.high[position] = 0;
     if (V::kSharesWindow) {
         if (tile % V::kParts != 0) {
-            step.low[slot] = step.low[slot - 1];
+            step.low[position] = step.low[position - 1];
             return true;
         }
         const int32_t size = window == OneWindow ? V::kParts * 16 : V::kParts * 32;
         return PlaceWindow(SpanOf(sources, byte, V::kParts * kTileBytes), size, rowBytes,
-                           &step.low[slot]);
+                           &step.low[position]);
     }
     if (window == OneWindow) {
-        return PlaceWindow(SpanOf(sources, byte, 8), 16, rowBytes, &step.low[slot]);
+        return PlaceWindow(SpanOf(sources, byte, 8), 16, rowBytes, &step.low[position]);
     }
-    return PlaceWindow(SpanOf(sources, byte, 4), 8, rowBytes, &step.low[slot]) &&
-           PlaceWindow(SpanOf(sources, byte + 4, 4), 8, rowBytes, &step.high[slot]);
+    return PlaceWindow(SpanOf(sources, byte, 4), 8, rowBytes, &step.low[position]) &&
+           PlaceWindow(SpanOf(sources, byte + 4, 4), 8, rowBytes, &step.high[position]);
 }
 
 // Where a source byte is in what a tile loads.
 template <typename V>
-uint8_t PlaceInTile(const ShuffleStep<V>& step, int32_t slot, int32_t window, int32_t i,
+uint8_t PlaceInTile(const ShuffleStep<V>& step, int32_t position, int32_t window, int32_t i,
                     int32_t at) {
     const bool isHigh = !V::kSharesWindow && window == TwoWindows && i >= 4;
-    return static_cast<uint8_t>(isHigh ? at - step.high[slot] + 8 : at - step.low[slot]);
+    return static_cast<uint8_t>(isHigh ? at - step.high[position] + 8 : at - step.low[position]);
 }
 
 // Fills the tables of a step. False if columns lie too far apart for these windows.
@@ -172,11 +172,11 @@ bool PlanStep(ShuffleStep<V>& step, const ByteSources& sources, int32_t first, i
     for (int32_t tile = 0; tile < kTilesAStep<V>; ++tile) {
         const int32_t byte = first + tile * kTileBytes;
         if (!PlaceTile<V>(step, tile, sources, byte, window, rowBytes)) return false;
-        const int32_t slot = SlotOf<V>(tile);
+        const int32_t position = PositionOf<V>(tile);
         for (int32_t i = 0; i < kTileBytes; ++i) {
-            fill(step.shuffle[slot], step.weights[slot], i,
-                 PlaceInTile<V>(step, slot, window, i, sources.at[byte + i]),
-                 PlaceInTile<V>(step, slot, window, i, sources.next[byte + i]),
+            fill(step.shuffle[position], step.weights[position], i,
+                 PlaceInTile<V>(step, position, window, i, sources.at[byte + i]),
+                 PlaceInTile<V>(step, position, window, i, sources.next[byte + i]),
                  sources.weights[byte + i]);
         }
     }

@@ -80,12 +80,12 @@ struct ShuffleRegisters {
     }
 
     template <int32_t kWindow>
-    static Reg LoadTiles(const uint8_t* row, const ShuffleStep<V>& step, int32_t slot) {
-        const Reg control = V::Load(step.shuffle[slot]);
+    static Reg LoadTiles(const uint8_t* row, const ShuffleStep<V>& step, int32_t position) {
+        const Reg control = V::Load(step.shuffle[position]);
         if constexpr (kWindow == OneWindow) {
-            return V::ShuffleWindows(row, &step.low[slot], control);
+            return V::ShuffleWindows(row, &step.low[position], control);
         } else {
-            return V::ShuffleTwoWindows(row, &step.low[slot], &step.high[slot], control);
+            return V::ShuffleTwoWindows(row, &step.low[position], &step.high[position], control);
         }
     }
 
@@ -93,12 +93,14 @@ struct ShuffleRegisters {
     static void StoreTiles(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan, int32_t bytes,
                            BytesOf bytesOf) {
         StoreSteps(dst, plan, bytes, [&](const ShuffleStep<V>& step) {
-            return bytesOf(step, [&](int32_t slot) { return LoadTiles<kWindow>(row, step, slot); });
+            return bytesOf(
+                step, [&](int32_t position) { return LoadTiles<kWindow>(row, step, position); });
         });
     }
 
-    // Stores bytesOf(step, load) for each step of a plan, so many bytes in all. load(slot) is what
-    // the shuffles bring of the row from that slot on. A plan without tables is left to plain().
+    // Stores bytesOf(step, load) for each step of a plan, so many bytes in all. load(position) is
+    // what the shuffles bring of the row from that position on. A plan without tables is left to
+    // plain().
     template <typename BytesOf, typename Plain>
     static void ApplyPlan(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan, int32_t bytes,
                           BytesOf bytesOf, Plain plain) {

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include "host/graph/settings_names.h"
+#include "host/graph/setting_lookup.h"
 #include "settings/vantrel_settings.h"
 
 namespace tavo {

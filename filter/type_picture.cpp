@@ -1,26 +1,16 @@
-#include "filter/video_type.h"
+#include "filter/type_picture.h"
 
 #include <dvdmedia.h>
 
 #include <algorithm>
 
-#include "settings/vantrel_settings.h"
+#include "picture/subtype.h"
 
 using tavo::FormatGroup;
 using tavo::Picture;
 using tavo::PictureFormat;
 
 namespace {
-
-// RGB subtypes have identifiers of their own; every other one is made of its FourCC.
-GUID SubtypeOf(const PictureFormat& format) {
-    switch (format.setting) {
-        case VantrelFormatRgb24: return MEDIASUBTYPE_RGB24;
-        case VantrelFormatRgb555: return MEDIASUBTYPE_RGB555;
-        case VantrelFormatRgb565: return MEDIASUBTYPE_RGB565;
-        default: return FOURCCMap(format.compression);
-    }
-}
 
 template <typename Header>
 VideoHeader HeaderIn(const AM_MEDIA_TYPE& type) {
@@ -31,16 +21,9 @@ VideoHeader HeaderIn(const AM_MEDIA_TYPE& type) {
 
 }  // namespace
 
-const PictureFormat* FindPictureFormat(const GUID& subtype) {
-    for (const PictureFormat& format : tavo::AllPictureFormats()) {
-        if (SubtypeOf(format) == subtype) return &format;
-    }
-    return nullptr;
-}
-
 GUID SubtypeOfSetting(int pixelFormat) {
     const PictureFormat* const format = tavo::FormatOfSetting(pixelFormat);
-    return format ? SubtypeOf(*format) : GUID_NULL;
+    return format ? tavo::SubtypeOf(*format) : GUID_NULL;
 }
 
 VideoHeader LocateVideoHeader(const AM_MEDIA_TYPE& type) {
@@ -51,7 +34,7 @@ VideoHeader LocateVideoHeader(const AM_MEDIA_TYPE& type) {
 
 Picture ReadPicture(const AM_MEDIA_TYPE& type) {
     Picture picture;
-    picture.format = FindPictureFormat(type.subtype);
+    picture.format = tavo::FormatOfSubtype(type.subtype);
     if (const VideoHeader header = LocateVideoHeader(type)) {
         picture.width = header.bitmap->biWidth;
         picture.height = header.bitmap->biHeight;
@@ -72,7 +55,7 @@ Picture ReadSourcePicture(const AM_MEDIA_TYPE& type) {
 }
 
 bool LeavesLayoutOpen(const AM_MEDIA_TYPE& type) {
-    const PictureFormat* const format = FindPictureFormat(type.subtype);
+    const PictureFormat* const format = tavo::FormatOfSubtype(type.subtype);
     const VideoHeader header = LocateVideoHeader(type);
     return format && format->group == FormatGroup::Planar && header &&
            header.bitmap->biSizeImage == 0;

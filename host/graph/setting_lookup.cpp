@@ -1,4 +1,4 @@
-#include "host/graph/settings_names.h"
+#include "host/graph/setting_lookup.h"
 
 #include <algorithm>
 

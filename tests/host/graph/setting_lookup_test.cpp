@@ -1,6 +1,6 @@
 // Names and codes of the settings.
 
-#include "host/graph/settings_names.h"
+#include "host/graph/setting_lookup.h"
 
 #include <gtest/gtest.h>
 

@@ -6,9 +6,6 @@
 
 #include "picture/picture.h"
 
-// The format of a subtype; null for one that the filter cannot scale.
-const tavo::PictureFormat* FindPictureFormat(const GUID& subtype);
-
 // The subtype that a VantrelPixelFormat asks for; GUID_NULL for AUTO and for codes that are none.
 GUID SubtypeOfSetting(int pixelFormat);
 
@@ -25,8 +22,9 @@ struct VideoHeader {
 };
 VideoHeader LocateVideoHeader(const AM_MEDIA_TYPE& type);
 
-// The picture that a type describes; no format, or no size, when the type describes none. Less bits
-// per pixel than the format has count as the format's own. Frames are laid out tightly.
+// The picture that a type describes; no format, or no size, when the type describes none. If the
+// type states fewer bits per pixel than its format has, the format's number is used. Frames are
+// laid out tightly.
 tavo::Picture ReadPicture(const AM_MEDIA_TYPE& type);
 
 // The same for a source, whose planar frames may be laid out in padded rows.
