@@ -13,8 +13,8 @@ class ProcessorRecord {
   public:
     constexpr ProcessorRecord() = default;
 
-    // As IdentifyProcessor. `level` is that of this identification, or of the record as it was if
-    // there is no cpuid.
+    // As IdentifyProcessor. `level` is that of this identification; without cpuid, that of the
+    // record so far.
     int Identify(Machine& machine, int& level) noexcept;
 
     ProcessorInfo Copy() const noexcept;

@@ -19,7 +19,8 @@ CSettingsPage::CSettingsPage(LPUNKNOWN outer, int dialogId, int titleId, UINT_PT
 }
 
 // A frame may drop a page whose dialog is still open: nothing must reach the page any more. A
-// dialog of another thread closes itself. By then the handle may be another window's.
+// dialog of another thread closes itself. Its handle may be that of a new window by now, so the
+// page that is stored there is looked at first.
 CSettingsPage::~CSettingsPage() {
     auto* const page = static_cast<CBasePropertyPage*>(this);
     if (!dialog_ || GetWindowLongPtr(dialog_, DWLP_USER) != reinterpret_cast<LONG_PTR>(page))

@@ -37,7 +37,7 @@ class TimeRegulator {
     void Restart() { *this = TimeRegulator(); }
     // The slots begin anew at the start of the stream.
     void RestartSlots() { nextSlotEnd_ = 0; }
-    // The kept picture is lost, or has another size than the output.
+    // The kept picture is lost, or its size is no longer that of the output.
     void ForgetKeptPicture();
     // The stream has ended: what is kept is not repeated, should a frame come all the same.
     void Stop() { bufferEmpty_ = true; }

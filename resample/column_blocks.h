@@ -22,7 +22,7 @@ struct ColumnBlock {
     int32_t End() const { return first + plan.columns.count; }
 };
 
-// Columns by the frame's axis map. Plans see whole source rows.
+// Columns by the frame's axis map. Indices count from the first pixel of the source row.
 struct MappedColumns {
     const AxisMap& map;
 
@@ -48,6 +48,7 @@ template <typename Columns, typename Operation, typename Work>
 void ForColumns(const Frame& frame, const Columns& columns, int32_t end, const Operation& operation,
                 Work work) {
     WorkMemory memory;
+    // A multiple of 6 columns: whole groups of both fixed ratios.
     const int32_t most = PlannedBytes(memory.Size()) / (frame.bytesPerPixel * 6) * 6;
     ColumnBlock block;
     block.plan.tables = memory.Bytes();

@@ -227,7 +227,7 @@ InstructionSet WidestSet(int cpuLevel) {
     const int level = LevelOfSets(cpuLevel);
     InstructionSet widest = InstructionSet::Portable;
     for (const InstructionSetInfo& info : InstructionSets()) {
-        // Any level but 0 says by itself that there is MMX.
+        // For MMX the level decides, not canRun: a level can be forced.
         const bool levelSaysSo = info.set == InstructionSet::Mmx;
         if (info.cpuLevel <= level && (levelSaysSo || info.canRun())) widest = info.set;
     }

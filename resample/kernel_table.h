@@ -66,8 +66,8 @@ enum KernelSlot : int32_t {
 };
 static_assert(SlotBilinearSse == kKernelSlots - 1);
 
-// One entry of the table: rows 0 to 2 hold copies, all other rows scalers. Null in the slots
-// that the first fill sets.
+// One entry of the table: rows 0 to 2 hold copies, all other rows scalers. The automatic
+// slots are null until the first fill.
 union KernelEntry {
     ScaleKernel scale;
     CopyKernel copy;

@@ -1,4 +1,5 @@
-// Statistics of start times: are they regular enough for a file of fixed rate?
+// Statistics of start times, for the notes at the end of a run. The rate of a file is chosen in
+// frame_timing.h.
 
 #pragma once
 

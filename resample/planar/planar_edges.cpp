@@ -45,8 +45,9 @@ int32_t StripOf(Interior interior) {
     return lastInner - lastInner % kStripStep;
 }
 
-// The strip at the last source row. Here a column that is computed in full blends back to its own
-// sample, and one that reuses a value blends toward the last column computed in full.
+// The strip at the last source row. A column whose left value is computed anew blends back to its
+// own sample; one that takes its left value over from the column before blends toward the last one
+// that was computed anew.
 void BlendStripBottom(const Frame& frame, int32_t strip, int32_t firstRow) {
     const uint8_t* source = frame.SrcRow(frame.srcHeight - 1);
     const int32_t lastColumn = frame.srcWidth - 1;

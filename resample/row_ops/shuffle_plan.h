@@ -1,7 +1,7 @@
 // Plans for instruction sets with a byte shuffle. Destination bytes are planned in tiles of eight.
 // A tile loads one window of sixteen source bytes, or two windows of eight, and a shuffle puts them
 // in place for the blend. If a shuffle reaches across the whole register, all tiles of a register
-// share one window of its size, or one of twice its size.
+// load one common window, as long as the register or twice that.
 //
 // A blend is the sum a * (256 - w) + b * w. Bytes are biased to value - 128, so that the 16-bit sum
 // cannot overflow. A weight of 256 does not fit a byte: where w is 0, the same byte is taken twice

@@ -52,8 +52,8 @@ concept ShuffleRegister = requires(typename V::Reg a, typename V::Reg b, uint8_t
     a = V::PackSigned(a, b);
 
     // Of two registers of a step, in the order of the destination: the upper bytes of 16-bit lanes;
-    // the lower halves of all parts; the upper halves. The positions of a plan's tiles (PositionOf)
-    // make it so where an instruction goes part by part.
+    // the lower halves of all parts; the upper halves. Where instructions work within
+    // parts, PositionOf orders a plan's tiles so that the result is in this order all the same.
     a = V::HighBytes(a, b);
     a = V::LowHalves(a, b);
     a = V::HighHalves(a, b);
