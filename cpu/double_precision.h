@@ -5,6 +5,14 @@
 
 #include <cstdint>
 
+// Marks a function whose arithmetic must stay inside a scope: it is not inlined, and its arguments
+// are passed as they are declared.
+#if defined(__clang__)
+#define TAVO_OUT_OF_LINE [[gnu::noinline]]
+#else
+#define TAVO_OUT_OF_LINE [[gnu::noipa]]
+#endif
+
 namespace tavo {
 
 // While an object lives, arithmetic of the calling thread rounds to nearest, and x87 arithmetic has

@@ -29,7 +29,7 @@ class AffinityScope {
 };
 
 // The bits of an APIC id that number packages; the others number the logical processors of one.
-// Beyond 128 logical processors, all bits are of the latter kind.
+// Beyond 128 logical processors, all bits number logical processors, and the mask is 0.
 uint8_t PackageMask(uint8_t logicalPerPackage) {
     uint8_t mask = 0xff;
     for (int count = 1; count < logicalPerPackage; count *= 2) {

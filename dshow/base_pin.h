@@ -97,8 +97,8 @@ class AM_NOVTABLE CBasePin : public CUnknown, public IPin, public IQualityContro
     virtual HRESULT SetMediaType(const CMediaType* pmt);
     // Begins every attempt to connect.
     virtual HRESULT CheckConnect(IPin* pPin);
-    // Ends every failed attempt and every connection; must stand being called again, and without
-    // a connection.
+    // Ends every failed attempt and every connection. May be called twice in a row,
+    // and when nothing is connected.
     virtual HRESULT BreakConnect();
     virtual HRESULT CompleteConnect(IPin* pPin);
     // Anything but S_OK ends the list of offered types.

@@ -8,7 +8,7 @@
 // Lives on its frame's thread. It keeps the site (counted) but no pointer to the object: OnConnect
 // gets it, and the derived page keeps what it needs until OnDisconnect. The last release takes site
 // and object back, so OnDisconnect may come twice, or without an OnConnect. It may come on any
-// thread. A dialog that is still open reaches the page no more; the last release does not close it,
+// thread. From then on a dialog that is still open no longer calls the page. It is not closed,
 // but from another thread than the dialog's it posts the dialog a request to close. The page lives
 // until the end of a message that it handles. The module is not to be unloaded before the dialog is
 // gone. The resource must be a child dialog.

@@ -47,7 +47,8 @@ class CTransformFilter : public CBaseFilter {
     // Streaming lock held. S_OK delivers pOut, S_FALSE drops it, anything else ends the stream.
     virtual HRESULT Transform(IMediaSample* pIn, IMediaSample* pOut);
 
-    // Both pins connected, streaming lock held. A second start without a stop must be borne.
+    // Both pins connected, streaming lock held. StartStreaming may be called twice
+    // without a stop.
     virtual HRESULT StartStreaming();
     virtual HRESULT StopStreaming();
 

@@ -1,14 +1,16 @@
 // The way of a frame, from the source's sample to the sink's.
 //
 //   1. CTransformInputPin::Receive    the base: stopped or flushing? It reads the sample's
-//                                     properties and has the pin test a type that it carries.
+//                                     properties, and a type that it carries is tested by
+//                                     CVantrelInputPin::CheckMediaType.
 //   2. CVantrelFilter::Receive        (streaming.cpp) follows that type, and with the regulator on
 //                                     settles the slots: the next hops run once for each.
 //   3. CTransformFilter::Receive      the base: takes a buffer of the sink's allocator and copies
 //                                     the sample's properties to it.
 //   4. CVantrelFilter::Transform      follows a type that the sink put on the buffer, scales or
-//                                     repeats, and stamps: regulated frames with
-//                                     their slot, others once more as the input is.
+//                                     repeats, and stamps: regulated frames get
+//                                     the times of their slot, others the input's times and flags,
+//                                     a second time after 3.
 //   5. IMemInputPin::Receive          of the sink.
 
 #include "filter/vantrel_filter.h"

@@ -54,7 +54,7 @@ HRESULT CVantrelFilter::DecideBufferSize(IMemAllocator* allocator, ALLOCATOR_PRO
             request.cbBuffer = static_cast<LONG>(header.bitmap->biSizeImage);
         }
     }
-    // Frames of an unknown format fail, but for that they need a buffer.
+    // An unknown format fails frame by frame, and a frame needs a buffer to get that far.
     if (request.cbBuffer < 1) request.cbBuffer = 1;
     ALLOCATOR_PROPERTIES granted;
     return allocator->SetProperties(&request, &granted);

@@ -7,7 +7,7 @@ namespace {
 constexpr double kMillisecondsPerSecond = 1000.0;
 
 // Out of line: see DoublePrecisionScope. Integers become doubles inside as well.
-[[gnu::noipa]] double Quotient(int64_t dividend, uint32_t divisor, double factor) {
+TAVO_OUT_OF_LINE double Quotient(int64_t dividend, uint32_t divisor, double factor) {
     return static_cast<double>(dividend) / divisor * factor;
 }
 

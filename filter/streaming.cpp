@@ -87,8 +87,8 @@ HRESULT CVantrelFilter::Receive(IMediaSample* sample) {
 }
 
 HRESULT CVantrelFilter::ReceiveRegulated(IMediaSample* sample, REFERENCE_TIME duration) {
-    // Deliberate: all three are asked and only the last answer counts, as the result for a sample
-    // that is dropped: S_OK for a discontinuity and S_FALSE for any other.
+    // Deliberate: a sample that is dropped returns what IsDiscontinuity answered, S_OK for one and
+    // S_FALSE for none; the other two answers are ignored.
     sample->IsSyncPoint();
     sample->IsPreroll();
     const HRESULT droppedResult = sample->IsDiscontinuity();

@@ -3,9 +3,10 @@
 //
 // Threads and locks. Settings and statistics are atomic values that anybody reads and writes
 // without a lock. The negotiated types are guarded by the settings lock, which is held for moments
-// only and never while another lock is asked for. The conversion, with its maps and buffers, is
-// guarded by the base class's streaming lock, so it never changes under a frame in progress. The
-// streaming thread never takes the filter lock.
+// only and is the innermost lock: whoever holds it asks for no other one, unless he holds that
+// already. The conversion, with its maps and buffers, is guarded by the base class's streaming
+// lock, so it never changes under a frame in progress. The streaming thread never takes the filter
+// lock.
 
 #pragma once
 

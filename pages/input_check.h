@@ -1,5 +1,6 @@
 // What a property page of this module tells a frame that asks before it applies: whether all that
-// was typed can be read. A frame that does not ask applies what the page makes of it, as ever.
+// was typed can be read. Other frames do not ask; then the page applies what it makes
+// of such a text: 0 for a size, off for a rate.
 
 #pragma once
 

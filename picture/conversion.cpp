@@ -78,7 +78,7 @@ bool Conversion::BuildBuffers() {
     outputFrameBytes_ = static_cast<size_t>(FrameBytes(output_));
     if (!workBuffer_.Allocate(FrameBytes(output_))) return false;
 
-    if (IsSameSize() && SpillOfCopy(SlotBilinearAuto) != 0) {  // that slot moves most
+    if (IsSameSize() && SpillOfCopy(SlotBilinearAuto) != 0) {  // it always moves blocks
         return paddedSource_.Allocate(KernelBytes(source_)) &&
                paddedOutput_.Allocate(KernelBytes(output_));
     }

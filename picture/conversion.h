@@ -71,7 +71,7 @@ class Conversion {
     AxisMapPtr chromaVerticalMap_;
 
     FrameBuffer workBuffer_;
-    // Stand in for samples that end where their picture ends, when a kernel moves more than that.
+    // Used in place of samples that have no room for what a kernel moves past the picture.
     FrameBuffer paddedSource_;
     FrameBuffer paddedOutput_;
 

@@ -22,8 +22,8 @@ struct Picture {
     PlaneLayout layout = PlaneLayout::Tight;
 };
 
-// The layout of a planar source that gives its frames this many bytes: padded if that is what
-// padded rows take and tight ones do not.
+// The layout of a planar source that gives its frames this many bytes: padded only if that is
+// exactly the size of padded frames, and not of tight ones too. No other padding is recognised.
 PlaneLayout LayoutOfFrameBytes(const Picture& picture, int64_t bytes);
 
 // Bytes from row to row as a media type states it.

@@ -4,8 +4,8 @@
 // behind the luma bytes L, at L and at L + (L >> 2 * shift): for odd sizes the latter is not where
 // the plane before ends.
 //
-// Padded: as multimedia frameworks on other systems keep their frames. Rows of all planes are
-// padded to 4 bytes, chroma sizes are rounded up, and 4:2:0 has an even count of luma rows.
+// Padded: rows of all planes are padded to 4 bytes, chroma sizes are rounded up, and 4:2:0 has an
+// even count of luma rows.
 
 #include "picture/planes.h"
 

@@ -9,7 +9,7 @@ namespace {
 constexpr int64_t kHundredthsDuration = 1'000'000'000;
 
 // Out of line: see DoublePrecisionScope.
-[[gnu::noipa]] int64_t Truncated(const double& framesPerSecond) {
+TAVO_OUT_OF_LINE int64_t Truncated(const double& framesPerSecond) {
     const double hundredths = framesPerSecond * 100;
     if (!(hundredths >= 1.0) || hundredths >= static_cast<double>(kHundredthsDuration) + 1.0) {
         return 0;

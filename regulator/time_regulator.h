@@ -39,7 +39,7 @@ class TimeRegulator {
     void RestartSlots() { nextSlotEnd_ = 0; }
     // The kept picture is lost, or its size is no longer that of the output.
     void ForgetKeptPicture();
-    // The stream has ended: what is kept is not repeated, should a frame come all the same.
+    // The stream has ended: a frame that comes all the same is scaled, not repeated.
     void Stop() { bufferEmpty_ = true; }
 
     // Whether a slot ends inside the window of a sample: then it gives a frame.

@@ -68,7 +68,7 @@ bool PageDialog::Knows(HWND window) {
     return Find(window) != nullptr;
 }
 
-// Under the lock: a message finds the page before its last release, and counts, or not at all.
+// Under the lock, so that a message either holds the page or does not find it.
 LONG PageDialog::Release(CBasePropertyPage* page, volatile LONG& count) {
     const ListLock lock;
     const LONG left = InterlockedDecrement(&count);

@@ -83,7 +83,7 @@ AviResult AviReader::Open(ByteStore& store) {
     }
     if (mixedLayouts_) return AviResult::OtherFrameLayout;
     if (frames_.empty()) return AviResult::NoFrames;
-    if (layout_ && layout_ != PlanarLayout::Tight) stored_.resize(storedSize_);
+    if (layout_ && layout_ != FilePlanes::Tight) stored_.resize(storedSize_);
     return AviResult::Ok;
 }
 
@@ -201,7 +201,7 @@ bool AviReader::AcceptLayout(uint32_t length) {
         storedSize_ = frameSize_;
         return length >= frameSize_;
     }
-    const std::optional<PlanarLayout> layout = LayoutOfLength(video_, length);
+    const std::optional<FilePlanes> layout = LayoutOfLength(video_, length);
     if (!layout || (layout_ && layout_ != layout)) return false;
     layout_ = layout;
     storedSize_ = static_cast<uint32_t>(PlanarBytes(video_, *layout));
@@ -209,7 +209,7 @@ bool AviReader::AcceptLayout(uint32_t length) {
 }
 
 IoResult AviReader::ReadFrame(uint32_t index, std::span<std::byte> target) {
-    if (!layout_ || layout_ == PlanarLayout::Tight) return store_->ReadAt(frames_[index], target);
+    if (!layout_ || layout_ == FilePlanes::Tight) return store_->ReadAt(frames_[index], target);
     const IoResult read = store_->ReadAt(frames_[index], stored_);
     if (read == IoResult::Ok) MakeTight(video_, *layout_, stored_, target);
     return read;

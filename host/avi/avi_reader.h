@@ -74,9 +74,9 @@ class AviReader {
     VideoFormat video_;
     FrameRate rate_;
     uint32_t frameSize_ = 0;
-    uint32_t storedSize_ = 0;             // of a frame in the file
-    std::optional<PlanarLayout> layout_;  // of planar frames in the file, once one was seen
-    std::vector<std::byte> stored_;       // a frame as it is in the file
+    uint32_t storedSize_ = 0;           // of a frame in the file
+    std::optional<FilePlanes> layout_;  // of planar frames in the file, once one was seen
+    std::vector<std::byte> stored_;     // a frame as it is in the file
     std::vector<uint64_t> frames_;
     int streamCount_ = 0;
     int videoStream_ = -1;

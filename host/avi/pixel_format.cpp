@@ -3,6 +3,7 @@
 #include "host/avi/pixel_format.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "picture/picture.h"
 #include "settings/setting_names.h"
@@ -14,6 +15,11 @@ using enum PixelFormat;
 
 constexpr PixelFormat kFormats[] = {YV12, IYUV, YVU9,  YUY2,   YUYV,
                                     YVYU, UYVY, RGB24, RGB555, RGB565};
+
+// Every code but Auto; and names are found by their codes.
+static_assert(std::size(kFormats) + 1 == std::size(kPixelFormatNames));
+static_assert(kPixelFormatNames[static_cast<int>(kFormats[std::size(kFormats) - 1])].code ==
+              static_cast<int>(kFormats[std::size(kFormats) - 1]));
 
 constexpr uint32_t kMaxFrameSize = 0x7FFFFFFF;
 

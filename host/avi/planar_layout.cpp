@@ -31,23 +31,23 @@ Planes RoundedPlanes(const VideoFormat& video) {
             luma + 2 * chroma};
 }
 
-Planes PlanesIn(const VideoFormat& video, PlanarLayout layout) {
-    if (layout == PlanarLayout::Rounded) return RoundedPlanes(video);
-    const bool isPadded = layout == PlanarLayout::Padded;
+Planes PlanesIn(const VideoFormat& video, FilePlanes layout) {
+    if (layout == FilePlanes::Rounded) return RoundedPlanes(video);
+    const bool isPadded = layout == FilePlanes::Padded;
     return PlanesOf(PictureOf(video, isPadded ? PlaneLayout::Padded : PlaneLayout::Tight));
 }
 
 }  // namespace
 
 // Of a tight frame some bytes may belong to no plane.
-uint64_t PlanarBytes(const VideoFormat& video, PlanarLayout layout) {
-    if (layout == PlanarLayout::Tight) return FrameSize(video).value_or(0);
+uint64_t PlanarBytes(const VideoFormat& video, FilePlanes layout) {
+    if (layout == FilePlanes::Tight) return FrameSize(video).value_or(0);
     return static_cast<uint64_t>(PlanesIn(video, layout).bytes);
 }
 
-std::optional<PlanarLayout> LayoutOfLength(const VideoFormat& video, uint32_t length) {
-    using enum PlanarLayout;
-    for (const PlanarLayout layout : {Tight, Rounded, Padded}) {
+std::optional<FilePlanes> LayoutOfLength(const VideoFormat& video, uint32_t length) {
+    using enum FilePlanes;
+    for (const FilePlanes layout : {Tight, Rounded, Padded}) {
         if (length == PlanarBytes(video, layout)) return layout;
     }
     const bool isLonger = length > PlanarBytes(video, Tight);
@@ -55,15 +55,15 @@ std::optional<PlanarLayout> LayoutOfLength(const VideoFormat& video, uint32_t le
 }
 
 bool LayoutsDiffer(const VideoFormat& video) {
-    const uint64_t tight = PlanarBytes(video, PlanarLayout::Tight);
-    return tight != PlanarBytes(video, PlanarLayout::Rounded) ||
-           tight != PlanarBytes(video, PlanarLayout::Padded);
+    const uint64_t tight = PlanarBytes(video, FilePlanes::Tight);
+    return tight != PlanarBytes(video, FilePlanes::Rounded) ||
+           tight != PlanarBytes(video, FilePlanes::Padded);
 }
 
-void MakeTight(const VideoFormat& video, PlanarLayout layout, std::span<const std::byte> from,
+void MakeTight(const VideoFormat& video, FilePlanes layout, std::span<const std::byte> from,
                std::span<std::byte> to) {
     const Planes sources = PlanesIn(video, layout);
-    const Planes targets = PlanesIn(video, PlanarLayout::Tight);
+    const Planes targets = PlanesIn(video, FilePlanes::Tight);
     for (int i = 0; i < kPlaneCount; ++i) {
         const Plane& source = sources.planes[i];
         const Plane& target = targets.planes[i];

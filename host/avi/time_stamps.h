@@ -19,8 +19,8 @@ class TimeStamps {
     // Between the first two times; 0 when there are none, or the second is not later.
     int64_t FirstInterval() const { return firstInterval_; }
 
-    // Whether an interval differs from the mean by more than a tenth of it and 2 ms, twice the
-    // rounding of a source that counts milliseconds.
+    // Whether an interval differs from the mean by more than 2 ms and more than a tenth of the
+    // mean. (2 ms: twice the rounding of stamps in milliseconds.)
     bool IsIrregular() const;
 
     bool HasIntervals() const { return count_ > 1; }

@@ -1,4 +1,5 @@
-// Reserves space behind each frame. All of the times settle how much of it is used.
+// Reserves space behind each frame. Once all times are known, the repeats are written into part of
+// it.
 
 #include "host/avi/timed_avi_writer.h"
 

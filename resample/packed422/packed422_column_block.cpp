@@ -143,7 +143,7 @@ PackedColumnBlock::Columns PackedColumnBlock::ColumnsAt(uint8_t* memory) const {
 // A plan without tables reads its columns again on each row, so they move to the memory for tables.
 void PackedColumnBlock::PlanColumns(ColumnPlan& plan, int32_t rowBytes) {
     const Columns planned = ColumnsAt(memory_.rows[0]);
-    ops_.plane.PlanBlend(plan, {planned.indices, planned.weights, 0, evenCount_}, rowBytes);
+    ops_.pixels.plane.PlanBlend(plan, {planned.indices, planned.weights, 0, evenCount_}, rowBytes);
     if (plan.window != 0) return;
     const auto bytes = static_cast<size_t>(evenCount_) * (sizeof(int32_t) + 1);
     std::memcpy(plan.tables, memory_.rows[0], bytes);
@@ -170,9 +170,9 @@ void PackedColumnBlock::BlendRow(const PackedLayout& layout, const uint8_t* srcR
     const PackedSamples& planes = memory_.planes;
     Unpack(layout, srcRow);
     const PackedSamples samples = Samples(row);
-    ops_.plane.BlendColumns(samples.luma, planes.luma, lumaPlan_);
-    ops_.plane.BlendColumns(samples.firstChroma, planes.firstChroma, chromaPlan_);
-    ops_.plane.BlendColumns(samples.secondChroma, planes.secondChroma, chromaPlan_);
+    ops_.pixels.plane.BlendColumns(samples.luma, planes.luma, lumaPlan_);
+    ops_.pixels.plane.BlendColumns(samples.firstChroma, planes.firstChroma, chromaPlan_);
+    ops_.pixels.plane.BlendColumns(samples.secondChroma, planes.secondChroma, chromaPlan_);
 }
 
 // Deliberate: at the last source row, both lower neighbours of an odd pixel are that pixel. So what

@@ -195,8 +195,7 @@ int32_t BlendPackedThreeToTwo(const Frame& frame, const PackedLayout& layout,
                       [](const PackedSamples&, int32_t) {});
 }
 
-// Deliberate: the second group of three has the chroma of the first group's odd pixel in place of
-// that of its own.
+// Deliberate: of every six columns, column 3 has the chroma of column 1 in place of its own.
 //
 // Deliberate: where whole positions are dimmed, their luma comes out as 255/256 of itself, as if by
 // a weight that must fit a byte.

@@ -9,7 +9,7 @@ namespace tavo {
 namespace {
 
 // A change of height treats all bytes alike.
-constexpr PixelKind kBytes = &RowOps::plane;
+constexpr PixelKind kBytes = &PixelOpsTable::plane;
 
 }  // namespace
 

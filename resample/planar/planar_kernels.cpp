@@ -9,7 +9,7 @@
 namespace tavo {
 namespace {
 
-constexpr PixelKind kPlane = &RowOps::plane;
+constexpr PixelKind kPlane = &PixelOpsTable::plane;
 
 int32_t BlendPlane(const Frame& frame, KernelVariant variant) {
     const Interior interior = FindInterior(frame);

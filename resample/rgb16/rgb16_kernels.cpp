@@ -10,9 +10,9 @@ namespace tavo {
 namespace {
 
 // Nearest neighbour moves words: either layout will do.
-constexpr PixelKind kRgb16 = &RowOps::rgb555;
-constexpr PixelKind kRgb555 = &RowOps::rgb555;
-constexpr PixelKind kRgb565 = &RowOps::rgb565;
+constexpr PixelKind kRgb16 = &PixelOpsTable::rgb555;
+constexpr PixelKind kRgb555 = &PixelOpsTable::rgb555;
+constexpr PixelKind kRgb565 = &PixelOpsTable::rgb565;
 
 }  // namespace
 

@@ -8,7 +8,7 @@ namespace tavo {
 namespace {
 
 constexpr int32_t kPixelBytes = 3;
-constexpr PixelKind kRgb24 = &RowOps::rgb24;
+constexpr PixelKind kRgb24 = &PixelOpsTable::rgb24;
 
 }  // namespace
 
@@ -17,7 +17,7 @@ int32_t NearestRgb24FourToThreeMixed(const Frame& frame, KernelVariant variant) 
     bytes.dstWidth *= kPixelBytes;
     bytes.srcWidth *= kPixelBytes;
     bytes.bytesPerPixel = 1;
-    return NearestFrameFixed(bytes, kFourToThreeMixedRgb24, &RowOps::plane, variant);
+    return NearestFrameFixed(bytes, kFourToThreeMixedRgb24, &PixelOpsTable::plane, variant);
 }
 
 // Deliberate: each row also writes the byte after it, with the blue of the row's last source pixel.

@@ -10,7 +10,7 @@
 namespace tavo {
 namespace {
 
-constexpr PixelKind kRgb24 = &RowOps::rgb24;
+constexpr PixelKind kRgb24 = &PixelOpsTable::rgb24;
 
 }  // namespace
 

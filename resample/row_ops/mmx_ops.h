@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <concepts>
+
 #include "resample/row_ops/mmx_packed422.h"
 #include "resample/row_ops/mmx_registers.h"
 
@@ -149,42 +151,56 @@ struct MmxOps {
 
     static void Finish() { _mm_empty(); }
 
+    // A kind of pixel that has no code here is blended plainly across.
     template <typename Pixel>
-    static constexpr PixelOps kFieldOps = {
-        .BlendRows = BlendFieldRows<Pixel>,
-        .PlanBlend = PlanPlain,
-        .PlanNearest = PlanPlain,
-        .BlendColumns = BlendFieldColumns<Pixel, Rounding::Down>,
-        .BlendColumnsUp = BlendFieldColumns<Pixel, Rounding::Up>,
-        .NearestColumns = NearestWordColumns,
-    };
+    static constexpr PixelOps Of() {
+        PixelOps ops = PlainOps::Of<Pixel>();
+        ops.BlendRows = BlendByteRowsMmx;
+        return ops;
+    }
+    template <std::same_as<PlanePixel> Pixel>
+    static constexpr PixelOps Of() {
+        return {
+            .BlendRows = BlendByteRowsMmx,
+            .PlanBlend = PlanPlain,
+            .PlanNearest = PlanPlain,
+            .BlendColumns = BlendPlaneColumns<Rounding::Down>,
+            .BlendColumnsUp = BlendPlaneColumns<Rounding::Up>,
+            .NearestColumns = NearestPlaneColumns,
+        };
+    }
+    template <std::same_as<Rgb24Pixel> Pixel>
+    static constexpr PixelOps Of() {
+        return {
+            .BlendRows = BlendByteRowsMmx,
+            .PlanBlend = PlanPlain,
+            .PlanNearest = PlanPlain,
+            .BlendColumns = BlendRgb24Columns<Rounding::Down>,
+            .BlendColumnsUp = BlendRgb24Columns<Rounding::Up>,
+            .NearestColumns = NearestRgb24Columns,
+        };
+    }
+    template <HasFields Pixel>
+    static constexpr PixelOps Of() {
+        return {
+            .BlendRows = BlendFieldRows<Pixel>,
+            .PlanBlend = PlanPlain,
+            .PlanNearest = PlanPlain,
+            .BlendColumns = BlendFieldColumns<Pixel, Rounding::Down>,
+            .BlendColumnsUp = BlendFieldColumns<Pixel, Rounding::Up>,
+            .NearestColumns = NearestWordColumns,
+        };
+    }
+};
 
-    static constexpr RowOps kAll = {
-        .plane =
-            {
-                .BlendRows = BlendByteRowsMmx,
-                .PlanBlend = PlanPlain,
-                .PlanNearest = PlanPlain,
-                .BlendColumns = BlendPlaneColumns<Rounding::Down>,
-                .BlendColumnsUp = BlendPlaneColumns<Rounding::Up>,
-                .NearestColumns = NearestPlaneColumns,
-            },
-        .rgb24 =
-            {
-                .BlendRows = BlendByteRowsMmx,
-                .PlanBlend = PlanPlain,
-                .PlanNearest = PlanPlain,
-                .BlendColumns = BlendRgb24Columns<Rounding::Down>,
-                .BlendColumnsUp = BlendRgb24Columns<Rounding::Up>,
-                .NearestColumns = NearestRgb24Columns,
-            },
-        .rgb555 = kFieldOps<Rgb555Pixel>,
-        .rgb565 = kFieldOps<Rgb565Pixel>,
-        .packed422 = MmxPacked422<V>::kAll,
-        .CopyRow = CopyRow,
-        .CopyBlocks = CopyBlocks,
-        .Finish = Finish,
-    };
+// The whole set.
+template <MmxSet V>
+constexpr RowOps kMmxSetRowOps = {
+    .pixels = OpsOfAllPixels<MmxOps<V>>(),
+    .packed422 = MmxPacked422<V>::kAll,
+    .CopyRow = MmxOps<V>::CopyRow,
+    .CopyBlocks = MmxOps<V>::CopyBlocks,
+    .Finish = MmxOps<V>::Finish,
 };
 
 }  // namespace

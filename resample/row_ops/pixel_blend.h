@@ -57,5 +57,10 @@ struct FieldPixel {
 using Rgb555Pixel = FieldPixel<5>;
 using Rgb565Pixel = FieldPixel<6>;
 
+template <typename Pixel>
+concept HasFields = requires {
+    Pixel::kGreenMask;
+};
+
 }  // namespace
 }  // namespace tavo

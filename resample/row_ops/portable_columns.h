@@ -41,5 +41,40 @@ void NearestColumnsPlain(uint8_t* dst, const uint8_t* row, const ColumnRun& colu
     }
 }
 
+template <typename Pixel, Rounding kRounding>
+void BlendPlannedPlain(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+    BlendColumnsPlain<Pixel, kRounding>(dst, row, plan.columns, 0);
+}
+
+template <typename Pixel>
+void NearestPlannedPlain(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
+    NearestColumnsPlain<Pixel>(dst, row, plan.columns, 0);
+}
+
+struct PlainOps {
+    template <typename Pixel>
+    static constexpr PixelOps Of() {
+        return {
+            .BlendRows = BlendRowsPlain<Pixel>,
+            .PlanBlend = PlanPlain,
+            .PlanNearest = PlanPlain,
+            .BlendColumns = BlendPlannedPlain<Pixel, Rounding::Down>,
+            .BlendColumnsUp = BlendPlannedPlain<Pixel, Rounding::Up>,
+            .NearestColumns = NearestPlannedPlain<Pixel>,
+        };
+    }
+};
+
+// The one list of the kinds of pixel: Ops::Of<Pixel>() gives the operations on one of them.
+template <typename Ops>
+constexpr PixelOpsTable OpsOfAllPixels() {
+    return {
+        .plane = Ops::template Of<PlanePixel>(),
+        .rgb24 = Ops::template Of<Rgb24Pixel>(),
+        .rgb555 = Ops::template Of<Rgb555Pixel>(),
+        .rgb565 = Ops::template Of<Rgb565Pixel>(),
+    };
+}
+
 }  // namespace
 }  // namespace tavo

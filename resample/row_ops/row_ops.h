@@ -107,11 +107,16 @@ struct Packed422Ops {
                            const PackedLayout& layout);
 };
 
-struct RowOps {
+// The operations on every kind of pixel.
+struct PixelOpsTable {
     PixelOps plane;  // one byte
     PixelOps rgb24;
     PixelOps rgb555;
     PixelOps rgb565;
+};
+
+struct RowOps {
+    PixelOpsTable pixels;
     Packed422Ops packed422;
 
     // Copies a row. `dst` must not overlap it.
@@ -125,10 +130,12 @@ struct RowOps {
 };
 
 // A kind of pixel: its operations in a set.
-using PixelKind = PixelOps RowOps::*;
+using PixelKind = PixelOps PixelOpsTable::*;
 
-// The variants of a kernel. The name says which bytes it gives, and the least processor that it
-// needs. On newer processors it may run wider operations.
+// The variant in a kernel's name: which bytes it gives, and the least processor that it needs. Here
+// it only tells the portable kernels from the others: Mmx and Sse run on the same operations, those
+// of the widest set that this processor has. What _SSE rounds differently is told to its driver as
+// a Rounding.
 enum class KernelVariant { Portable, Mmx, Sse };
 
 // What a variant runs on. Portable operations until others are set.
@@ -156,7 +163,7 @@ class RowOpsScope {
 
     const RowOps& operator*() const { return ops_; }
     const RowOps* operator->() const { return &ops_; }
-    const PixelOps& Of(PixelKind kind) const { return ops_.*kind; }
+    const PixelOps& Of(PixelKind kind) const { return ops_.pixels.*kind; }
 
   private:
     const RowOps& ops_;

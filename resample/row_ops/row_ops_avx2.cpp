@@ -79,6 +79,6 @@ struct Avx2 {
 
 }  // namespace
 
-const RowOps kAvx2RowOps = ShuffleOps<Avx2>::kAll;
+const RowOps kAvx2RowOps = kShuffleRowOps<Avx2>;
 
 }  // namespace tavo

@@ -82,6 +82,6 @@ struct Avx512 {
 
 }  // namespace
 
-const RowOps kAvx512RowOps = ShuffleOps<Avx512>::kAll;
+const RowOps kAvx512RowOps = kShuffleRowOps<Avx512>;
 
 }  // namespace tavo

@@ -25,6 +25,6 @@ struct Mmx {
 
 }  // namespace
 
-const RowOps kMmxRowOps = MmxOps<Mmx>::kAll;
+const RowOps kMmxRowOps = kMmxSetRowOps<Mmx>;
 
 }  // namespace tavo

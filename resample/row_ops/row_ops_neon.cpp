@@ -87,6 +87,6 @@ struct Neon {
 
 }  // namespace
 
-const RowOps kNeonRowOps = ShuffleOps<Neon>::kAll;
+const RowOps kNeonRowOps = kShuffleRowOps<Neon>;
 
 }  // namespace tavo

@@ -7,26 +7,6 @@
 namespace tavo {
 namespace {
 
-template <typename Pixel, Rounding kRounding>
-void BlendColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-    BlendColumnsPlain<Pixel, kRounding>(dst, row, plan.columns, 0);
-}
-
-template <typename Pixel>
-void NearestColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
-    NearestColumnsPlain<Pixel>(dst, row, plan.columns, 0);
-}
-
-template <typename Pixel>
-constexpr PixelOps kOpsOf = {
-    .BlendRows = BlendRowsPlain<Pixel>,
-    .PlanBlend = PlanPlain,
-    .PlanNearest = PlanPlain,
-    .BlendColumns = BlendColumns<Pixel, Rounding::Down>,
-    .BlendColumnsUp = BlendColumns<Pixel, Rounding::Up>,
-    .NearestColumns = NearestColumns<Pixel>,
-};
-
 void Unpack(const PackedSamples& dst, const uint8_t* src, int32_t groups,
             const PackedLayout& layout) {
     UnpackPlain(dst, src, groups, layout, 0);
@@ -52,10 +32,7 @@ void Finish() {}
 }  // namespace
 
 const RowOps kPortableRowOps = {
-    .plane = kOpsOf<PlanePixel>,
-    .rgb24 = kOpsOf<Rgb24Pixel>,
-    .rgb555 = kOpsOf<Rgb555Pixel>,
-    .rgb565 = kOpsOf<Rgb565Pixel>,
+    .pixels = OpsOfAllPixels<PlainOps>(),
     .packed422 =
         {
             .Unpack = Unpack,

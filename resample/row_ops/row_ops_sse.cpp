@@ -23,6 +23,6 @@ struct Sse {
 
 }  // namespace
 
-const RowOps kSseRowOps = MmxOps<Sse>::kAll;
+const RowOps kSseRowOps = kMmxSetRowOps<Sse>;
 
 }  // namespace tavo

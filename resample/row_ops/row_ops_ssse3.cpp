@@ -63,6 +63,6 @@ struct Ssse3 {
 
 }  // namespace
 
-const RowOps kSsse3RowOps = ShuffleOps<Ssse3>::kAll;
+const RowOps kSsse3RowOps = kShuffleRowOps<Ssse3>;
 
 }  // namespace tavo

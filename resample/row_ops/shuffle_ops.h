@@ -1,5 +1,10 @@
 // Row operations for instruction sets with a byte shuffle: the operations on pixels, and the whole
 // set. docs/kernels.md has the formulas.
+//
+// The way of a row: BlendByteColumns (or another) calls ApplyPlan, which looks whether the plan has
+// one window or two; StoreSteps stores a register for each step of the plan; load(position),
+// LoadTiles, brings the source bytes of a step's tiles by V::ShuffleWindows; bytesOf makes the
+// register of them.
 
 #pragma once
 
@@ -102,34 +107,37 @@ struct ShuffleOps {
     static void Finish() {}
 
     template <typename Pixel>
-    static constexpr PixelOps kByteOps = {
-        .BlendRows = Base::BlendByteRows,
-        .PlanBlend = PlanByteBlend<V, Pixel>,
-        .PlanNearest = PlanNearest<V, Pixel>,
-        .BlendColumns = BlendByteColumns<Pixel, Rounding::Down>,
-        .BlendColumnsUp = BlendByteColumns<Pixel, Rounding::Up>,
-        .NearestColumns = NearestColumns<Pixel>,
-    };
-    template <typename Pixel>
-    static constexpr PixelOps kFieldOps = {
-        .BlendRows = BlendFieldRows<Pixel>,
-        .PlanBlend = PlanFieldBlend<V, Pixel>,
-        .PlanNearest = PlanNearest<V, Pixel>,
-        .BlendColumns = BlendFieldColumns<Pixel, Rounding::Down>,
-        .BlendColumnsUp = BlendFieldColumns<Pixel, Rounding::Up>,
-        .NearestColumns = NearestColumns<Pixel>,
-    };
+    static constexpr PixelOps Of() {
+        return {
+            .BlendRows = Base::BlendByteRows,
+            .PlanBlend = PlanByteBlend<V, Pixel>,
+            .PlanNearest = PlanNearest<V, Pixel>,
+            .BlendColumns = BlendByteColumns<Pixel, Rounding::Down>,
+            .BlendColumnsUp = BlendByteColumns<Pixel, Rounding::Up>,
+            .NearestColumns = NearestColumns<Pixel>,
+        };
+    }
+    template <HasFields Pixel>
+    static constexpr PixelOps Of() {
+        return {
+            .BlendRows = BlendFieldRows<Pixel>,
+            .PlanBlend = PlanFieldBlend<V, Pixel>,
+            .PlanNearest = PlanNearest<V, Pixel>,
+            .BlendColumns = BlendFieldColumns<Pixel, Rounding::Down>,
+            .BlendColumnsUp = BlendFieldColumns<Pixel, Rounding::Up>,
+            .NearestColumns = NearestColumns<Pixel>,
+        };
+    }
+};
 
-    static constexpr RowOps kAll = {
-        .plane = kByteOps<PlanePixel>,
-        .rgb24 = kByteOps<Rgb24Pixel>,
-        .rgb555 = kFieldOps<Rgb555Pixel>,
-        .rgb565 = kFieldOps<Rgb565Pixel>,
-        .packed422 = ShufflePacked422<V>::kAll,
-        .CopyRow = Base::CopyRow,
-        .CopyBlocks = CopyBlocks,
-        .Finish = Finish,
-    };
+// The whole set.
+template <ShuffleRegister V>
+constexpr RowOps kShuffleRowOps = {
+    .pixels = OpsOfAllPixels<ShuffleOps<V>>(),
+    .packed422 = ShufflePacked422<V>::kAll,
+    .CopyRow = ShuffleRegisters<V>::CopyRow,
+    .CopyBlocks = ShuffleOps<V>::CopyBlocks,
+    .Finish = ShuffleOps<V>::Finish,
 };
 
 }  // namespace

@@ -27,8 +27,9 @@ constexpr int32_t kTilesAStep = V::kParts * 2;
 template <typename V>
 constexpr int32_t kStepBytes = kTilesAStep<V>* kTileBytes;
 
-// A tile's place in the tables of a step. With two parts, registers are joined part by part: the
-// first register of a step gets the even tiles, the second one the odd ones.
+// A tile's place in the tables of a step (with two parts: tiles 0 1 2 3 at 0 2 1 3). With two
+// parts, registers are joined part by part: the first register of a step gets the even tiles, the
+// second one the odd ones.
 template <typename V>
 constexpr int32_t PositionOf(int32_t tile) {
     return V::kParts == 2 ? (tile & ~3) | (tile & 1) << 1 | (tile >> 1 & 1) : tile;
@@ -53,14 +54,14 @@ ShuffleStep<V>* StepsOf(const ColumnPlan& plan) {
 }
 
 // Destination bytes that are planned at once: whole steps and whole pixels of all sizes.
-constexpr int32_t kPartBytes = 192;
+constexpr int32_t kBatchBytes = 192;
 
 // For each destination byte: the source byte, the one that it is mixed with, and the weight of that
 // one. Bytes behind the last column repeat it.
 struct ByteSources {
-    int32_t at[kPartBytes];
-    int32_t next[kPartBytes];
-    uint8_t weights[kPartBytes];
+    int32_t at[kBatchBytes];
+    int32_t next[kBatchBytes];
+    uint8_t weights[kBatchBytes];
     int32_t count = 0;
 
     void Add(int32_t from, int32_t mixedWith, uint8_t weight) {
@@ -187,15 +188,15 @@ bool PlanStep(ShuffleStep<V>& step, const ByteSources& sources, int32_t first, i
 template <typename V, typename Bytes, typename Fill>
 bool PlanWindows(ColumnPlan& plan, const Bytes& bytes, int32_t window, int32_t rowBytes,
                  Fill fill) {
-    static_assert(kPartBytes % kStepBytes<V> == 0);
-    constexpr int32_t kPartColumns = kPartBytes / Bytes::kColumnBytes;
+    static_assert(kBatchBytes % kStepBytes<V> == 0);
+    constexpr int32_t kBatchColumns = kBatchBytes / Bytes::kColumnBytes;
     const ColumnRun columns = plan.columns;
     ShuffleStep<V>* step = StepsOf<V>(plan);
-    for (int32_t first = 0; first < columns.count; first += kPartColumns) {
+    for (int32_t first = 0; first < columns.count; first += kBatchColumns) {
         ByteSources sources;
         bytes.AddTo(sources,
                     {columns.indices + first, columns.weights ? columns.weights + first : nullptr,
-                     columns.firstIndex, Min(kPartColumns, columns.count - first)});
+                     columns.firstIndex, Min(kBatchColumns, columns.count - first)});
         sources.FillUp((sources.count + kStepBytes<V> - 1) / kStepBytes<V> * kStepBytes<V>);
         for (int32_t i = 0; i < sources.count; i += kStepBytes<V>, ++step) {
             if (!PlanStep<V>(*step, sources, i, window, rowBytes, fill)) return false;

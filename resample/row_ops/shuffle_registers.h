@@ -38,15 +38,16 @@ struct ShuffleRegisters {
         ForRegisters(bytes, [&](int32_t i) { V::Store(dst + i, V::Load(src + i)); });
     }
 
-    // Stores bytesOf(step) for each step, so many bytes in all.
-    template <typename BytesOf>
-    static void StoreSteps(uint8_t* dst, const ColumnPlan& plan, int32_t bytes, BytesOf bytesOf) {
+    // Stores registerOf(step) for each step, so many bytes in all.
+    template <typename RegisterOf>
+    static void StoreSteps(uint8_t* dst, const ColumnPlan& plan, int32_t bytes,
+                           RegisterOf registerOf) {
         const ShuffleStep<V>* step = StepsOf<V>(plan);
         int32_t i = 0;
-        for (; i + kBytes <= bytes; i += kBytes, ++step) V::Store(dst + i, bytesOf(*step));
+        for (; i + kBytes <= bytes; i += kBytes, ++step) V::Store(dst + i, registerOf(*step));
         if (i == bytes) return;
         uint8_t last[kBytes];
-        V::Store(last, bytesOf(*step));
+        V::Store(last, registerOf(*step));
         std::memcpy(dst + i, last, static_cast<size_t>(bytes - i));
     }
 

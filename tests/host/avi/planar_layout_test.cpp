@@ -39,22 +39,22 @@ constexpr Lengths kLengths[] = {
     {PixelFormat::YVU9, 34, 33, 1262, 1284, 1404},
 };
 
-TEST(PlanarLayout, LengthsOfFrames) {
+TEST(FilePlanes, LengthsOfFrames) {
     for (const Lengths& row : kLengths) {
         const VideoFormat video = Video(row.format, row.width, row.height);
-        EXPECT_EQ(PlanarBytes(video, PlanarLayout::Tight), row.tight);
-        EXPECT_EQ(PlanarBytes(video, PlanarLayout::Rounded), row.rounded);
-        EXPECT_EQ(PlanarBytes(video, PlanarLayout::Padded), row.padded);
+        EXPECT_EQ(PlanarBytes(video, FilePlanes::Tight), row.tight);
+        EXPECT_EQ(PlanarBytes(video, FilePlanes::Rounded), row.rounded);
+        EXPECT_EQ(PlanarBytes(video, FilePlanes::Padded), row.padded);
         EXPECT_EQ(LayoutsDiffer(video), row.tight != row.rounded || row.tight != row.padded);
     }
 }
 
 // A length gives the same picture whichever layout of that length comes first.
-TEST(PlanarLayout, ALengthNamesItsLayout) {
+TEST(FilePlanes, ALengthNamesItsLayout) {
     for (const Lengths& row : kLengths) {
         const VideoFormat video = Video(row.format, row.width, row.height);
-        for (const PlanarLayout layout :
-             {PlanarLayout::Tight, PlanarLayout::Rounded, PlanarLayout::Padded}) {
+        for (const FilePlanes layout :
+             {FilePlanes::Tight, FilePlanes::Rounded, FilePlanes::Padded}) {
             const uint64_t length = PlanarBytes(video, layout);
             const auto named = LayoutOfLength(video, static_cast<uint32_t>(length));
             ASSERT_TRUE(named.has_value());
@@ -63,19 +63,19 @@ TEST(PlanarLayout, ALengthNamesItsLayout) {
     }
 }
 
-TEST(PlanarLayout, FramesMayBeLongerOnlyWhereNothingIsCut) {
+TEST(FilePlanes, FramesMayBeLongerOnlyWhereNothingIsCut) {
     const VideoFormat even = Video(PixelFormat::YV12, 34, 32);
     EXPECT_EQ(LayoutOfLength(even, 1631), std::nullopt);
-    EXPECT_EQ(LayoutOfLength(even, 1633), PlanarLayout::Tight);
-    EXPECT_EQ(LayoutOfLength(even, 1792), PlanarLayout::Padded);
-    EXPECT_EQ(LayoutOfLength(even, 1793), PlanarLayout::Tight);
+    EXPECT_EQ(LayoutOfLength(even, 1633), FilePlanes::Tight);
+    EXPECT_EQ(LayoutOfLength(even, 1792), FilePlanes::Padded);
+    EXPECT_EQ(LayoutOfLength(even, 1793), FilePlanes::Tight);
     const VideoFormat odd = Video(PixelFormat::YV12, 35, 32);
     EXPECT_EQ(LayoutOfLength(odd, 1681), std::nullopt);
     EXPECT_EQ(LayoutOfLength(odd, 1793), std::nullopt);
 }
 
 // 5 x 3 in YV12. Samples are numbered, padding is 0xFF.
-TEST(PlanarLayout, SamplesGoToTheirPlaces) {
+TEST(FilePlanes, SamplesGoToTheirPlaces) {
     const VideoFormat video = Video(PixelFormat::YV12, 5, 3);
     const std::vector<int> rounded = {0,  1,  2,  3,  4,  5,  6,  7,  8,  9,  10, 11, 12, 13,
                                       14, 20, 21, -1, -1, -1, -1, 30, 31, -1, -1, -1, -1};
@@ -94,7 +94,7 @@ TEST(PlanarLayout, SamplesGoToTheirPlaces) {
     want[19] = std::byte{31};
 
     for (const auto& [layout, samples] :
-         {std::pair{PlanarLayout::Rounded, rounded}, std::pair{PlanarLayout::Padded, padded}}) {
+         {std::pair{FilePlanes::Rounded, rounded}, std::pair{FilePlanes::Padded, padded}}) {
         std::vector<std::byte> from;
         for (const int sample : samples) from.push_back(std::byte(sample & 0xFF));
         ASSERT_EQ(from.size(), PlanarBytes(video, layout));
