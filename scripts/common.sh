@@ -56,7 +56,14 @@ show_progress() {
     [ ! -t 1 ] || printf '\r\033[K'
 }
 
-is_installed() { dpkg-query -W -f='${Status}\n' "$1" 2>/dev/null | grep -q 'ok installed'; }
+# is_installed NAME[:ARCHITECTURE]: without an architecture, that of the machine. A package of another
+# one does not count: its 32-bit twin may be there alone.
+is_installed() {
+    local architecture=amd64
+    case $1 in *:*) architecture=${1##*:} ;; esac
+    dpkg-query -W -f='${Architecture} ${Status}\n' "$1" 2>/dev/null |
+        grep -Eq "^($architecture|all) .* ok installed"
+}
 
 apt_get() { as_root env DEBIAN_FRONTEND=noninteractive apt-get -o APT::Status-Fd=1 "$@"; }
 
