@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "pages/resource_ids.h"
+#include "tests/pages/support/dialog_measure.h"
 #include "tests/pages/support/dialog_template.h"
 #include "tests/pages/support/page_frame.h"
 
@@ -56,67 +57,6 @@ constexpr Expected kTimeRegulator[] = {
     {1021, L"STATIC", kFigure, L"0", 15, 90, 55, 12},
     {kNoId, L"STATIC", kLabelLeft, L"fps", 75, 92, 9, 8},
 };
-
-// How wide the text of a control is, with the box before it where there is one.
-LONG TextWidth(HWND control) {
-    wchar_t text[80] = {};
-    const int length = GetWindowTextW(control, text, 80);
-    const HDC dc = GetDC(control);
-    const auto font = reinterpret_cast<HFONT>(SendMessageW(control, WM_GETFONT, 0, 0));
-    const HGDIOBJ old = SelectObject(dc, font);
-    SIZE size = {};
-    TEXTMETRICW metrics = {};
-    GetTextExtentPoint32W(dc, text, length, &size);
-    GetTextMetricsW(dc, &metrics);
-    SelectObject(dc, old);
-    ReleaseDC(control, dc);
-    const bool hasBox = GetDlgCtrlID(control) == IDC_ENABLE;
-    return size.cx + (hasBox ? metrics.tmHeight + metrics.tmAveCharWidth : 0);
-}
-
-// What a dialog unit is in the font of a dialog: the mean width of the letters, and the height.
-SIZE BaseUnits(HWND dialog) {
-    const HDC dc = GetDC(dialog);
-    const auto font = reinterpret_cast<HFONT>(SendMessageW(dialog, WM_GETFONT, 0, 0));
-    const HGDIOBJ old = SelectObject(dc, font);
-    const wchar_t letters[] = L"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
-    SIZE size = {};
-    TEXTMETRICW metrics = {};
-    GetTextExtentPoint32W(dc, letters, 52, &size);
-    GetTextMetricsW(dc, &metrics);
-    SelectObject(dc, old);
-    ReleaseDC(dialog, dc);
-    return {(size.cx / 26 + 1) / 2, metrics.tmHeight};
-}
-
-RECT InPixels(SIZE units, int x, int y, int width, int height) {
-    return {MulDiv(x, units.cx, 4), MulDiv(y, units.cy, 8), MulDiv(width, units.cx, 4),
-            MulDiv(height, units.cy, 8)};
-}
-
-// Left, top, width and height in the parent.
-RECT PlaceOf(HWND window, HWND parent) {
-    RECT rect = {};
-    GetWindowRect(window, &rect);
-    MapWindowPoints(nullptr, parent, reinterpret_cast<POINT*>(&rect), 2);
-    return {rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top};
-}
-
-std::vector<LONG> Numbers(const RECT& place) {
-    return {place.left, place.top, place.right, place.bottom};
-}
-
-std::wstring ClassOf(HWND window) {
-    wchar_t name[40] = {};
-    GetClassNameW(window, name, 40);
-    return CharUpperW(name);
-}
-
-std::wstring TextOf(HWND window) {
-    wchar_t text[80] = {};
-    GetWindowTextW(window, text, 80);
-    return text;
-}
 
 class DialogLayout : public PagesTest {
   protected:

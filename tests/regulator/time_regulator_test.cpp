@@ -4,11 +4,11 @@
 #include <gtest/gtest.h>
 
 #include <limits>
-#include <random>
 #include <vector>
 
 #include "regulator/frame_duration.h"
 #include "regulator/stream_time.h"
+#include "tests/regulator/random_samples.h"
 #include "tests/regulator/regulator_model.h"
 
 using namespace tavo_test;
@@ -76,41 +76,6 @@ class RegulatedStream {
     int kept_ = -1;
 };
 
-class RandomStream {
-  public:
-    explicit RandomStream(uint32_t seed) : random_(seed) {}
-
-    int Below(int end) { return static_cast<int>(random_() % static_cast<uint32_t>(end)); }
-    bool OneIn(int n) { return Below(n) == 0; }
-    double Rate() {
-        constexpr double kRates[] = {5.0,  12.5, 23.976, 24.0, 25.0, 29.97,
-                                     30.0, 50.0, 59.94,  60.0, 75.3, 100.0};
-        return kRates[Below(12)];
-    }
-    InputSample Next(int picture) {
-        clock_ += Below(90) * kMs + Below(3);
-        if (OneIn(30)) position_ += 400 * kMs;
-        InputSample sample;
-        sample.picture = picture;
-        sample.clock = clock_;
-        sample.discontinuity = OneIn(3) ? kOk : kFalse;
-        if (!OneIn(3)) sample.mediaTime = {{picture * 2, picture * 2 + 2}};
-        if (OneIn(8)) return sample;  // no times
-        const int64_t length = OneIn(6) ? Below(4) * 50 * kMs : 40 * kMs + Below(20'000);
-        const int64_t jitter = OneIn(4) ? (Below(200) - 100) * kMs : 0;
-        sample.start = position_ + jitter;
-        if (!OneIn(15)) sample.stop = *sample.start + length;
-        position_ += length;
-        return sample;
-    }
-    int64_t Clock() const { return clock_; }
-
-  private:
-    std::minstd_rand random_;
-    int64_t clock_ = 1'000'000 * kMs;
-    int64_t position_ = 0;
-};
-
 struct Totals {
     int64_t frames = 0;
     int64_t dropped = 0;
@@ -121,7 +86,7 @@ struct Totals {
 void CompareOneStream(uint32_t seed, Totals& totals) {
     static std::vector<OutputFrame> got;
     static std::vector<OutputFrame> expected;
-    RandomStream random(seed);
+    RandomSamples random(seed, 1'000'000 * kMs);
     RegulatedStream stream;
     RegulatorModel model;
     const double rate = random.Rate();

@@ -1,29 +1,19 @@
 // A box runs a message loop of its own; a timer of the thread finds it there.
 #include "tests/pages/support/message_boxes.h"
 
+#include "tests/pages/support/dialog_measure.h"
+
 namespace tavo_test {
 
 namespace {
 
 constexpr UINT kLookMs = 20;
 
-std::wstring ClassOf(HWND window) {
-    wchar_t name[40] = {};
-    GetClassNameW(window, name, 40);
-    return name;
-}
-
-std::wstring TextOf(HWND window) {
-    wchar_t text[200] = {};
-    GetWindowTextW(window, text, 200);
-    return text;
-}
-
 BOOL CALLBACK ReadChild(HWND child, LPARAM target) {
     auto& box = *reinterpret_cast<SeenBox*>(target);
     if (!IsWindowVisible(child)) return TRUE;
-    if (ClassOf(child) == L"Button") box.buttons.push_back(GetDlgCtrlID(child));
-    if (ClassOf(child) != L"Static") return TRUE;
+    if (ClassOf(child) == L"BUTTON") box.buttons.push_back(GetDlgCtrlID(child));
+    if (ClassOf(child) != L"STATIC") return TRUE;
     if ((GetWindowLongW(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON) {
         box.icon = reinterpret_cast<HICON>(SendMessageW(child, STM_GETICON, 0, 0));
     } else {
