@@ -88,7 +88,7 @@ Format FormatOf(int row, int32_t bitsPerPixel) {
 // The processor's own row operations, unless a test chooses others.
 class Copies : public testing::Test {
   protected:
-    void SetUp() override { FillKernelTable(); }
+    void SetUp() override { FillTableForThisMachine(); }
 };
 
 constexpr int32_t kLongWidths[] = {63, 64, 65, 333, 352, 353, 640, 719, 720, 1279, 1280, 1920};
@@ -107,7 +107,7 @@ void ExpectCopiesOfAllSizes(const ExpectedCopy& copy, Format format, int32_t bit
 }
 
 TEST_F(Copies, AllSizesDepthsAndSigns) {
-    for (int level : {GetCpuLevel(), 0}) {
+    for (int level : {OwnLevel(), 0}) {
         const ForcedLevel forced(level, 0);
         for (const CopyRow* row : {&kPlaneCopies, &kPackedCopies}) {
             for (const ExpectedCopy* copy : {&row->portable, &row->mmx}) {
@@ -217,7 +217,7 @@ TEST_F(Copies, PortableOnesLeaveThePaddingAlone) {
 // How far a copy reaches past the picture is what its caller has to leave room for.
 testing::AssertionResult SpillIsTold(const CopyRow& row, int slot, int32_t width,
                                      int32_t bitsPerPixel) {
-    const Oracle oracle = row.InSlot(slot, GetCpuLevel()).oracle;
+    const Oracle oracle = row.InSlot(slot, OwnLevel()).oracle;
     const auto extent = [&](int32_t rows) {
         return static_cast<int64_t>(
             ExtentOf(oracle, {FormatOf(row.row, bitsPerPixel), width, rows, bitsPerPixel}));

@@ -9,6 +9,7 @@
 #include "resample/axis_map.h"
 #include "resample/kernel_table.h"
 #include "resample/planar/planar_kernels.h"
+#include "tests/resample/support/forced_level.h"
 #include "tests/resample/support/kernel_trial.h"
 
 namespace tavo::test {
@@ -21,7 +22,7 @@ constexpr ScaleKernel kBilinear[] = {ScaleBilinear_Planar_Portable, ScaleBilinea
 
 class PlanarEdges : public testing::Test {
   protected:
-    void SetUp() override { FillKernelTable(); }
+    void SetUp() override { FillTableForThisMachine(); }
 };
 
 KernelTrial TrialOf(const FrameShape& shape, Bytes source) {

@@ -32,7 +32,7 @@ constexpr struct {
 void ExpectAllKernelsMatch(const KernelTrial& trial) {
     const Expectation nearest = trial.Expect(NearestPlanar);
     const Expectation bilinear = trial.Expect(BilinearPlanar);
-    for (int level : {GetCpuLevel(), 0}) {
+    for (int level : {OwnLevel(), 0}) {
         const ForcedLevel forced(level, 0);
         for (const auto& tried : kKernels) {
             const auto& expected = tried.oracle == NearestPlanar ? nearest : bilinear;

@@ -15,9 +15,20 @@ constexpr int kSpeedClasses[] = {-2, -1, 0, 1, 2};
 
 constexpr bool LevelHasMmx(int level) { return level >= 1 && level <= 4; }
 
+// Identifying the processor measures its speed too, which takes longer than most tests: once is
+// enough.
+inline int OwnLevel() {
+    static const int level = GetCpuLevel();
+    return level;
+}
+inline void FillTableForThisMachine() {
+    static const int speedClass = (OwnLevel(), CpuSpeedClass());
+    FillKernelTable(OwnLevel(), speedClass);
+}
+
 // Whether this processor has the instructions of a level. Only old ones lack any.
 inline bool CanRunLevel(int level) {
-    const int own = GetCpuLevel();
+    const int own = OwnLevel();
     if (level == 2) return own == 2;
     return own != 0 || !LevelHasMmx(level);
 }
@@ -33,7 +44,7 @@ inline std::vector<int> RunnableLevels() {
 class ForcedLevel {
   public:
     ForcedLevel(int level, int speedClass) { FillKernelTable(level, speedClass); }
-    ~ForcedLevel() { FillKernelTable(); }
+    ~ForcedLevel() { FillTableForThisMachine(); }
     ForcedLevel(const ForcedLevel&) = delete;
     ForcedLevel& operator=(const ForcedLevel&) = delete;
 };
