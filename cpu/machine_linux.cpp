@@ -1,5 +1,5 @@
-// The machine under Linux. Affinity is that of the calling thread, which is the one that looks.
-// Thread priorities are not changed.
+// The machine under Linux. Sets the affinity of the calling thread only, which is the one that runs
+// the probe. Thread priorities are not changed.
 
 #include <sched.h>
 #include <time.h>

@@ -29,8 +29,8 @@ class AM_NOVTABLE CBaseFilter : public CUnknown, public IBaseFilter, public IAMo
     LONG m_PinVersion = 1;
 
   private:
-    // Held for moments only, and never over a call out, while name, graph and sink change or are
-    // copied: anybody may ask for them while the filter joins or leaves a graph.
+    // Guards name, graph and sink, which anybody may ask for while the filter joins or leaves a
+    // graph. Held briefly, never over a call out.
     CCritSec m_graphLock;
 
   public:

@@ -40,14 +40,14 @@ STDMETHODIMP CClassFactory::CreateInstance(LPUNKNOWN pUnkOuter, REFIID riid, voi
         delete object;
         return hr;
     }
-    // The reference held meanwhile makes a refused interface the end of the object.
+    // If the interface is refused, releasing this reference deletes the object.
     object->NonDelegatingAddRef();
     hr = object->NonDelegatingQueryInterface(riid, ppv);
     object->NonDelegatingRelease();
     return hr;
 }
 
-// An unlock that belongs to no lock must not take back somebody else's later one.
+// The count never goes below 0: an unlock too many would cancel the next lock.
 STDMETHODIMP CClassFactory::LockServer(BOOL lock) {
     for (;;) {
         const LONG present = m_locks;

@@ -5,13 +5,16 @@
 #include "dshow/base_object.h"
 #include "dshow/platform.h"
 
-// Lives on its frame's thread. It keeps the site (counted) but no pointer to the object: OnConnect
-// gets it, and the derived page keeps what it needs until OnDisconnect. The last release takes site
-// and object back, so OnDisconnect may come twice, or without an OnConnect. It may come on any
-// thread. From then on a dialog that is still open no longer calls the page. It is not closed,
-// but from another thread than the dialog's it posts the dialog a request to close. The page lives
-// until the end of a message that it handles. The module is not to be unloaded before the dialog is
-// gone. The resource must be a child dialog.
+// Lives on its frame's thread. The resource must be a child dialog.
+// - It keeps the site (counted) but no pointer to the object: OnConnect gets it, and the derived
+// page
+//   keeps what it needs until OnDisconnect.
+// - The last release, which may come on any thread, takes site and object back: OnDisconnect may
+// come
+//   twice, or without an OnConnect.
+// - A dialog that is still open then calls the page no more. On the dialog's own thread it stays
+//   open; from another thread the last release asks it to close. The module stays until it is gone.
+// - The page lives until the end of a message that it handles.
 class AM_NOVTABLE CBasePropertyPage : public IPropertyPage, public CUnknown {
   protected:
     LPPROPERTYPAGESITE m_pPageSite = nullptr;

@@ -24,7 +24,7 @@ void EditNotice::Show(HWND edit, const wchar_t* text) {
 }
 
 void EditNotice::Hide() {
-    // A page that goes on another thread leaves the closing to the balloon's own.
+    // DestroyWindow fails on another thread than the balloon's, which then closes it.
     if (balloon_ && IsWindow(balloon_) && !DestroyWindow(balloon_)) {
         PostMessageW(balloon_, WM_CLOSE, 0, 0);
     }

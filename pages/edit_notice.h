@@ -11,7 +11,7 @@ class EditNotice {
     EditNotice(const EditNotice&) = delete;
     EditNotice& operator=(const EditNotice&) = delete;
 
-    // In place of the one before. Where none can be made there is none.
+    // Replaces the one before. Does nothing if the balloon cannot be made.
     void Show(HWND edit, const wchar_t* text);
     void Hide();
 

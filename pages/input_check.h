@@ -1,6 +1,6 @@
 // What a property page of this module tells a frame that asks before it applies: whether all that
 // was typed can be read. Other frames do not ask; then the page applies what it makes
-// of such a text: 0 for a size, off for a rate.
+// of such a text: 0 for a size; for a rate the number that the text begins with, or off.
 
 #pragma once
 

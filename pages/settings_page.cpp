@@ -18,9 +18,9 @@ CSettingsPage::CSettingsPage(LPUNKNOWN outer, int dialogId, int titleId, UINT_PT
     InitCommonControls();
 }
 
-// A frame may drop a page whose dialog is still open: nothing must reach the page any more. A
-// dialog of another thread closes itself. Its handle may be that of a new window by now, so the
-// page that is stored there is looked at first.
+// A frame may drop a page whose dialog is still open: nothing must reach the page any more.
+// DestroyWindow fails on another thread than the dialog's, where the dialog closes itself. The
+// handle may have been reused by then, so only a window that names this page is touched.
 CSettingsPage::~CSettingsPage() {
     auto* const page = static_cast<CBasePropertyPage*>(this);
     if (!dialog_ || GetWindowLongPtr(dialog_, DWLP_USER) != reinterpret_cast<LONG_PTR>(page))
@@ -118,7 +118,7 @@ void CSettingsPage::SetDirty() {
     if (m_pPageSite) m_pPageSite->OnStatusChange(PROPPAGESTATUS_DIRTY);
 }
 
-// An edit that was emptied is about to be filled.
+// No notice for an empty edit: the user is about to type.
 void CSettingsPage::NoticeFault(HWND dialog, int control) {
     const Fault fault = FindFault(dialog);
     const HWND edit = GetDlgItem(dialog, control);

@@ -65,8 +65,8 @@ class TimeRegulator {
     // The two flags that choose the branch. Deliberate: nothing clears repeatFrame_, so KeepOnly
     // and OneBehind never come up.
     bool repeatFrame_ = true;
-    // This slot takes the sample's picture, as if none were kept. A new output type may still set
-    // it between BeginSlot and Branch.
+    // This slot shows the sample's picture, whatever is kept. Also set when a new output type
+    // discards the kept picture between BeginSlot and Branch.
     bool bufferEmpty_ = true;
     int64_t nextSlotEnd_ = 0;  // 0 before the first slot
     TimeWindow slot_;

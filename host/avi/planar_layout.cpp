@@ -18,7 +18,7 @@ int32_t RoundedUp(int32_t length, int32_t shift) {
     return static_cast<int32_t>((int64_t{length} + (int32_t{1} << shift) - 1) >> shift);
 }
 
-// The planes of one after the other, without gaps.
+// Planes one after the other without gaps; chroma sizes are rounded up.
 Planes RoundedPlanes(const VideoFormat& video) {
     const int32_t shift = InfoOf(video.format).chromaShift;
     const int32_t width = RoundedUp(video.width, shift);

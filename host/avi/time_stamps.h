@@ -1,5 +1,5 @@
-// Statistics of start times, for the notes at the end of a run. The rate of a file is chosen in
-// frame_timing.h.
+// Statistics of start times: for the notes at the end of a run, and for the rate of a file whose
+// frames are kept as they come. Other rates are chosen in frame_timing.h.
 
 #pragma once
 

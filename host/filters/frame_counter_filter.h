@@ -53,9 +53,9 @@ class CFrameCounter final : public CBaseFilter {
     class Arrivals {
       public:
         virtual uint64_t Count() = 0;
-        // The next frames show the picture from start to stop, or repeat another one.
+        // The input frame with these times goes in now; IsShown() tells whether a frame showed it.
         virtual void Expect(REFERENCE_TIME /*start*/, REFERENCE_TIME /*stop*/) {}
-        // Whether one of them did. True when it is unknown.
+        // True when it is unknown.
         virtual bool IsShown() { return true; }
 
       protected:

@@ -45,9 +45,9 @@ int32_t StripOf(Interior interior) {
     return lastInner - lastInner % kStripStep;
 }
 
-// The strip at the last source row. A column whose left value is computed anew blends back to its
-// own sample; one that takes its left value over from the column before blends toward the last one
-// that was computed anew.
+// The strip at the last source row. A column whose left value is computed in full blends back to
+// its own sample; one that reuses the column before as its left value blends toward the last one
+// that was computed in full.
 void BlendStripBottom(const Frame& frame, int32_t strip, int32_t firstRow) {
     const uint8_t* source = frame.SrcRow(frame.srcHeight - 1);
     const int32_t lastColumn = frame.srcWidth - 1;

@@ -3,6 +3,8 @@
 
 #include "tests/kernel_check/cases.h"
 
+#include "resample/kernel_table.h"
+
 namespace tavo::test {
 namespace {
 
@@ -82,7 +84,7 @@ class Planner {
             Add({480 / dstGroup * srcGroup, 0, 480, Between(20, 60)});
         }
         // The nearest neighbour kernel for MMX in this row is that of the other ratio.
-        if (row_.row == 21) {
+        if (row_.row == RowH720Rgb24) {
             for (int groups = 1; groups <= 170; ++groups) Add({4 * groups, 0, 3 * groups, 3});
         }
     }
