@@ -11,6 +11,21 @@ namespace {
 
 constexpr int64_t kMs = 10'000;
 
+// The filter at 25 frames per second, streaming by a clock.
+class ClockedRig : public FilterRig {
+  public:
+    explicit ClockedRig(HandClock& clock) {
+        settings->SetFrameRate(25.0);
+        EXPECT_EQ(Connect(ScenarioType()), S_OK);
+        EXPECT_EQ(filter->SetSyncSource(&clock), S_OK);
+        EXPECT_EQ(Start(), S_OK);
+    }
+    ~ClockedRig() {
+        Stop();
+        EXPECT_EQ(filter->SetSyncSource(nullptr), S_OK);
+    }
+};
+
 class RegulatorClockTest : public FilterTest {
   protected:
     static Step Untimed(int picture, int64_t clockMs) {
@@ -82,11 +97,7 @@ TEST_F(RegulatorClockTest, TheTimeCountsFromTheBeginningOfTheFlush) {
     HandClock clock;
     clock.now = 5000 * kMs;
     {
-        FilterRig rig;
-        rig.settings->SetFrameRate(25.0);
-        ASSERT_EQ(rig.Connect(ScenarioType()), S_OK);
-        ASSERT_EQ(rig.filter->SetSyncSource(&clock), S_OK);
-        ASSERT_EQ(rig.Start(), S_OK);
+        ClockedRig rig(clock);
         clock.now = 7000 * kMs;
         EXPECT_EQ(rig.source->pin().SendBeginFlush(), S_OK);
         clock.now = 7030 * kMs;
@@ -97,8 +108,6 @@ TEST_F(RegulatorClockTest, TheTimeCountsFromTheBeginningOfTheFlush) {
         ASSERT_EQ(samples.size(), 2u) << "90 ms hold two slots of 40";
         EXPECT_EQ(samples[0].start, 0);
         EXPECT_EQ(samples[1].stop, 80 * kMs);
-        rig.Stop();
-        ASSERT_EQ(rig.filter->SetSyncSource(nullptr), S_OK);
     }
     EXPECT_EQ(clock.references, 1);
 }
@@ -107,11 +116,7 @@ TEST_F(RegulatorClockTest, AClockThatFailsStopsTheSlotsAndNothingElse) {
     HandClock clock;
     clock.now = 5000 * kMs;
     {
-        FilterRig rig;
-        rig.settings->SetFrameRate(25.0);
-        ASSERT_EQ(rig.Connect(ScenarioType()), S_OK);
-        ASSERT_EQ(rig.filter->SetSyncSource(&clock), S_OK);
-        ASSERT_EQ(rig.Start(), S_OK);
+        ClockedRig rig(clock);
         clock.now = 5030 * kMs;
         EXPECT_EQ(rig.Deliver(SpecOf({.picture = 1})), S_OK);
         clock.answer = E_FAIL;
@@ -120,8 +125,6 @@ TEST_F(RegulatorClockTest, AClockThatFailsStopsTheSlotsAndNothingElse) {
         clock.now = 5100 * kMs;
         EXPECT_EQ(rig.Deliver(SpecOf({.picture = 3})), S_OK);
         EXPECT_EQ(rig.samples().size(), 2u);
-        rig.Stop();
-        ASSERT_EQ(rig.filter->SetSyncSource(nullptr), S_OK);
     }
     EXPECT_EQ(clock.references, 1);
 }
@@ -132,19 +135,13 @@ TEST_F(RegulatorClockTest, AClockThatFailsAtTheStartMakesNoHoleInTheStream) {
     clock.now = 90'000'000 * kMs;
     clock.answer = E_FAIL;
     {
-        FilterRig rig;
-        rig.settings->SetFrameRate(25.0);
-        ASSERT_EQ(rig.Connect(ScenarioType()), S_OK);
-        ASSERT_EQ(rig.filter->SetSyncSource(&clock), S_OK);
-        ASSERT_EQ(rig.Start(), S_OK);
+        ClockedRig rig(clock);
         EXPECT_EQ(rig.Deliver(SpecOf({.picture = 1})), S_FALSE);
         clock.answer = S_OK;
         EXPECT_EQ(rig.Deliver(SpecOf({.picture = 2})), S_FALSE);
         clock.now += 30 * kMs;
         EXPECT_EQ(rig.Deliver(SpecOf({.picture = 3})), S_OK);
         EXPECT_EQ(rig.samples().size(), 1u);
-        rig.Stop();
-        ASSERT_EQ(rig.filter->SetSyncSource(nullptr), S_OK);
     }
     EXPECT_EQ(clock.references, 1);
 }
@@ -155,11 +152,7 @@ TEST_F(RegulatorClockTest, AChangeOfClocksDoesNotMoveTheStream) {
     HandClock second;
     first.now = 5000 * kMs;
     {
-        FilterRig rig;
-        rig.settings->SetFrameRate(25.0);
-        ASSERT_EQ(rig.Connect(ScenarioType()), S_OK);
-        ASSERT_EQ(rig.filter->SetSyncSource(&first), S_OK);
-        ASSERT_EQ(rig.Start(), S_OK);
+        ClockedRig rig(first);
         first.now = 5030 * kMs;
         EXPECT_EQ(rig.Deliver(SpecOf({.picture = 1})), S_OK);
         first.now = 5060 * kMs;
@@ -176,8 +169,6 @@ TEST_F(RegulatorClockTest, AChangeOfClocksDoesNotMoveTheStream) {
         first.now = 35 * kMs;
         EXPECT_EQ(rig.Deliver(SpecOf({.picture = 4})), S_OK) << "125 ms, and what the change took";
         EXPECT_GE(rig.samples().size(), 3u);
-        rig.Stop();
-        ASSERT_EQ(rig.filter->SetSyncSource(nullptr), S_OK);
     }
     EXPECT_EQ(first.references, 1);
     EXPECT_EQ(second.references, 1);
