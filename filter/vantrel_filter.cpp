@@ -55,6 +55,16 @@ STDMETHODIMP CVantrelFilter::GetPages(CAUUID* pages) {
     return S_OK;
 }
 
+// Refused for want of memory, the filter has not joined: a graph that does not know it does not
+// tell it when it goes.
+STDMETHODIMP CVantrelFilter::JoinFilterGraph(IFilterGraph* graph, LPCWSTR name) {
+    CAutoLock filterLock(&m_csFilter);
+    IFilterGraph* const former = GetFilterGraph();
+    const HRESULT joined = CTransformFilter::JoinFilterGraph(graph, name);
+    if (FAILED(joined)) CTransformFilter::JoinFilterGraph(former, nullptr);
+    return joined;
+}
+
 // Pins are asked for by any thread and made once, both or neither.
 CBasePin* CVantrelFilter::GetPin(int index) {
     CAutoLock lock(&settingsLock_);

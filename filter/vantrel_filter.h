@@ -57,6 +57,7 @@ class CVantrelFilter final : public CTransformFilter,
 
     // CTransformFilter: objects (vantrel_filter.cpp; SetSyncSource in streaming.cpp)
     CBasePin* GetPin(int index) override;
+    STDMETHODIMP JoinFilterGraph(IFilterGraph* graph, LPCWSTR name) override;
     STDMETHODIMP SetSyncSource(IReferenceClock* clock) override;
 
     // CTransformFilter: negotiation (negotiation.cpp)

@@ -284,6 +284,24 @@ TEST_F(FailingAllocationsTest, AllocatorsAndSeeking) {
            });
 }
 
+// A filter that could not join must not go on with a graph that does not know it.
+TEST_F(FailingAllocationsTest, JoiningAGraph) {
+    WithEveryRefusal([this] {
+        FilterRig rig;
+        HRESULT added = E_PENDING;
+        {
+            Graph graph;
+            FailsOrWorks([&] { return added = graph.Add(rig.filter.Get(), L"vantrel"); });
+            FILTER_INFO info = {};
+            ASSERT_EQ(rig.filter->QueryFilterInfo(&info), S_OK);
+            EXPECT_EQ(info.pGraph != nullptr, SUCCEEDED(added)) << names_;
+            if (info.pGraph) info.pGraph->Release();
+        }
+        ExpectWorks(rig);
+        EXPECT_EQ(rig.settings->ApplySettings(), 0) << "there is no graph to ask";
+    });
+}
+
 TEST_F(FailingAllocationsTest, Streaming) {
     for (const double fps : {0.0, 25.0}) {
         OnARig(
