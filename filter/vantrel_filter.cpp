@@ -95,6 +95,16 @@ HRESULT CVantrelFilter::CopyOutputType(CMediaType* type) {
     return type->Set(outputType_);
 }
 
+HRESULT CVantrelFilter::CheckBesideOutputType(const CMediaType& input) {
+    CAutoLock lock(&settingsLock_);
+    return CheckTransform(&input, &outputType_);
+}
+
+HRESULT CVantrelFilter::CheckBesideInputType(const CMediaType& output) {
+    CAutoLock lock(&settingsLock_);
+    return CheckTransform(&inputType_, &output);
+}
+
 int STDMETHODCALLTYPE CVantrelFilter::SetOutputSize(int width, int height) {
     outputSize_.store({width, height});
     return kSettingsSuccess;

@@ -83,11 +83,13 @@ class CVantrelFilter final : public CTransformFilter,
 
     // PinOwner
     CCritSec& SettingsLock() override { return settingsLock_; }
-    HRESULT CopyInputType(CMediaType* type) override;
-    HRESULT CopyOutputType(CMediaType* type) override;
+    HRESULT CheckBesideOutputType(const CMediaType& input) override;
+    HRESULT CheckBesideInputType(const CMediaType& output) override;
     void AbandonSample() override;
 
     // Negotiation: negotiation.cpp
+    HRESULT CopyInputType(CMediaType* type);
+    HRESULT CopyOutputType(CMediaType* type);
     bool PassesTypeTest(const CMediaType& type) const;
     HRESULT BuildOffer(CMediaType* type);
     HRESULT SetInputType(const CMediaType& type);

@@ -48,9 +48,7 @@ HRESULT CVantrelInputPin::CheckMediaType(const CMediaType* type) {
     if (checked != S_OK) return checked;
     CBasePin* const outputPin = filter_->GetPin(1);
     if (!outputPin || !outputPin->IsConnected()) return S_OK;
-    CMediaType output;
-    const HRESULT copied = owner_->CopyOutputType(&output);
-    return FAILED(copied) ? copied : filter_->CheckTransform(type, &output);
+    return owner_->CheckBesideOutputType(*type);
 }
 
 HRESULT CVantrelInputPin::SetMediaType(const CMediaType* type) {
@@ -80,9 +78,7 @@ HRESULT CVantrelOutputPin::CheckMediaType(const CMediaType* type) {
     CheckPointer(type, E_POINTER);
     if (!filter_->GetPin(0)->IsConnected()) return E_INVALIDARG;
     if (IsConnected() && IsSameType(*owner_, *type, m_mt)) return S_OK;
-    CMediaType input;
-    const HRESULT copied = owner_->CopyInputType(&input);
-    return FAILED(copied) ? copied : filter_->CheckTransform(&input, type);
+    return owner_->CheckBesideInputType(*type);
 }
 
 HRESULT CVantrelOutputPin::SetMediaType(const CMediaType* type) {

@@ -12,9 +12,10 @@ class PinOwner {
   public:
     // Held while a pin's media type is replaced or copied.
     virtual CCritSec& SettingsLock() = 0;
-    // The types that the pins were given last; E_OUTOFMEMORY when they cannot be copied.
-    virtual HRESULT CopyInputType(CMediaType* type) = 0;
-    virtual HRESULT CopyOutputType(CMediaType* type) = 0;
+    // CheckTransform with the type that the other pin was given last. Nothing is copied: want of
+    // memory must not look like a type that is refused, which ends the stream.
+    virtual HRESULT CheckBesideOutputType(const CMediaType& input) = 0;
+    virtual HRESULT CheckBesideInputType(const CMediaType& output) = 0;
     // Streaming is about to stop: a sample in progress makes no more frames.
     virtual void AbandonSample() = 0;
 

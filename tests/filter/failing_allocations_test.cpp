@@ -325,6 +325,31 @@ TEST_F(FailingAllocationsTest, Streaming) {
     }
 }
 
+TEST_F(FailingAllocationsTest, ATypeOnASample) {
+    const PixelFormat& format = format_;
+    const std::vector<BYTE> larger = RandomFrame(format, 100, 80);
+    const SampleSpec change = {.bytes = larger,
+                               .type = TypeOf(format, 100, 80),
+                               .freestanding = SampleConfig{.size = 100 * 80 * 3 / 2}};
+    OnARig([this](FilterRig& rig) { Start(rig); },
+           [&](FilterRig& rig) {
+               FailsOrWorks([&] { return rig.Deliver(change); });
+               EXPECT_EQ(rig.samples().size(), refused_ ? 0u : 1u) << names_;
+               rig.sink->pin().ClearSamples();
+               if (refused_) {
+                   ASSERT_EQ(rig.Deliver(frame_), S_OK) << names_;
+                   EXPECT_TRUE(Matches(NearestPlanar(format, frame_, {64, 48}, {40, 36}),
+                                       rig.samples().at(0).bytes))
+                       << names_;
+                   rig.sink->pin().ClearSamples();
+               }
+               ASSERT_EQ(rig.Deliver(change), S_OK) << names_;
+               EXPECT_TRUE(Matches(NearestPlanar(format, larger, {100, 80}, {40, 36}),
+                                   rig.samples().at(0).bytes))
+                   << names_;
+           });
+}
+
 TEST_F(FailingAllocationsTest, ATypeOnTheSinksBuffer) {
     OnARig([this](FilterRig& rig) { Start(rig); },
            [this](FilterRig& rig) {
@@ -337,6 +362,17 @@ TEST_F(FailingAllocationsTest, ATypeOnTheSinksBuffer) {
                                    rig.samples().at(0).bytes))
                    << names_;
            });
+}
+
+TEST_F(FailingAllocationsTest, ATypeThatIsProposedNeedsNoMemory) {
+    FilterRig rig;
+    Start(rig);
+    const FailingImports::Window window(imports_, 0, Refuse::AllLater);
+    for (IPin* const pin : {rig.input.Get(), rig.output.Get()}) {
+        EXPECT_EQ(pin->QueryAccept(TypeOf(format_, 48, 32).Get()), S_OK);
+        EXPECT_EQ(pin->QueryAccept(TypeOf(Format("YUY2"), 48, 32).Get()), S_FALSE);
+    }
+    EXPECT_EQ(window.names(), "");
 }
 
 TEST_F(FailingAllocationsTest, ApplyingWithoutASink) {
