@@ -1,8 +1,8 @@
 // The module without memory: each of its requests to the platform refused in turn, while a filter
 // is made, asked, connected, run and changed. An error comes back or the call works without,
 // nothing is forgotten, and the next try works.
-#include "tests/filter/support/failing_imports.h"
 #include "tests/filter/support/pictures.h"
+#include "tests/filter/support/refusing_test.h"
 #include "tests/picture/support/expected_pixels.h"
 #include "tests/support/graph.h"
 #include "tests/support/hand_clock.h"
@@ -11,75 +11,8 @@ using namespace tavo_test;
 
 namespace {
 
-constexpr Refuse kRefusals[] = {Refuse::OnlyNext, Refuse::AllLater};
-
-class FailingAllocationsTest : public FilterTest {
+class FailingAllocationsTest : public RefusingTest {
   protected:
-    void TearDown() override {
-        EXPECT_EQ(imports_.Held(), "");
-        FilterTest::TearDown();
-        std::printf("  %d refused so far (%s)\n", Total(),
-                    FailingImports::AllRefusedText().c_str());
-    }
-
-    static int Total() {
-        long total = 0;
-        for (const auto& [function, count] : FailingImports::AllRefused()) total += count;
-        return static_cast<int>(total);
-    }
-
-    // Runs round(refuse) with its first request refused, then its second, and so on: each alone,
-    // and each with all after it. `round` makes a Failing where requests are to be refused.
-    template <typename Round>
-    void WithEveryRefusal(Round round) {
-        for (const Refuse refuse : kRefusals) {
-            int allowed = 0;
-            for (refused_ = true; refused_ && !HasFatalFailure(); ++allowed) {
-                ASSERT_LT(allowed, 200);
-                SCOPED_TRACE(testing::Message()
-                             << allowed << " allowed, then "
-                             << (refuse == Refuse::AllLater ? "none" : "one not"));
-                refused_ = false;
-                allowed_ = allowed;
-                refuse_ = refuse;
-                round();
-                EXPECT_EQ(imports_.Held(), "");
-            }
-            EXPECT_GT(allowed, 1) << "nothing was asked for: nothing was tested";
-        }
-    }
-
-    // Calls it while requests are refused, and tells how many were.
-    template <typename Call>
-    int Failing(Call call) {
-        const FailingImports::Window window(imports_, allowed_, refuse_);
-        call();
-        const int refused = window.refused();
-        refused_ = refused_ || refused > 0;
-        names_ = window.names();
-        return refused;
-    }
-
-    // A call that cannot do without: it fails for want of memory when anything is refused.
-    template <typename Call>
-    void FailsOrWorks(Call call) {
-        HRESULT result = E_PENDING;
-        const bool refused = Failing([&] { result = call(); }) > 0;
-        if (refused) {
-            EXPECT_TRUE(FAILED(result)) << names_;
-        } else {
-            EXPECT_TRUE(SUCCEEDED(result)) << std::hex << result;
-        }
-    }
-
-    // A call that has another way: only when nothing is refused it must work.
-    template <typename Call>
-    void WorksOrFails(Call call) {
-        result_ = E_PENDING;
-        const bool refused = Failing([&] { result_ = call(); }) > 0;
-        EXPECT_TRUE(refused || SUCCEEDED(result_)) << std::hex << result_;
-    }
-
     // Whatever went wrong before.
     void ExpectWorks(FilterRig& rig) {
         rig.Stop();
@@ -120,14 +53,6 @@ class FailingAllocationsTest : public FilterTest {
 
     const PixelFormat& format_ = Format("YV12");
     const std::vector<BYTE> frame_ = RandomFrame(format_, 64, 48);
-    FailingImports imports_;
-    bool refused_ = false;
-    HRESULT result_ = S_OK;  // of WorksOrFails
-    std::string names_;
-
-  private:
-    int allowed_ = 0;
-    Refuse refuse_ = Refuse::OnlyNext;
 };
 
 TEST_F(FailingAllocationsTest, MakingObjects) {

@@ -286,6 +286,11 @@ long FailingImports::Held(const std::string& maker) const {
     return found == held_.end() ? 0 : found->second;
 }
 
+void FailingImports::StartCounting() {
+    const std::lock_guard lock(mutex_);
+    held_.clear();
+}
+
 const std::map<std::string, long>& FailingImports::AllRefused() { return g_allRefused; }
 
 std::string FailingImports::AllRefusedText() {

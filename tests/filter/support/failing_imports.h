@@ -52,6 +52,8 @@ class FailingImports {
     std::string Held() const;
     // Of one kind, by the name of the function that makes it.
     long Held(const std::string& maker) const;
+    // From here on: what the module keeps from its first use until it goes does not count.
+    void StartCounting();
     // Refused in all windows, by function.
     static const std::map<std::string, long>& AllRefused();
     // "malloc 12, CreateEventW 3"
