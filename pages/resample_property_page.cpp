@@ -46,7 +46,11 @@ void FillList(HWND dialog, int control, UINT firstString, int count, int selecti
     for (int i = 0; i < count; ++i) {
         char text[kItemCapacity] = "";
         LoadStringA(module, firstString + static_cast<UINT>(i), text, kItemCapacity);
-        SendMessageA(list, CB_ADDSTRING, 0, reinterpret_cast<LPARAM>(text));
+        const auto item = reinterpret_cast<LPARAM>(text);
+        if (text[0] && SendMessageA(list, CB_ADDSTRING, 0, item) >= 0) continue;
+        // Without one item those after it would stand for other settings.
+        SendMessage(list, CB_RESETCONTENT, 0, 0);
+        return;
     }
     SendMessage(list, CB_SETCURSEL, static_cast<WPARAM>(selection), 0);
 }

@@ -115,6 +115,34 @@ TEST_F(FailingPagesTest, Opening) {
     });
 }
 
+// An item that is missing would shift the ones after it to other settings.
+TEST_F(FailingPagesTest, ListsAreWholeOrEmpty) {
+    settings_.method = VantrelMethodBilinear;
+    settings_.format = VantrelFormatYuy2;
+    settings_.type = VantrelTypeMpeg2;
+    const struct {
+        int id;
+        int items;
+        const char* selected;
+    } lists[] = {{IDC_METHOD, 9, "Bi-Linear"}, {IDC_FORMAT, 11, "YUY2"}, {IDC_TYPE, 3, "MPEG2"}};
+    int empty = 0;
+    WithEveryRefusal(
+        [&] {
+            PageFrame frame(CLSID_ResamplePropertyPage);
+            ASSERT_EQ(frame.Connect(&settings_), S_OK);
+            Failing([&] { result_ = frame.Open(); });
+            if (FAILED(result_)) return;
+            for (const auto& list : lists) {
+                const LRESULT items = SendMessageW(frame.Control(list.id), CB_GETCOUNT, 0, 0);
+                EXPECT_EQ(items, items ? list.items : 0) << names_;
+                EXPECT_EQ(frame.Selected(list.id), items ? list.selected : "(none)") << names_;
+                empty += items == 0;
+            }
+        },
+        kStride);
+    EXPECT_GT(empty, 0);
+}
+
 TEST_F(FailingPagesTest, TheBalloon) {
     WithEveryRefusal([this] {
         PageFrame frame(CLSID_ResamplePropertyPage);
