@@ -225,8 +225,10 @@ int STDMETHODCALLTYPE CVantrelFilter::ApplySettings() {
     return result;
 }
 
-// The peer is asked first: a graph may part the pins before it finds out that they do not agree.
+// The peer is asked first: a graph may part the pins before it finds out that they do not agree, or
+// that the output cannot be connected while the input is not.
 int CVantrelFilter::ReconnectOutput(IPin* peer, const CMediaType& type) {
+    if (!m_pInput->IsConnected()) return 0;
     if (peer->QueryAccept(&type) != S_OK) return 0;
     CMediaType present;
     if (FAILED(CopyOutputType(&present))) return 0;

@@ -76,6 +76,18 @@ class StreamingThread {
     std::thread thread_;
 };
 
+// Its input is the application's to connect, and then to apply once more.
+TEST_F(GraphTest, ApplyingWithoutASourceLeavesTheSinkConnected) {
+    GraphRig rig;
+    ASSERT_EQ(rig.ConnectInGraph(TypeOf(format_, 64, 48)), S_OK);
+    ASSERT_EQ(rig.graph.Disconnect(&rig.source->pin()), S_OK);
+    ASSERT_EQ(rig.graph.Disconnect(rig.input.Get()), S_OK);
+    rig.settings->SetOutputSize(32, 24);
+    EXPECT_EQ(rig.settings->ApplySettings(), 0);
+    EXPECT_TRUE(rig.sink->pin().connected());
+    EXPECT_EQ(rig.OutputWidth(), 64);
+}
+
 TEST_F(GraphTest, StreamsFromSourceToSink) {
     GraphRig rig;
     rig.settings->SetOutputSize(40, 36);
