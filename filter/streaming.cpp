@@ -10,7 +10,17 @@ constexpr UINT kTimerPeriodMilliseconds = 1;
 
 }  // namespace
 
-// May come twice without a stop in between, when the graph fails to pause.
+// The base starts the stream before the pins: when one of them fails, no stop ever comes.
+STDMETHODIMP CVantrelFilter::Pause() {
+    CAutoLock filterLock(&m_csFilter);
+    const HRESULT paused = CTransformFilter::Pause();
+    if (FAILED(paused) && IsStopped()) {
+        CAutoLock streamingLock(&m_csReceive);
+        StopStreaming();
+    }
+    return paused;
+}
+
 HRESULT CVantrelFilter::StartStreaming() {
     if (!isTimerPeriodRaised_) {
         isTimerPeriodRaised_ = timeBeginPeriod(kTimerPeriodMilliseconds) == TIMERR_NOERROR;

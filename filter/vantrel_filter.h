@@ -55,9 +55,10 @@ class CVantrelFilter final : public CTransformFilter,
     int STDMETHODCALLTYPE SetFrameRate(double fps) override;
     int STDMETHODCALLTYPE GetFrameRate(double* fps) override;
 
-    // CTransformFilter: objects (vantrel_filter.cpp; SetSyncSource in streaming.cpp)
+    // CTransformFilter: objects (vantrel_filter.cpp; Pause and SetSyncSource in streaming.cpp)
     CBasePin* GetPin(int index) override;
     STDMETHODIMP JoinFilterGraph(IFilterGraph* graph, LPCWSTR name) override;
+    STDMETHODIMP Pause() override;
     STDMETHODIMP SetSyncSource(IReferenceClock* clock) override;
 
     // CTransformFilter: negotiation (negotiation.cpp)

@@ -96,6 +96,24 @@ TEST_F(TimerPeriodTest, ItsOwnClockGoesWithTheStopAlsoWhenTheRegulatorIsOffByThe
     EXPECT_EQ(HeldPeriods(), 0);
 }
 
+TEST_F(TimerPeriodTest, GoesWithAPauseThatFails) {
+    FilterRig rig({.allocator = SinkAllocator::kOwn});
+    rig.settings->SetFrameRate(25.0);
+    Connect(rig);
+    CallLog& allocator = rig.sink->pin().ownAllocator()->calls();
+    allocator.Inject("Commit", E_OUTOFMEMORY);
+    EXPECT_EQ(rig.filter->Pause(), E_OUTOFMEMORY);
+    EXPECT_EQ(HeldPeriods(), 0);
+    EXPECT_EQ(rig.filter->Run(0), E_OUTOFMEMORY);
+    EXPECT_EQ(HeldPeriods(), 0);
+    allocator.ClearInjections();
+    ASSERT_EQ(rig.Start(), S_OK);
+    EXPECT_TRUE(SUCCEEDED(DeliverUntimed(rig)));
+    EXPECT_EQ(HeldPeriods(), 2);
+    ASSERT_EQ(rig.Stop(), S_OK);
+    EXPECT_EQ(HeldPeriods(), 0);
+}
+
 TEST_F(TimerPeriodTest, AFlushOfAStoppedFilterMakesNoClock) {
     FilterRig rig;
     rig.settings->SetFrameRate(25.0);
