@@ -56,6 +56,11 @@ HRESULT CVantrelInputPin::SetMediaType(const CMediaType* type) {
     return SettleType(*filter_, *owner_, PINDIR_INPUT, *type, m_mt);
 }
 
+// Without a connection no stream begins, whatever a source sends that was not told.
+HRESULT CVantrelInputPin::CheckStreaming() {
+    return IsConnected() ? CTransformInputPin::CheckStreaming() : VFW_E_NOT_CONNECTED;
+}
+
 // Runs before Stop waits for the sample in progress.
 HRESULT CVantrelInputPin::Inactive() {
     owner_->AbandonSample();

@@ -30,6 +30,7 @@ class CVantrelInputPin final : public CTransformInputPin {
     STDMETHODIMP ConnectionMediaType(AM_MEDIA_TYPE* type) override;
     HRESULT CheckMediaType(const CMediaType* type) override;
     HRESULT SetMediaType(const CMediaType* type) override;
+    HRESULT CheckStreaming() override;
     HRESULT Inactive() override;
 
   private:

@@ -96,6 +96,20 @@ TEST_F(TimerPeriodTest, ItsOwnClockGoesWithTheStopAlsoWhenTheRegulatorIsOffByThe
     EXPECT_EQ(HeldPeriods(), 0);
 }
 
+TEST_F(TimerPeriodTest, ASourceThatGoesOnAfterItWasPartedStartsNothing) {
+    FilterRig rig;
+    rig.settings->SetFrameRate(25.0);
+    Connect(rig);
+    ASSERT_EQ(rig.input->Disconnect(), S_OK);
+    ASSERT_EQ(rig.Start(), S_OK);
+    EXPECT_EQ(DeliverUntimed(rig), VFW_E_NOT_CONNECTED);
+    EXPECT_EQ(rig.source->pin().SendEndOfStream(), VFW_E_NOT_CONNECTED);
+    EXPECT_TRUE(rig.samples().empty());
+    ASSERT_EQ(rig.Stop(), S_OK);
+    EXPECT_EQ(time_.Threads(), 0);
+    EXPECT_EQ(HeldPeriods(), 0);
+}
+
 TEST_F(TimerPeriodTest, GoesWithAPauseThatFails) {
     FilterRig rig({.allocator = SinkAllocator::kOwn});
     rig.settings->SetFrameRate(25.0);
