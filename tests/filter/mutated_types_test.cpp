@@ -1,9 +1,9 @@
 // Types damaged at random: whatever is accepted must be a picture that the filter can handle in
 // buffers of exactly the size that it states.
-#include <cmath>
 #include <random>
 
 #include "tests/filter/support/filter_rig.h"
+#include "tests/filter/support/mutated_types.h"
 #include "tests/filter/support/pictures.h"
 
 using namespace tavo_test;
@@ -12,41 +12,6 @@ namespace {
 
 class MutatedTypesTest : public FilterTest {};
 
-LONG OddLong(std::mt19937& random, LONG usual) {
-    constexpr LONG kOdd[] = {
-        0,     1,     -1,         2,          3,       4,          5,
-        7,     -7,    65535,      65536,      -65536,  0x7fffffff, LONG(0x80000000),
-        46341, 92682, 0x40000000, 0x10000000, 1 << 20, 37,         719};
-    return random() % 3 ? usual : kOdd[random() % (sizeof kOdd / sizeof *kOdd)];
-}
-
-MediaType Mutate(std::mt19937& random, const PixelFormat& format) {
-    const GUID blocks[] = {FORMAT_VideoInfo, FORMAT_VideoInfo2, FORMAT_None, GUID_NULL};
-    VideoSpec spec = SpecOf(format, 4 + random() % 60, 4 + random() % 50,
-                            blocks[random() % 8 < 6 ? random() % 2 : random() % 4]);
-    spec.width = OddLong(random, spec.width);
-    spec.height = OddLong(random, spec.height);
-    if (random() % 8 == 0) spec.bitCount = static_cast<WORD>(random());
-    if (random() % 8 == 0) spec.compression = random();
-    if (random() % 4 == 0) spec.sizeImage = random();
-    if (random() % 8 == 0) spec.formatBytes = random() % 160;
-    if (random() % 16 == 0) spec.absentFormat = true;
-    MediaType type = MakeVideoType(spec);
-    if (type->pbFormat && type->cbFormat && random() % 4 == 0) {
-        for (int i = 0; i < 4; ++i)
-            type->pbFormat[random() % type->cbFormat] = static_cast<BYTE>(random());
-    }
-    return type;
-}
-
-// Small enough for the buffers of a test.
-bool IsSmall(const MediaType& type) {
-    const BITMAPINFOHEADER* const bitmap = type.Bitmap();
-    if (!bitmap) return false;
-    const double bits = std::abs(double(bitmap->biWidth) * bitmap->biHeight * bitmap->biBitCount);
-    return bits < 16 << 20;
-}
-
 TEST_F(MutatedTypesTest, WhatIsAcceptedStreamsOrFailsButNeverLeavesItsBuffers) {
     std::mt19937 random(20240611);
     int streamed = 0;
@@ -54,7 +19,7 @@ TEST_F(MutatedTypesTest, WhatIsAcceptedStreamsOrFailsButNeverLeavesItsBuffers) {
     for (int i = 0; i < 6000; ++i) {
         SCOPED_TRACE(i);
         const PixelFormat& format = AllFormats()[random() % AllFormats().size()];
-        const MediaType type = Mutate(random, format);
+        const MediaType type = MutatedType(random, format);
         FilterRig rig({.allocator = SinkAllocator::kOwn,
                        .ownAllocator = {.guard = BufferGuard::kPageAfter},
                        .keepBytes = false},
@@ -103,7 +68,7 @@ TEST_F(MutatedTypesTest, TypesOnSamplesDoNoHarmEither) {
     ASSERT_EQ(rig.Start(), S_OK);
     int delivered = 0;
     for (int i = 0; i < 3000; ++i) {
-        const MediaType type = Mutate(random, format);
+        const MediaType type = MutatedType(random, format);
         if (random() % 3 == 0 && IsSmall(type))
             rig.sink->pin().ownAllocator()->AttachTypeOnce(*type);
         SampleSpec spec = {.type = random() % 3 ? type : TypeOf(format, 64, 48)};
