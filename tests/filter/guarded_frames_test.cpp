@@ -165,6 +165,45 @@ TEST_F(GuardedFramesTest, RegulatedFramesStayInsideToo) {
     }
 }
 
+// One sample, four slots, and for each of them a buffer of another size: the kept picture serves
+// none of them.
+TEST_F(GuardedFramesTest, ASinkThatChangesItsTypeBetweenTheSlotsOfASample) {
+    constexpr Size kFrom = {22, 18};
+    constexpr Size kTo[] = {{34, 10}, {6, 50}, {58, 31}, {2, 1}};
+    for (const PixelFormat& format : AllFormats()) {
+        for (const BufferGuard guard : {BufferGuard::kPageAfter, BufferGuard::kPageBefore}) {
+            size_t slot = 0;
+            const auto reshape = [&](TestSample& sample) {
+                if (slot == std::size(kTo)) return;
+                const Size to = kTo[slot++];
+                sample.Reshape(static_cast<long>(PictureBytes(format, to.width, to.height)), guard,
+                               0);
+                sample.AttachType(TypeOf(format, to.width, to.height).Get());
+            };
+            FilterRig rig(
+                {.allocator = SinkAllocator::kOwn, .ownAllocator = {.onHandOut = reshape}});
+            rig.settings->SetScaleMethod(VantrelMethodNearest);
+            rig.settings->SetFrameRate(25.0);
+            ASSERT_EQ(rig.Connect(TypeOf(format, kFrom.width, kFrom.height)), S_OK);
+            ASSERT_EQ(rig.Start(), S_OK);
+            const std::vector<BYTE> source = RandomFrame(format, kFrom.width, kFrom.height);
+            ASSERT_EQ(rig.Deliver({.start = 0, .stop = 1600001, .bytes = source}), S_OK);
+            const std::vector<ReceivedSample> received = rig.samples();
+            ASSERT_EQ(received.size(), std::size(kTo));
+            for (size_t i = 0; i < std::size(kTo); ++i) {
+                std::vector<BYTE> bytes = received[i].bytes;
+                EXPECT_EQ(static_cast<int64_t>(bytes.size()),
+                          PictureBytes(format, kTo[i].width, kTo[i].height));
+                bytes.resize(
+                    static_cast<size_t>(RuleFrameBytes(format, kTo[i].width, kTo[i].height)));
+                EXPECT_TRUE(Matches(NearestFrame(format, source, kFrom, kTo[i]), bytes))
+                    << format.name << " slot " << i;
+            }
+            EXPECT_EQ(rig.sink->pin().ownAllocator()->damagedSamples(), 0);
+        }
+    }
+}
+
 // Every row of the kernel table, with the buffers of both sides exactly as large as the frame.
 void CheckEveryMethod(const PixelFormat& format, Size from, Size to, BufferGuard guard) {
     SCOPED_TRACE(testing::Message() << format.name << " " << from.width << "x" << from.height

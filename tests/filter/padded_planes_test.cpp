@@ -12,30 +12,6 @@ namespace {
 
 class PaddedPlanesTest : public FilterTest {};
 
-struct PaddedPlane {
-    int pitch;
-    int rows;
-};
-
-int Up(int value, int step) { return (value + step - 1) / step * step; }
-
-// Luma rows of 4:2:0 come in pairs, those of YVU9 do not.
-PaddedPlane PaddedPlaneOf(const PixelFormat& format, int plane, Size size) {
-    const bool pairs = format.chromaShift == 1;
-    if (plane == 0) return {Up(size.width, 4), pairs ? Up(size.height, 2) : size.height};
-    const int part = pairs ? 2 : 4;
-    return {Up(Up(size.width, part) / part, 4), Up(size.height, part) / part};
-}
-
-long PaddedBytes(const PixelFormat& format, Size size) {
-    long bytes = 0;
-    for (int plane = 0; plane < 3; ++plane) {
-        const PaddedPlane padded = PaddedPlaneOf(format, plane, size);
-        bytes += long{padded.pitch} * padded.rows;
-    }
-    return bytes;
-}
-
 // The samples of a tight frame in padded rows, with other bytes between them.
 std::vector<BYTE> PadRows(const PixelFormat& format, Size size, const std::vector<BYTE>& tight) {
     std::vector<BYTE> frame(static_cast<size_t>(PaddedBytes(format, size)), BYTE{0xEE});
@@ -50,12 +26,6 @@ std::vector<BYTE> PadRows(const PixelFormat& format, Size size, const std::vecto
         at += static_cast<size_t>(padded.pitch) * padded.rows;
     }
     return frame;
-}
-
-MediaType PaddedTypeOf(const PixelFormat& format, Size size, int sign = 1) {
-    VideoSpec spec = SpecOf(format, size.width, size.height * sign);
-    spec.sizeImage = static_cast<DWORD>(PaddedBytes(format, size));
-    return MakeVideoType(spec);
 }
 
 // A source whose buffers hold one frame between protected pages.

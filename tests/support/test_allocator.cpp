@@ -153,6 +153,7 @@ void TestAllocator::Prepare(TestSample& sample) {
         sample.AttachType(typeOnce_->Get());
         typeOnce_.reset();
     }
+    if (config_.onHandOut) config_.onHandOut(sample);
     sample.Revive();
     AddRef();
 }

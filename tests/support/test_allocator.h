@@ -16,6 +16,7 @@
 #include <strmif.h>
 
 #include <condition_variable>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -42,6 +43,8 @@ struct AllocatorConfig {
     std::optional<long> claimedSize = {};
     // Actual data length that samples have when handed out (else that of their previous use).
     std::optional<long> actualLength = {};
+    // Called for every sample that is handed out, with the allocator's lock held.
+    std::function<void(TestSample&)> onHandOut = {};
 };
 
 struct BufferRequest {

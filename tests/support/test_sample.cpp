@@ -37,6 +37,11 @@ void TestSample::ResetProperties() {
     type_.Reset();
 }
 
+void TestSample::Reshape(long size, BufferGuard guard, BYTE fill) {
+    buffer_.Place(static_cast<size_t>(size), guard, fill);
+    claimedSize_ = actual_ = size;
+}
+
 void TestSample::SetTimes(REFERENCE_TIME start, REFERENCE_TIME stop) { SetTime(&start, &stop); }
 
 void TestSample::SetStartOnly(REFERENCE_TIME start) { SetTime(&start, nullptr); }

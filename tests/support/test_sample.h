@@ -54,6 +54,8 @@ class TestSample : public IMediaSample2 {
 
     const GuardedBuffer& buffer() const { return buffer_; }
     BYTE* data() const { return buffer_.data(); }
+    // Another buffer, all bytes set to `fill`. Not while somebody uses the present one.
+    void Reshape(long size, BufferGuard guard, BYTE fill);
     void SetTimes(REFERENCE_TIME start, REFERENCE_TIME stop);
     void SetStartOnly(REFERENCE_TIME start);
     void ClearTimes();
@@ -100,7 +102,7 @@ class TestSample : public IMediaSample2 {
     SampleOwner* owner_;
     const bool sample2_;
     GuardedBuffer buffer_;
-    const long claimedSize_;
+    long claimedSize_;
     DWORD flags_ = 0;
     DWORD typeSpecificFlags_ = 0;
     DWORD streamId_ = AM_STREAM_MEDIA;

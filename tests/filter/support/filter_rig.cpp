@@ -2,6 +2,7 @@
 #include "tests/filter/support/filter_rig.h"
 
 #include "tests/support/graph.h"
+#include "tests/support/rounds.h"
 #include "tests/support/task_memory.h"
 
 namespace tavo_test {
@@ -106,7 +107,8 @@ std::pair<int, int> FilterRig::OutputSize() const {
 void FilterTest::SetUp() {
     ASSERT_TRUE(TheModule().loaded());
     const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    dog_ = std::make_unique<Watchdog>(std::string(test->test_suite_name()) + "." + test->name());
+    dog_ = std::make_unique<Watchdog>(std::string(test->test_suite_name()) + "." + test->name(),
+                                      static_cast<unsigned>(Rounds(300)));
     // What COM itself allocates once must not count as left behind.
     { FilterRig warmUp; }
     before_ = CurrentLiveCounts();

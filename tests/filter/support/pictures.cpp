@@ -2,6 +2,11 @@
 #include "tests/filter/support/pictures.h"
 
 namespace tavo_test {
+namespace {
+
+int Up(int value, int step) { return (value + step - 1) / step * step; }
+
+}  // namespace
 
 GUID SubtypeOf(const PixelFormat& format) {
     if (format.bits == 32) return MEDIASUBTYPE_RGB32;  // none of the filter's
@@ -25,6 +30,29 @@ VideoSpec SpecOf(const PixelFormat& format, int width, int height, const GUID& b
 
 MediaType TypeOf(const PixelFormat& format, int width, int height, const GUID& block) {
     return MakeVideoType(SpecOf(format, width, height, block));
+}
+
+// Luma rows of 4:2:0 come in pairs, those of YVU9 do not.
+PaddedPlane PaddedPlaneOf(const PixelFormat& format, int plane, Size size) {
+    const bool pairs = format.chromaShift == 1;
+    if (plane == 0) return {Up(size.width, 4), pairs ? Up(size.height, 2) : size.height};
+    const int part = pairs ? 2 : 4;
+    return {Up(Up(size.width, part) / part, 4), Up(size.height, part) / part};
+}
+
+long PaddedBytes(const PixelFormat& format, Size size) {
+    long bytes = 0;
+    for (int plane = 0; plane < 3; ++plane) {
+        const PaddedPlane padded = PaddedPlaneOf(format, plane, size);
+        bytes += long{padded.pitch} * padded.rows;
+    }
+    return bytes;
+}
+
+MediaType PaddedTypeOf(const PixelFormat& format, Size size, int heightSign, const GUID& block) {
+    VideoSpec spec = SpecOf(format, size.width, size.height * heightSign, block);
+    spec.sizeImage = static_cast<DWORD>(PaddedBytes(format, size));
+    return MakeVideoType(spec);
 }
 
 }  // namespace tavo_test

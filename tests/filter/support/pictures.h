@@ -3,6 +3,7 @@
 //   MediaType type = TypeOf(Format("YV12"), 352, 288);
 #pragma once
 
+#include "tests/picture/support/expected_pixels.h"
 #include "tests/picture/support/pixel_formats.h"
 #include "tests/support/media_types.h"
 
@@ -15,5 +16,15 @@ VideoSpec SpecOf(const PixelFormat& format, int width, int height,
                  const GUID& block = FORMAT_VideoInfo);
 MediaType TypeOf(const PixelFormat& format, int width, int height,
                  const GUID& block = FORMAT_VideoInfo);
+
+// Planar frames with padded rows: one plane, all of them, and a type that states their size.
+struct PaddedPlane {
+    int pitch;
+    int rows;
+};
+PaddedPlane PaddedPlaneOf(const PixelFormat& format, int plane, Size size);
+long PaddedBytes(const PixelFormat& format, Size size);
+MediaType PaddedTypeOf(const PixelFormat& format, Size size, int heightSign = 1,
+                       const GUID& block = FORMAT_VideoInfo);
 
 }  // namespace tavo_test
