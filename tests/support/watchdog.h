@@ -6,6 +6,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <thread>
@@ -14,7 +15,9 @@ namespace tavo_test {
 
 class Watchdog {
   public:
-    explicit Watchdog(std::string what, unsigned seconds = 300);
+    // `describe` is asked for more to say when the time is over, on a thread of the watchdog's.
+    explicit Watchdog(std::string what, unsigned seconds = 300,
+                      std::function<std::string()> describe = {});
     ~Watchdog();
     Watchdog(const Watchdog&) = delete;
     Watchdog& operator=(const Watchdog&) = delete;
@@ -23,6 +26,7 @@ class Watchdog {
     void Watch(unsigned seconds);
 
     std::string what_;
+    std::function<std::string()> describe_;
     std::mutex mutex_;
     std::condition_variable wake_;
     bool done_ = false;
