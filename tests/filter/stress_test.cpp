@@ -8,9 +8,11 @@
 #include <thread>
 
 #include "tests/filter/support/filter_rig.h"
+#include "tests/filter/support/known_frames.h"
 #include "tests/filter/support/pictures.h"
 #include "tests/support/graph.h"
 #include "tests/support/handles.h"
+#include "tests/support/rounds.h"
 
 using namespace tavo_test;
 
@@ -180,12 +182,23 @@ TEST_F(StressTest, AThousandTypesOnSamples) {
 // stops the graph, all at once. Only a reconnection and a start exclude each other: the graph
 // itself would lose the connection between the two.
 TEST_F(StressTest, StartAndStopUnderAPageThatNeverRests) {
-    FilterRig rig({.keepBytes = false});
+    const KnownFrames known(Format("YV12"));
+    std::atomic<int> torn = 0;
+    FilterRig rig(
+        {.keepBytes = false, .onReceive = [&](IMediaSample* sample) {
+             BYTE* data = nullptr;
+             sample->GetPointer(&data);
+             const long size = sample->GetActualDataLength();
+             const int to = known.OutputOfBytes(size);
+             torn += to < 0 || known.ShownSource(static_cast<size_t>(to), {data, data + size}) != 0;
+             return S_OK;
+         }});
+    rig.settings->SetOutputSize(KnownFrames::kTo[0].width, KnownFrames::kTo[0].height);
     Graph graph;
     ASSERT_EQ(graph.Add(rig.source.Get(), L"source"), S_OK);
     ASSERT_EQ(graph.Add(rig.filter.Get(), L"vantrel"), S_OK);
     ASSERT_EQ(graph.Add(rig.sink.Get(), L"sink"), S_OK);
-    rig.source->pin().offered = {TypeOf(Format("YV12"), 64, 48)};
+    rig.source->pin().offered = {known.SourceType(0)};
     ASSERT_EQ(graph.Connect(&rig.source->pin(), rig.input.Get()), S_OK);
     ASSERT_EQ(graph.Connect(rig.output.Get(), &rig.sink->pin()), S_OK);
     std::mutex graphCalls;
@@ -194,8 +207,9 @@ TEST_F(StressTest, StartAndStopUnderAPageThatNeverRests) {
     std::thread page([&] {
         ComApartment com;
         for (int i = 0; !done; ++i) {
-            rig.settings->SetOutputSize(40 + i % 50, 36 + i % 10);
-            rig.settings->SetScaleMethod(i % 3);
+            const Size size = KnownFrames::kTo[i % 3];
+            rig.settings->SetOutputSize(size.width, size.height);
+            rig.settings->SetScaleMethod(i / 3 % 13);
             rig.settings->SetFrameRate(i % 2 ? 30.0 : 0.0);
             double value = 0;
             rig.settings->GetSystemFps(&value);
@@ -208,16 +222,15 @@ TEST_F(StressTest, StartAndStopUnderAPageThatNeverRests) {
     });
     std::atomic<int> frames = 0;
     // As often as it takes for all three to have met, whichever has to wait for a processor.
-    for (int round = 0; round < 100 || frames <= 100 || applied <= 10; ++round) {
+    for (int round = 0; round < Rounds(100) || frames <= 100 || applied <= 10; ++round) {
         {
             const std::lock_guard lock(graphCalls);
             ASSERT_TRUE(SUCCEEDED(graph.Run()));
         }
         std::thread streamer([&] {
-            const std::vector<BYTE> frame(64 * 48 * 3 / 2);
             for (int i = 0; i < 20; ++i) {
                 const SampleSpec spec = {
-                    .start = i * 400000, .stop = (i + 1) * 400000, .bytes = frame};
+                    .start = i * 400000, .stop = (i + 1) * 400000, .bytes = known.Source(0)};
                 if (rig.Deliver(spec) == S_OK) ++frames;
             }
         });
@@ -229,6 +242,7 @@ TEST_F(StressTest, StartAndStopUnderAPageThatNeverRests) {
     }
     done = true;
     page.join();
+    EXPECT_EQ(torn, 0) << "frames that are no picture of any size that was asked for";
     std::printf("  %d frames, %d times applied\n", frames.load(), applied.load());
 }
 

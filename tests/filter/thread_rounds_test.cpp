@@ -253,7 +253,9 @@ class Stream {
         if (++frames_ % 8 == 0) Sleep(frames_ % 16 == 0);
         if (frames_ % 64 == 0) rig_.sink->pin().ClearSamples();
         streaming_ = "Receive";
-        return S_OK;
+        // A sink that was made to wait finds out late.
+        if (rig_.sink->state() == State_Stopped) return VFW_E_WRONG_STATE;
+        return rig_.sink->pin().flushing() ? S_FALSE : S_OK;
     }
 
     // The thread of a user interface.
