@@ -1,5 +1,7 @@
 // Frames in buffers that end, or begin, exactly at a protected page: nothing is read or written
 // outside, whatever the size.
+#include <memory>
+
 #include "tests/filter/support/filter_rig.h"
 #include "tests/filter/support/pictures.h"
 #include "tests/picture/support/expected_pixels.h"
@@ -8,24 +10,69 @@ using namespace tavo_test;
 
 namespace {
 
-class GuardedFramesTest : public FilterTest {};
-
-// Both sides have buffers of exactly one frame between protected pages.
-struct GuardedRig : FilterRig {
-    GuardedRig(BufferGuard guard, const MediaType& type, Size to)
-        : FilterRig({.allocator = SinkAllocator::kOwn, .ownAllocator = {.guard = guard}},
-                    {.choice = AllocatorChoice::kOwnOnly, .allocator = {.guard = guard}}) {
-        settings->SetOutputSize(to.width, to.height);
-        EXPECT_EQ(Connect(type), S_OK);
-        EXPECT_EQ(Start(), S_OK);
+class GuardedFramesTest : public FilterTest {
+  protected:
+    void TearDown() override {
+        for (std::unique_ptr<FilterRig>& rig : rigs) rig.reset();
+        FilterTest::TearDown();
     }
+
+  public:
+    // Both sides have buffers of exactly one frame between protected pages.
+    static FilterRig& Rig(BufferGuard guard) {
+        std::unique_ptr<FilterRig>& rig = rigs[guard == BufferGuard::kPageAfter];
+        if (!rig) {
+            const SinkConfig sink = {.allocator = SinkAllocator::kOwn,
+                                     .ownAllocator = {.guard = guard}};
+            const SourceConfig source = {.choice = AllocatorChoice::kOwnOnly,
+                                         .allocator = {.guard = guard}};
+            rig = std::make_unique<FilterRig>(sink, source);
+        }
+        return *rig;
+    }
+
+  private:
+    // Made once: each filter looks at the processor anew.
+    inline static std::unique_ptr<FilterRig> rigs[2];
+};
+
+// One connection of a filter that has had others before.
+class GuardedRig {
+  public:
+    GuardedRig(BufferGuard guard, const MediaType& type, Size to)
+        : rig_(GuardedFramesTest::Rig(guard)), settings(rig_.settings) {
+        settings->SetScaleMethod(VantrelMethodAuto);
+        settings->SetFrameRate(0.0);
+        settings->SetOutputSize(to.width, to.height);
+        EXPECT_EQ(rig_.Connect(type), S_OK);
+        EXPECT_EQ(rig_.Start(), S_OK);
+    }
+    ~GuardedRig() {
+        EXPECT_EQ(rig_.Stop(), S_OK);
+        EXPECT_EQ(rig_.source->pin().testAllocator()->damagedSamples(), 0);
+        EXPECT_EQ(rig_.sink->pin().ownAllocator()->damagedSamples(), 0);
+        rig_.sink->pin().ClearSamples();
+        rig_.DisconnectOutput();
+        rig_.DisconnectInput();
+    }
+    GuardedRig(const GuardedRig&) = delete;
+    GuardedRig& operator=(const GuardedRig&) = delete;
+
+    HRESULT Deliver(const SampleSpec& spec) { return rig_.Deliver(spec); }
+    std::vector<ReceivedSample> samples() const { return rig_.samples(); }
     std::vector<BYTE> Frame(const std::vector<BYTE>& bytes) {
-        sink->pin().ClearSamples();
-        const HRESULT result = Deliver(bytes);
+        rig_.sink->pin().ClearSamples();
+        const HRESULT result = rig_.Deliver(bytes);
         EXPECT_EQ(result, S_OK);
         const auto received = samples();
         return received.empty() ? std::vector<BYTE>() : received[0].bytes;
     }
+
+  private:
+    FilterRig& rig_;
+
+  public:
+    const ComPtr<IVantrelSettings>& settings;
 };
 
 void CheckScaling(const PixelFormat& format, Size from, Size to, BufferGuard guard) {
@@ -137,16 +184,10 @@ TEST_F(GuardedFramesTest, UpsideDownCopies) {
 TEST_F(GuardedFramesTest, TopDownPlanarPicturesOfOddSizes) {
     for (const PixelFormat& format : PlanarFormats()) {
         for (int height = 4; height < 16; ++height) {
-            FilterRig rig({.allocator = SinkAllocator::kOwn,
-                           .ownAllocator = {.guard = BufferGuard::kPageAfter}},
-                          {.choice = AllocatorChoice::kOwnOnly,
-                           .allocator = {.guard = BufferGuard::kPageAfter}});
-            rig.settings->SetOutputSize(23, 0);
-            ASSERT_EQ(rig.Connect(TypeOf(format, 9, -height)), S_OK);
-            ASSERT_EQ(rig.Start(), S_OK);
+            GuardedRig rig(BufferGuard::kPageAfter, TypeOf(format, 9, -height), {23, 0});
             for (const int method : {0, 1, 2, 5, 6, 7, 10, 11, 12}) {
                 rig.settings->SetScaleMethod(method);
-                EXPECT_EQ(rig.Deliver(RandomFrame(format, 9, height)), S_OK);
+                EXPECT_EQ(rig.Deliver({.bytes = RandomFrame(format, 9, height)}), S_OK);
             }
         }
     }

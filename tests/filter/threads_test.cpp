@@ -220,7 +220,8 @@ TEST_F(ThreadsTest, AUserInterfaceThreadChangesEverythingWhileFramesFlow) {
     });
     // Either of the two may have to wait for a processor.
     for (int frames = 0; frames < kFrames || changes < kChanges; ++frames) {
-        const REFERENCE_TIME start = frames % 500 * REFERENCE_TIME{400000};
+        // From 0 again after each flush, or all slots in between would be filled.
+        const REFERENCE_TIME start = frames % 50 * REFERENCE_TIME{400000};
         const SampleSpec spec = {.start = start, .stop = start + 400000, .bytes = frame_};
         EXPECT_TRUE(SUCCEEDED(rig.Deliver(spec)));
         if (frames % 50 == 49) {
@@ -242,6 +243,11 @@ TEST_F(ThreadsTest, TypesAreReadWholeWhileTheyChangeOnSamples) {
     rig.settings->SetOutputSize(40, 36);
     ASSERT_EQ(rig.Connect(TypeOf(format_, 64, 48)), S_OK);
     ASSERT_EQ(rig.Start(), S_OK);
+    std::vector<std::vector<BYTE>> frames;
+    for (int i = 0; i < 10; ++i) {
+        const int height = 30 + i * 3;
+        frames.push_back(RandomFrame(format_, height * 4 / 3, height));
+    }
     std::atomic<bool> done = false;
     std::atomic<int> looks = 0;
     std::thread reader([&] {
@@ -258,7 +264,7 @@ TEST_F(ThreadsTest, TypesAreReadWholeWhileTheyChangeOnSamples) {
         const int height = 30 + i % 10 * 3;
         const int width = height * 4 / 3;
         const SampleSpec spec = {
-            .bytes = RandomFrame(format_, width, height),
+            .bytes = frames[static_cast<size_t>(i % 10)],
             .type = TypeOf(format_, width, height),
             .freestanding =
                 SampleConfig{.size = static_cast<long>(RuleFrameBytes(format_, width, height))}};

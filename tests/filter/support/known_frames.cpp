@@ -12,9 +12,9 @@ KnownFrames::KnownFrames(const PixelFormat& format) : format_(format), outputs_(
         const auto seed = static_cast<uint32_t>(size.width);
         sources_.push_back(RandomFrame(format, size.width, size.height, seed));
     }
+    FilterRig rig;
     for (size_t from = 0; from < std::size(kFrom); ++from) {
         for (size_t to = 0; to < std::size(kTo); ++to) {
-            FilterRig rig;
             rig.settings->SetOutputSize(kTo[to].width, kTo[to].height);
             EXPECT_EQ(rig.Connect(SourceType(from)), S_OK);
             EXPECT_EQ(rig.Start(), S_OK);
@@ -23,6 +23,9 @@ KnownFrames::KnownFrames(const PixelFormat& format) : format_(format), outputs_(
                 EXPECT_EQ(rig.Deliver(sources_[from]), S_OK);
                 outputs_[to][rig.samples().back().bytes] = static_cast<int>(from);
             }
+            EXPECT_EQ(rig.Stop(), S_OK);
+            rig.DisconnectOutput();
+            rig.DisconnectInput();
         }
     }
 }
