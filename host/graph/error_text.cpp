@@ -8,6 +8,8 @@
 #include <array>
 #include <cwchar>
 
+#include "host/system/system_library.h"
+
 namespace tavo {
 namespace {
 
@@ -53,7 +55,10 @@ std::wstring SystemText(DWORD code) {
 // Some platforms only give the number.
 std::wstring DirectShowText(HRESULT hr) {
     std::array<wchar_t, MAX_ERROR_TEXT_LEN> buffer{};
-    if (AMGetErrorTextW(hr, buffer.data(), static_cast<DWORD>(buffer.size())) == 0) return {};
+    using GetErrorText = DWORD(WINAPI*)(HRESULT, WCHAR*, DWORD);
+    const auto getText = SystemFunction<GetErrorText>(L"quartz.dll", "AMGetErrorTextW");
+    if (getText == nullptr) return {};
+    if (getText(hr, buffer.data(), static_cast<DWORD>(buffer.size())) == 0) return {};
     std::wstring text = WithoutLineEnd(buffer.data());
     return text.find(L"0x") == std::wstring::npos ? text : std::wstring();
 }

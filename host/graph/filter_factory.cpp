@@ -4,6 +4,7 @@
 
 #include "host/graph/error_text.h"
 #include "host/graph/quoted.h"
+#include "host/system/system_library.h"
 #include "settings/vantrel_settings.h"
 
 namespace tavo {
@@ -15,6 +16,11 @@ using CanUnloadNow = HRESULT(STDAPICALLTYPE*)();
 template <typename Function>
 Function Export(HMODULE module, const char* name) {
     return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));
+}
+
+// These would be looked for beside the module. The others that it needs are always the system's.
+void LoadWhatTheModuleNeeds() {
+    for (const wchar_t* name : {L"comctl32.dll", L"winmm.dll"}) LoadSystemLibrary(name);
 }
 
 // The filter's module in the registry; empty if there is none.
@@ -52,6 +58,7 @@ FilterFactory::~FilterFactory() {
 }
 
 std::wstring FilterFactory::UseModule(const std::filesystem::path& path) {
+    LoadWhatTheModuleNeeds();
     const std::wstring name = L"the filter module " + Quoted(path.wstring());
     std::error_code error;
     const std::filesystem::path full = std::filesystem::absolute(path, error);
@@ -73,6 +80,7 @@ std::wstring FilterFactory::UseModule(const std::filesystem::path& path) {
 }
 
 std::wstring FilterFactory::UseRegistered() {
+    LoadWhatTheModuleNeeds();
     const HRESULT hr = CoGetClassObject(CLSID_VantrelFilter, CLSCTX_INPROC_SERVER, nullptr,
                                         IID_IClassFactory, factory_.PutVoid());
     if (SUCCEEDED(hr)) return {};

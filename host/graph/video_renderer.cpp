@@ -3,6 +3,7 @@
 #include "host/graph/video_renderer.h"
 
 #include "host/graph/graph_pins.h"
+#include "host/system/system_library.h"
 
 namespace tavo {
 namespace {
@@ -10,12 +11,9 @@ namespace {
 // This renderer crashes without Direct3D, as under Wine without OpenGL.
 bool CanRun(const CLSID& renderer) {
     if (renderer != CLSID_VideoRendererDefault) return true;
-    const HMODULE library = LoadLibraryW(L"d3d9.dll");
-    if (library == nullptr) return false;
     using CreateDirect3D = IUnknown*(WINAPI*)(UINT);
     constexpr UINT kVersion = 32;
-    const auto create = reinterpret_cast<CreateDirect3D>(
-        reinterpret_cast<void*>(GetProcAddress(library, "Direct3DCreate9")));
+    const auto create = SystemFunction<CreateDirect3D>(L"d3d9.dll", "Direct3DCreate9");
     IUnknown* const direct3d = create != nullptr ? create(kVersion) : nullptr;
     if (direct3d != nullptr) direct3d->Release();
     return direct3d != nullptr;

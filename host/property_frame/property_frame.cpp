@@ -8,6 +8,7 @@
 #include <new>
 
 #include "host/property_frame/property_frame_ids.h"
+#include "host/system/system_library.h"
 #include "pages/input_check.h"
 
 namespace tavo {
@@ -28,7 +29,9 @@ HRESULT PropertyFrame::Open(const std::wstring& title, IUnknown* object,
                             std::span<const CLSID> classes, POINT place) {
     if (classes.empty()) return E_INVALIDARG;
     const INITCOMMONCONTROLSEX controls = {sizeof controls, ICC_TAB_CLASSES};
-    InitCommonControlsEx(&controls);
+    using InitControls = BOOL(WINAPI*)(const INITCOMMONCONTROLSEX*);
+    const auto init = SystemFunction<InitControls>(L"comctl32.dll", "InitCommonControlsEx");
+    if (init != nullptr) init(&controls);
     *site_.Put() = new (std::nothrow) PropertyPageSite(*this);
     HRESULT hr = site_ ? S_OK : E_OUTOFMEMORY;
     pages_.reserve(classes.size());
