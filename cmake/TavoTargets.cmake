@@ -32,7 +32,9 @@ if(WIN32)
         UNICODE _UNICODE WINVER=0x0601 _WIN32_WINNT=0x0601)
     if(MINGW)
         # One file to install: no run-time library beside the module.
-        target_link_options(tavo_options INTERFACE -static)
+        target_link_options(tavo_options INTERFACE -static
+            -Wl,--dynamicbase -Wl,--nxcompat
+            $<IF:$<BOOL:${TAVO_32BIT}>,-Wl$<COMMA>--no-seh,-Wl$<COMMA>--high-entropy-va>)
     endif()
 endif()
 if(TAVO_SANITIZE)
@@ -41,10 +43,28 @@ if(TAVO_SANITIZE)
     add_link_options(-fsanitize=address,undefined)
 endif()
 
+if(MINGW)
+    add_library(tavo_stack_guard STATIC "${PROJECT_SOURCE_DIR}/cmake/stack_guard.cpp")
+    target_link_libraries(tavo_stack_guard PUBLIC tavo_options)
+    target_compile_options(tavo_stack_guard PRIVATE -fno-exceptions)
+endif()
+
+# tavo_protect(NAME): stack protectors for the code of a target. Microsoft's compiler has them anyway.
+function(tavo_protect name)
+    if(MINGW)
+        target_compile_options(${name} PRIVATE -fstack-protector-strong)
+        target_link_libraries(${name} PRIVATE tavo_stack_guard)
+    endif()
+endfunction()
+
 # tavo_library(NAME SOURCES...): a static library of product code.
 function(tavo_library name)
     add_library(${name} STATIC ${ARGN})
     target_link_libraries(${name} PUBLIC tavo_options)
+    # Not the kernels: their functions run for each row.
+    if(NOT name STREQUAL "tavo_resample")
+        tavo_protect(${name})
+    endif()
 endfunction()
 
 # tavo_module_library(NAME SOURCES...): the same for code that the module consists of. It runs inside
