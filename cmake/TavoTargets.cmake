@@ -97,6 +97,18 @@ function(tavo_reuse_headers name kind)
     endif()
 endfunction()
 
+# tavo_ship(NAME): strips a file that goes to users. Its symbols stay beside it, where debuggers look.
+function(tavo_ship name)
+    if(MINGW)
+        set(file "$<TARGET_FILE:${name}>")
+        add_custom_command(TARGET ${name} POST_BUILD
+            COMMAND "${CMAKE_OBJCOPY}" --only-keep-debug "${file}" "${file}.debug"
+            COMMAND "${CMAKE_STRIP}" --strip-all "${file}"
+            COMMAND "${CMAKE_OBJCOPY}" "--add-gnu-debuglink=${file}.debug" "${file}"
+            VERBATIM)
+    endif()
+endfunction()
+
 # tavo_test(NAME SOURCES... [LIBS libraries...]): a GoogleTest program, run by ctest as one test.
 function(tavo_test name)
     cmake_parse_arguments(arg "" "" "LIBS" ${ARGN})

@@ -1,5 +1,5 @@
-// What the files of the program and the module tell the system in their headers, and what they need
-// of it.
+// What the files of the program and the module tell the system in their headers, what they need of
+// it, and that their symbols lie beside them.
 
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -47,6 +47,9 @@ class ImageFile {
         }
         std::sort(names.begin(), names.end());
         return names;
+    }
+    bool Holds(const std::string& text) const {
+        return std::search(bytes_.begin(), bytes_.end(), text.begin(), text.end()) != bytes_.end();
     }
 
   private:
@@ -101,6 +104,20 @@ TEST_P(ImageHeaders, AllThatTheSystemOffersAgainstOverrunsIsOn) {
 // Every other library of the system's would be looked for beside the program first.
 TEST_P(ImageHeaders, TheLibrariesThatItNeeds) {
     EXPECT_EQ(file_.ImportedLibraries(), GetParam().libraries);
+}
+
+TEST_P(ImageHeaders, TheSymbolsLieBesideIt) {
+    EXPECT_EQ(file_.Header().NumberOfSymbols, 0u);
+    std::filesystem::path path = GetParam().path();
+    path += L".debug";
+    const ImageFile symbols(path);
+    ASSERT_TRUE(symbols.IsWhole());
+    EXPECT_GT(symbols.Header().NumberOfSymbols, 1000u);
+    // Debuggers find it by its name, and match addresses by its sections.
+    EXPECT_TRUE(file_.Holds(path.filename().string()));
+    EXPECT_EQ(symbols.Optional().AddressOfEntryPoint, file_.Optional().AddressOfEntryPoint);
+    EXPECT_EQ(symbols.Sections().at(0).VirtualAddress, file_.Sections().at(0).VirtualAddress);
+    EXPECT_EQ(symbols.Sections().at(0).Misc.VirtualSize, file_.Sections().at(0).Misc.VirtualSize);
 }
 
 INSTANTIATE_TEST_SUITE_P(
