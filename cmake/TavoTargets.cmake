@@ -38,9 +38,9 @@ if(WIN32)
     endif()
 endif()
 if(TAVO_SANITIZE)
-    add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all
+    add_compile_options(-fsanitize=${TAVO_SANITIZE} -fno-sanitize-recover=all
         -fno-omit-frame-pointer)
-    add_link_options(-fsanitize=address,undefined)
+    add_link_options(-fsanitize=${TAVO_SANITIZE})
 endif()
 
 if(MINGW)
