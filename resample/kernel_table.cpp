@@ -2,6 +2,7 @@
 
 #include "resample/kernel_table.h"
 
+#include <atomic>
 #include <initializer_list>
 
 #include "cpu/cpu_level.h"
@@ -210,15 +211,25 @@ constexpr MethodSlot kMethodSlots[] = {
     {VantrelMethodBilinearSse, SlotBilinearSse},
 };
 
-// Later fills find the values in place and write nothing, since other threads may be reading.
+// Several threads may fill the table at the same time, and read it: each entry is written as a
+// whole. Nothing else depends on it, so that no order is needed.
+template <typename Kernel>
+void Set(Kernel& entry, Kernel kernel) {
+    std::atomic_ref<Kernel>(entry).store(kernel, std::memory_order_relaxed);
+}
+
+template <typename Kernel>
+Kernel Get(Kernel& entry) {
+    return std::atomic_ref<Kernel>(entry).load(std::memory_order_relaxed);
+}
+
+// `from` is a slot that never changes.
 void SetScaler(int row, KernelSlot slot, KernelSlot from) {
-    KernelEntry* const slots = KernelTable[row];
-    if (slots[slot].scale != slots[from].scale) slots[slot].scale = slots[from].scale;
+    Set(KernelTable[row][slot].scale, KernelTable[row][from].scale);
 }
 
 void SetCopy(int row, KernelSlot slot, KernelSlot from) {
-    KernelEntry* const slots = KernelTable[row];
-    if (slots[slot].copy != slots[from].copy) slots[slot].copy = slots[from].copy;
+    Set(KernelTable[row][slot].copy, KernelTable[row][from].copy);
 }
 
 }  // namespace
@@ -261,7 +272,10 @@ int32_t MethodToSlot(int32_t scaleMethod) {
     return SlotAuto;
 }
 
-KernelEntry SelectKernel(int32_t row, int32_t slot) { return KernelTable[row][slot]; }
+KernelEntry SelectKernel(int32_t row, int32_t slot) {
+    KernelEntry& entry = KernelTable[row][slot];
+    return row < kFirstScaleRow ? KernelEntry(Get(entry.copy)) : KernelEntry(Get(entry.scale));
+}
 
 int32_t CopySpill(CopyKernel kernel, int32_t width, int32_t bitsPerPixel) {
     const bool isPlane = kernel == CopyPlane_MMX;
