@@ -82,7 +82,10 @@ void Apply(Sequence& s) {
     s.graph.reconnects =
         static_cast<Reconnects>(s.dice.Below(static_cast<int>(Reconnects::kCount)));
     ComPtr<IPin> peer;
-    const bool wasConnected = s.output->ConnectedTo(peer.Put()) == S_OK;
+    // Two that agree about it: a sink that runs while the filter is stopped can be parted, and not
+    // connected again.
+    const bool wasConnected = s.output->ConnectedTo(peer.Put()) == S_OK &&
+                              s.sink->pin().connected() && s.sink->state() == s.expected.state;
     const HRESULT result = s.Call(
         "ApplySettings", {1, 0, E_INVALIDARG}, [&] { return s.settings->ApplySettings(); },
         kMaySettleSize);

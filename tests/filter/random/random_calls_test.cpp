@@ -19,6 +19,8 @@ using namespace tavo_test;
 namespace {
 
 constexpr int kActs = 60;
+// A long run tells each time how far it has come.
+constexpr int kTold = 500;
 
 // Before the first window.
 const UnmanagedWindows g_unmanaged(L"random_calls_test.exe");
@@ -32,6 +34,16 @@ void WarmUp(FailingImports& imports) {
         frame.Open();
     }
     imports.StartCounting();
+}
+
+void Tell() {
+    const Sequence::Totals& totals = Sequence::totals;
+    std::printf(
+        "  %ld sequences, %ld calls, %ld of them with something refused (%s)\n"
+        "  %ld connections, %ld frames, %ld pages\n",
+        totals.sequences, totals.calls, totals.callsRefused,
+        FailingImports::AllRefusedText().c_str(), totals.connections, totals.samples, totals.pages);
+    std::fflush(stdout);
 }
 
 TEST(RandomCalls, FromManySeeds) {
@@ -49,15 +61,12 @@ TEST(RandomCalls, FromManySeeds) {
             Sequence sequence(first + static_cast<unsigned>(i), imports, only != nullptr);
             sequence.Run(kActs);
         }
+        if (i % kTold == kTold - 1 && i + 1 < sequences) Tell();
         EXPECT_EQ(CurrentLiveCounts(), before) << "TAVO_SEED=" << first + static_cast<unsigned>(i);
     }
+    Tell();
+    if (only || HasFailure()) return;
     const Sequence::Totals& totals = Sequence::totals;
-    std::printf(
-        "  %ld sequences, %ld calls, %ld of them with something refused (%s)\n"
-        "  %ld connections, %ld frames, %ld pages\n",
-        totals.sequences, totals.calls, totals.callsRefused,
-        FailingImports::AllRefusedText().c_str(), totals.connections, totals.samples, totals.pages);
-    if (only) return;
     // A sequence that is refused everything tests nothing.
     EXPECT_GT(totals.connections, sequences / 2);
     EXPECT_GT(totals.samples, 3 * sequences);
