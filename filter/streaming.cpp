@@ -29,6 +29,7 @@ HRESULT CVantrelFilter::StartStreaming() {
     isResetPending_ = false;
     regulator_.Restart();
     streamClock_.ForgetStream();
+    isStopping_ = false;
     if (stopEvent_) ResetEvent(stopEvent_);
 
     const HRESULT started = CTransformFilter::StartStreaming();
@@ -65,13 +66,14 @@ HRESULT CVantrelFilter::BeginFlush() {
 }
 
 void CVantrelFilter::AbandonSample() {
+    isStopping_ = true;
     if (stopEvent_) SetEvent(stopEvent_);
 }
 
-// isResetPending_ also tells of a flush that has ended meanwhile.
+// isResetPending_ also tells of a flush that has ended meanwhile. The event is not asked: a wait
+// that times out gives the processor away, once for every slot.
 bool CVantrelFilter::SampleIsAbandoned() const {
-    return isResetPending_ || m_pInput->IsFlushing() ||
-           (stopEvent_ && WaitForSingleObject(stopEvent_, 0) == WAIT_OBJECT_0);
+    return isResetPending_ || isStopping_ || m_pInput->IsFlushing();
 }
 
 HRESULT CVantrelFilter::Receive(IMediaSample* sample) {

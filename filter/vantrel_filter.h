@@ -148,6 +148,8 @@ class CVantrelFilter final : public CTransformFilter,
 
     // Where a flush meets the streaming thread.
     std::atomic<bool> isResetPending_{false};
+    // As the event below says.
+    std::atomic<bool> isStopping_{false};
 
     HANDLE stopEvent_ = nullptr;  // manual reset; signalled from the stop until the next start
     bool isTimerPeriodRaised_ = false;

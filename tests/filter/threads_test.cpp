@@ -3,9 +3,11 @@
 #include <thread>
 
 #include "tests/filter/support/filter_rig.h"
+#include "tests/filter/support/module_imports.h"
 #include "tests/filter/support/pictures.h"
 #include "tests/picture/support/expected_pixels.h"
 #include "tests/support/graph.h"
+#include "tests/support/hand_clock.h"
 #include "tests/support/patience.h"
 
 using namespace tavo_test;
@@ -174,6 +176,32 @@ TEST_F(ThreadsTest, AnAgeOfSlotsEndsWithAStopOrAFlush) {
             EXPECT_EQ(rig.source->pin().SendEndFlush(), S_OK);
         }
     }
+}
+
+std::atomic<int> waits = 0;
+
+DWORD WINAPI CountedWait(HANDLE handle, DWORD milliseconds) {
+    ++waits;
+    return WaitForSingleObject(handle, milliseconds);
+}
+
+// A wait that times out gives the processor away: no slot may cost one.
+TEST_F(ThreadsTest, SlotsDoNotWaitToFindOutWhetherTheStreamStops) {
+    HandClock clock;
+    FilterRig rig({.keepBytes = false});
+    ASSERT_EQ(rig.filter->SetSyncSource(&clock), S_OK);
+    rig.settings->SetFrameRate(1000.0);
+    ASSERT_EQ(rig.Connect(TypeOf(format_, 64, 48)), S_OK);
+    ASSERT_EQ(rig.Start(), S_OK);
+    {
+        const ImportPatch patch(TheModule().handle(), "kernel32.dll", "WaitForSingleObject",
+                                reinterpret_cast<ULONG_PTR>(CountedWait));
+        waits = 0;
+        EXPECT_EQ(rig.Deliver({.start = 0, .stop = 1'000'001, .bytes = frame_}), S_OK);
+        EXPECT_EQ(waits, 0);
+    }
+    EXPECT_EQ(rig.samples().size(), 100u);
+    EXPECT_EQ(rig.filter->SetSyncSource(nullptr), S_OK);
 }
 
 TEST_F(ThreadsTest, RatesChangedToOffEndTheSlotsToo) {
