@@ -16,6 +16,11 @@ std::vector<BufferRequest> TestAllocator::requests() const {
     return requests_;
 }
 
+void TestAllocator::ForgetRequests() {
+    std::lock_guard lock(mutex_);
+    requests_.clear();
+}
+
 bool TestAllocator::committed() const {
     std::lock_guard lock(mutex_);
     return committed_;

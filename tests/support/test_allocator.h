@@ -61,6 +61,7 @@ class TestAllocator : public IMemAllocator,
 
     CallLog& calls() { return calls_; }
     std::vector<BufferRequest> requests() const;
+    void ForgetRequests();
     bool committed() const;
     int samplesOut() const;
     // What the last SetProperties asked for, and what it was granted.
