@@ -84,6 +84,7 @@ class FakeGraph final : public StackObject<IFilterGraph2, IMediaEventSink> {
     std::vector<SentEvent> events;
     std::function<void()> onNotify;
     IPin* reconnected = nullptr;
+    long referencesMeanwhile = 0;
     const AM_MEDIA_TYPE* reconnectType = nullptr;
 
     STDMETHODIMP_(ULONG) AddRef() override { return StackObject::AddRef(); }
@@ -99,10 +100,12 @@ class FakeGraph final : public StackObject<IFilterGraph2, IMediaEventSink> {
     }
     STDMETHODIMP Reconnect(IPin* pin) override {
         reconnected = pin;
+        referencesMeanwhile = references;
         return log.Enter("Reconnect").value_or(S_OK);
     }
     STDMETHODIMP ReconnectEx(IPin* pin, const AM_MEDIA_TYPE* type) override {
         reconnected = pin;
+        referencesMeanwhile = references;
         reconnectType = type;
         return log.Enter("ReconnectEx").value_or(S_OK);
     }

@@ -116,6 +116,8 @@ TEST_F(BaseFilter, ReconnectPin) {
     EXPECT_EQ(host_->ReconnectPin(last_, type_.Get()), E_ABORT);
     EXPECT_EQ(graph.log.Text(), "Reconnect");
     EXPECT_EQ(graph.reconnected, static_cast<IPin*>(last_));
+    // Another thread may take the filter out of the graph meanwhile.
+    EXPECT_EQ(graph.referencesMeanwhile, 1);
     host_->JoinFilterGraph(nullptr, nullptr);
     EXPECT_EQ(graph.references, 0);
     DropConnections();
