@@ -16,7 +16,6 @@
 #include "filter/vantrel_filter.h"
 
 #include <algorithm>
-#include <cstring>
 
 using tavo::FrameBranch;
 using tavo::FrameSpan;
@@ -55,12 +54,6 @@ HRESULT SpanOf(IMediaSample* sample, FrameSpan* span) {
     if (!span->data || size < 0) return E_FAIL;
     span->size = static_cast<size_t>(size);
     return S_OK;
-}
-
-size_t CopyFrame(FrameSpan to, FrameSpan from) {
-    const size_t bytes = (std::min)(to.size, from.size);
-    std::memcpy(to.data, from.data, bytes);
-    return bytes;
 }
 
 // Copies a flag of the input sample: S_OK sets it, S_FALSE clears it, anything else is no answer.
@@ -142,14 +135,14 @@ HRESULT CVantrelFilter::ProcessRegulatedFrame(FrameSpan output, FrameSpan input)
     const bool sendsKept = branch == FrameBranch::Repeat || branch == FrameBranch::OneBehind;
     if (sendsKept) {
         if (output.size < conversion_->OutputPictureBytes()) return E_FAIL;
-        CopyFrame(output, kept);
+        conversion_->CopyOutput(output, kept);
     }
     if (branch == FrameBranch::Repeat) return S_OK;
 
     const bool scalesToOutput = branch == FrameBranch::ScaleAndKeep;
     const HRESULT scaled = ScaleFrame(scalesToOutput ? output : kept, input);
     if (FAILED(scaled)) return scaled;
-    if (scalesToOutput) CopyFrame(kept, output);
+    if (scalesToOutput) conversion_->CopyOutput(kept, output);
     regulator_.MarkPictureKept();
     return branch == FrameBranch::KeepOnly ? S_FALSE : S_OK;
 }

@@ -31,6 +31,30 @@ void CopyRows(uint8_t* output, const Plane& to, const uint8_t* source, const Pla
     }
 }
 
+enum class RowOrder { AsStated, Kept };
+
+// The same of all planes. Rows of other formats count as one plane of bytes.
+void CopyPixels(uint8_t* output, const Picture& to, const uint8_t* source, const Picture& from,
+                RowOrder order) {
+    const auto planesOf = [](const Picture& picture) -> Planes {
+        if (picture.format->group == FormatGroup::Planar) return PlanesOf(picture);
+        const int32_t bytes = picture.width * picture.format->bitsPerPixel / 8;
+        return {{{0, bytes, picture.height, static_cast<int32_t>(RowPitch(picture))}}, 0};
+    };
+    const Planes targets = planesOf(to);
+    const Planes sources = planesOf(from);
+    for (int i = 0; i < kPlaneCount; ++i) {
+        Plane target = targets.planes[i];
+        if (order == RowOrder::Kept) target.height = std::abs(target.height);
+        CopyRows(output, target, source, sources.planes[i]);
+    }
+}
+
+Picture WithoutPitch(Picture picture) {
+    picture.pitch = 0;
+    return picture;
+}
+
 // The pitch to put into a map: 0 where it equals the width.
 int32_t StatedPitch(const Plane& plane) { return plane.pitch == plane.width ? 0 : plane.pitch; }
 
@@ -57,6 +81,7 @@ bool Conversion::BuildMaps() {
     horizontalMap_.reset(BuildAxisMap(source_.width, output_.width, 0));
     verticalMap_.reset(BuildAxisMap(source_.height, output_.height, 0));
     if (!horizontalMap_ || !verticalMap_) return false;
+    if (IsPitched(output_)) horizontalMap_->dstPitch = static_cast<int32_t>(RowPitch(output_));
     if (output_.format->group != FormatGroup::Planar) return true;
 
     const Planes source = PlanesOf(source_);
@@ -69,6 +94,7 @@ bool Conversion::BuildMaps() {
         BuildBoundedAxisMap(*verticalMap_, std::abs(from.height), std::abs(to.height)));
     if (!chromaHorizontalMap_ || !chromaVerticalMap_) return false;
     chromaHorizontalMap_->srcPitch = StatedPitch(from);
+    chromaHorizontalMap_->dstPitch = StatedPitch(to);
     return true;
 }
 
@@ -78,15 +104,17 @@ bool Conversion::BuildBuffers() {
     outputFrameBytes_ = static_cast<size_t>(FrameBytes(output_));
     if (!workBuffer_.Allocate(FrameBytes(output_))) return false;
 
-    if (IsSameSize() && SpillOfCopy(SlotBilinearAuto) != 0) {  // it always moves blocks
+    const int64_t unpitchedBytes = KernelBytes(WithoutPitch(output_));
+    // It always moves blocks, but for rows at a pitch.
+    if (IsSameSize() && !IsPitched(output_) && SpillOfCopy(SlotBilinearAuto) != 0) {
         return paddedSource_.Allocate(KernelBytes(source_)) &&
-               paddedOutput_.Allocate(KernelBytes(output_));
+               paddedOutput_.Allocate(unpitchedBytes);
     }
     bool spills = false;
     for (int32_t slot = 0; slot < kKernelSlots; ++slot) {
         spills = spills || ScaleSpill(selectKernel_(ChooseRow(), slot).scale) != 0;
     }
-    return !spills || paddedOutput_.Allocate(KernelBytes(output_));
+    return !spills || paddedOutput_.Allocate(unpitchedBytes);
 }
 
 bool Conversion::Scale(FrameSpan output, FrameSpan source, int32_t scaleMethod) {
@@ -100,8 +128,13 @@ bool Conversion::Scale(FrameSpan output, FrameSpan source, int32_t scaleMethod) 
     const int32_t row = ChooseRow();
     currentKernel_ = selectKernel_(row, slot).scale;
     if (!currentKernel_) return false;
-    const bool hasRoom =
-        output.size >= outputBytes_ + static_cast<size_t>(ScaleSpill(currentKernel_));
+    const auto spill = static_cast<size_t>(ScaleSpill(currentKernel_));
+    if (IsPitched(output_) && spill != 0) {
+        if (!paddedOutput_) return false;
+        ScaleUnpitched(currentKernel_, output.data, source.data);
+        return true;
+    }
+    const bool hasRoom = output.size >= outputBytes_ + spill;
     if (!hasRoom && !paddedOutput_) return false;
     uint8_t* const target = hasRoom ? output.data : paddedOutput_.Data();
     ScalePicture(currentKernel_, target, source.data);
@@ -131,8 +164,10 @@ void Conversion::ScalePicture(ScaleKernel kernel, uint8_t* output, const uint8_t
         if (to.IsEmpty()) continue;
         uint8_t* const target = output + to.offset;
         if (from.IsEmpty()) {
-            std::memset(target, kNeutralChroma,
-                        static_cast<size_t>(to.width) * std::abs(to.height));
+            for (int32_t y = 0; y < std::abs(to.height); ++y) {
+                std::memset(target + int64_t{y} * to.pitch, kNeutralChroma,
+                            static_cast<size_t>(to.width));
+            }
             continue;
         }
         const AxisMap* xMap = i == 0 ? horizontalMap_.get() : chromaHorizontalMap_.get();
@@ -140,6 +175,16 @@ void Conversion::ScalePicture(ScaleKernel kernel, uint8_t* output, const uint8_t
         kernel(target, source + from.offset, to.width, to.height, from.width, from.height, xMap,
                yMap);
     }
+}
+
+// What a kernel writes past a row belongs to the next row, not to the bytes that lie between rows
+// at a pitch: the pixels are those of a picture without one.
+void Conversion::ScaleUnpitched(ScaleKernel kernel, uint8_t* output, const uint8_t* source) {
+    AxisMap map = *horizontalMap_;
+    map.dstPitch = 0;
+    kernel(paddedOutput_.Data(), source, output_.width, output_.height, source_.width,
+           source_.height, &map, verticalMap_.get());
+    CopyPixels(output, output_, paddedOutput_.Data(), WithoutPitch(output_), RowOrder::Kept);
 }
 
 // Past the end of the picture, in the source as in the output. The blocks past a luma plane stay
@@ -155,8 +200,9 @@ size_t Conversion::SpillOfCopy(int32_t slot) const {
 }
 
 bool Conversion::Copy(FrameSpan output, FrameSpan source, int32_t slot) {
-    if (source_.layout == PlaneLayout::Padded) {
-        CopyPlanes(output.data, source.data);
+    if (source_.layout == PlaneLayout::Padded || IsPitched(output_)) {
+        // The copy kernels know no pitch.
+        CopyPixels(output.data, output_, source.data, source_, RowOrder::AsStated);
         return true;
     }
     const size_t spill = SpillOfCopy(slot);
@@ -186,12 +232,11 @@ void Conversion::CopyPicture(uint8_t* output, const uint8_t* source, int32_t slo
     }
 }
 
-// The copy kernels know no pitch.
-void Conversion::CopyPlanes(uint8_t* output, const uint8_t* source) const {
-    const Planes from = PlanesOf(source_);
-    const Planes to = PlanesOf(output_);
-    for (int i = 0; i < kPlaneCount; ++i) {
-        CopyRows(output, to.planes[i], source, from.planes[i]);
+void Conversion::CopyOutput(FrameSpan to, FrameSpan from) const {
+    if (IsPitched(output_)) {
+        CopyPixels(to.data, output_, from.data, output_, RowOrder::Kept);
+    } else {
+        std::memcpy(to.data, from.data, std::min(to.size, from.size));
     }
 }
 

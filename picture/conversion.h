@@ -31,6 +31,10 @@ class Conversion {
     const Picture& Source() const { return source_; }
     const Picture& Output() const { return output_; }
 
+    // Copies an output frame as it lies, of no more bytes than either buffer has; of rows at a
+    // pitch only the pixels, and both buffers must have room for the picture.
+    void CopyOutput(FrameSpan to, FrameSpan from) const;
+
     // Bytes of an output frame, as the type states it.
     size_t OutputFrameBytes() const { return outputFrameBytes_; }
 
@@ -49,7 +53,7 @@ class Conversion {
     bool BuildBuffers();
     bool Copy(FrameSpan output, FrameSpan source, int32_t slot);
     void CopyPicture(uint8_t* output, const uint8_t* source, int32_t slot) const;
-    void CopyPlanes(uint8_t* output, const uint8_t* source) const;
+    void ScaleUnpitched(ScaleKernel kernel, uint8_t* output, const uint8_t* source);
     bool IsSameSize() const { return horizontalChange_ == 0 && verticalChange_ == 0; }
     int32_t ChooseRow() const;
     void ScalePicture(ScaleKernel kernel, uint8_t* output, const uint8_t* source) const;

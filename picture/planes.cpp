@@ -1,4 +1,4 @@
-// The two layouts of planar frames.
+// The layouts of planar frames.
 //
 // Tight: rows follow each other without a gap. Chroma sizes are shifted down. The chroma planes lie
 // behind the luma bytes L, at L and at L + (L >> 2 * shift): for odd sizes the latter is not where
@@ -6,6 +6,9 @@
 //
 // Padded: rows of all planes are padded to 4 bytes, chroma sizes are rounded up, and 4:2:0 has an
 // even count of luma rows.
+//
+// At a pitch: as a tight frame of the pitch's width, whose chroma pitch is shifted down like the
+// chroma width.
 
 #include "picture/planes.h"
 
@@ -55,15 +58,19 @@ Planes PaddedPlanes(const Planes& tight, const Picture& picture) {
 Planes PlanesOf(const Picture& picture) {
     const int32_t shift = picture.format->chromaShift;
     const int32_t rows = std::abs(picture.height);
-    const int64_t luma = int64_t{picture.width} * rows;
+    const int32_t pitch = IsPitched(picture) ? picture.pitch : picture.width;
+    const int64_t luma = int64_t{pitch} * rows;
     const int32_t width = picture.width >> shift;
     const int32_t height = picture.height < 0 ? -(rows >> shift) : rows >> shift;
     const int64_t last = luma + (luma >> (2 * shift));
-    const Planes tight = {{{0, picture.width, picture.height, picture.width},
-                           {luma, width, height, width},
-                           {last, width, height, width}},
-                          last + int64_t{width} * (rows >> shift)};
-    return picture.layout == PlaneLayout::Padded ? PaddedPlanes(tight, picture) : tight;
+    Planes planes = {{{0, picture.width, picture.height, pitch},
+                      {luma, width, height, pitch >> shift},
+                      {last, width, height, pitch >> shift}},
+                     last + int64_t{width} * (rows >> shift)};
+    if (IsPitched(picture)) {
+        planes.bytes = planes.planes[planes.planes[2].IsEmpty() ? 0 : 2].End();
+    }
+    return picture.layout == PlaneLayout::Padded ? PaddedPlanes(planes, picture) : planes;
 }
 
 int64_t PaddedFrameBytes(const Picture& picture) {

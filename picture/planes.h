@@ -3,6 +3,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdlib>
 
 #include "picture/picture.h"
 
@@ -17,6 +18,9 @@ struct Plane {
 
     // A picture of few pixels may have no chroma samples at all.
     bool IsEmpty() const { return width == 0 || height == 0; }
+
+    // Behind its last sample.
+    int64_t End() const { return offset + int64_t{pitch} * (std::abs(height) - 1) + width; }
 };
 
 constexpr int kPlaneCount = 3;

@@ -40,8 +40,9 @@ struct Frame {
     int32_t dstStride;  // bytes
     int32_t srcStride;
     int32_t bytesPerPixel;
-    int32_t dstRowBytes;  // without padding
-    bool bottomUp;        // the destination only
+    int32_t dstRowBytes;     // without padding
+    int32_t dstPaddedBytes;  // with the padding that its format gives a row, but not of a pitch
+    bool bottomUp;           // the destination only
     const AxisMap* xMap;
     const AxisMap* yMap;
 
@@ -55,10 +56,11 @@ struct Frame {
           dstHeight(Magnitude(dstHeight)),
           srcWidth(srcWidth),
           srcHeight(Magnitude(srcHeight)),
-          dstStride(layout.Stride(dstWidth)),
+          dstStride(xMap && xMap->dstPitch ? xMap->dstPitch : layout.Stride(dstWidth)),
           srcStride(xMap && xMap->srcPitch ? xMap->srcPitch : layout.Stride(srcWidth)),
           bytesPerPixel(layout.bytesPerPixel),
           dstRowBytes(layout.RowBytes(dstWidth)),
+          dstPaddedBytes(xMap && xMap->dstPitch ? dstRowBytes : layout.Stride(dstWidth)),
           bottomUp(dstHeight < 0),
           xMap(xMap),
           yMap(yMap) {}

@@ -68,11 +68,12 @@ int32_t NearestFrameColumns(const Frame& frame, PixelKind kind, KernelVariant va
     return frame.dstHeight;
 }
 
-// Deliberate: rows are copied with their padding, which all other scalers leave alone.
+// Deliberate: rows are copied with their padding, which all other scalers leave alone. Rows at a
+// stated pitch have none.
 int32_t NearestFrameRows(const Frame& frame, KernelVariant variant) {
     const RowOpsScope ops(variant);
     for (int32_t y = 0; y < frame.dstHeight; ++y) {
-        ops->CopyRow(frame.DstRow(y), frame.SrcRow(frame.UpperRow(y)), frame.dstStride);
+        ops->CopyRow(frame.DstRow(y), frame.SrcRow(frame.UpperRow(y)), frame.dstPaddedBytes);
     }
     return frame.dstHeight;
 }

@@ -15,19 +15,20 @@ struct AxisMap {
     uint8_t* weights;  // [count]
     int32_t* indices;  // [count], never decreasing
 
-    // In a horizontal map: bytes from one source row to the next, or 0 where width and format say
-    // it.
+    // In a horizontal map: bytes from one row to the next, or 0 where width and format say it.
     int32_t srcPitch = 0;
+    int32_t dstPitch = 0;
 };
 
 // Scales one picture, or one plane of a planar picture, without changing its format.
-//   dst        first byte of the destination; row strides follow from width and format
+//   dst        first byte of the destination; row strides follow from width and format unless the
+//              horizontal map states a pitch, and then bytes between the rows are left alone
 //   src        first byte of the source, always read top-down
 //   dstWidth   pixels
 //   dstHeight  rows; negative: destination row y is stored at row abs(dstHeight) - 1 - y
 //   srcWidth   pixels
 //   srcHeight  rows; only its magnitude counts
-//   xMap       at least dstWidth entries, all below srcWidth; may state the pitch of the source
+//   xMap       at least dstWidth entries, all below srcWidth; may state pitches
 //   yMap       at least abs(dstHeight) entries, all below abs(srcHeight)
 // Returns the number of rows written, abs(dstHeight). Nothing is tested and nothing is allocated:
 // sizes and maps must fit the buffers. Any thread; source and destination must not overlap.
