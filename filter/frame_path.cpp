@@ -7,15 +7,18 @@
 //                                     settles the slots: the next hops run once for each.
 //   3. CTransformFilter::Receive      the base: takes a buffer of the sink's allocator and copies
 //                                     the sample's properties to it.
-//   4. CVantrelFilter::Transform      follows a type that the sink put on the buffer, scales or
-//                                     repeats, and stamps: regulated frames get
-//                                     the times of their slot, others the input's times and flags,
-//                                     a second time after 3.
+//   4. CVantrelFilter::Transform      follows a type that the sink put on the buffer: a new size,
+//   or
+//                                     rows at the pitch of a surface. It scales or repeats, and
+//                                     stamps: regulated frames get the times of their slot, others
+//                                     the input's times and flags, a second time after 3.
 //   5. IMemInputPin::Receive          of the sink.
 
 #include "filter/vantrel_filter.h"
 
 #include <algorithm>
+
+#include "filter/type_picture.h"
 
 using tavo::FrameBranch;
 using tavo::FrameSpan;
@@ -118,7 +121,9 @@ HRESULT CVantrelFilter::FollowOutputSampleType(IMediaSample* sample) {
     const HRESULT changed = CopyNewType(carried.Get(), m_pOutput->CurrentMediaType(), &type);
     if (changed != S_OK) return FAILED(changed) ? changed : S_OK;
     if (CheckTransform(&m_pInput->CurrentMediaType(), &type) != S_OK) return E_FAIL;
-    const HRESULT result = SetOutputType(type);
+    const tavo::Picture picture =
+        conversion_ ? ReadSurfacePicture(type, conversion_->Output()) : ReadPicture(type);
+    const HRESULT result = SetOutputType(type, picture);
     if (SUCCEEDED(result)) static_cast<CVantrelOutputPin*>(m_pOutput)->KeepType(type);
     return result;
 }

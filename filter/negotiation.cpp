@@ -66,7 +66,7 @@ HRESULT CVantrelFilter::SetMediaType(PIN_DIRECTION direction, const CMediaType* 
     if (direction == PINDIR_INPUT) {
         result = SetInputType(*type);
     } else {
-        result = SetOutputType(*type);
+        result = SetOutputType(*type, ReadPicture(*type));
         if (SUCCEEDED(result)) {
             statistics_.ResetCounts();
             // Not when a sample's buffer brings the type: the stream goes on then.
@@ -157,8 +157,7 @@ HRESULT CVantrelFilter::SettleSourceLayout(IMediaSample* sample) {
     return S_OK;
 }
 
-HRESULT CVantrelFilter::SetOutputType(const CMediaType& type) {
-    Picture output = ReadPicture(type);
+HRESULT CVantrelFilter::SetOutputType(const CMediaType& type, Picture output) {
     if (output.format && !output.format->keepsHeightSign) output.height = std::abs(output.height);
     HRESULT result = S_OK;
     CMediaType kept(type, &result);

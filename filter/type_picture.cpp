@@ -3,6 +3,7 @@
 #include <dvdmedia.h>
 
 #include <algorithm>
+#include <cstdlib>
 
 #include "picture/subtype.h"
 
@@ -17,6 +18,15 @@ VideoHeader HeaderIn(const AM_MEDIA_TYPE& type) {
     if (type.cbFormat < sizeof(Header) || !type.pbFormat) return {};
     auto* const header = reinterpret_cast<Header*>(type.pbFormat);
     return {&header->bmiHeader, &header->rcSource, &header->rcTarget, &header->AvgTimePerFrame};
+}
+
+bool IsEmpty(const RECT& rect) { return rect.right <= rect.left || rect.bottom <= rect.top; }
+
+int64_t Magnitude(int32_t height) { return std::abs(int64_t{height}); }
+
+bool IsWhole(const RECT& rect, const Picture& picture) {
+    return rect.left == 0 && rect.top == 0 && rect.right == picture.width &&
+           rect.bottom == Magnitude(picture.height);
 }
 
 }  // namespace
@@ -50,6 +60,21 @@ Picture ReadSourcePicture(const AM_MEDIA_TYPE& type) {
     Picture picture = ReadPicture(type);
     if (const VideoHeader header = LocateVideoHeader(type)) {
         picture.layout = LayoutOfFrameBytes(picture, header.bitmap->biSizeImage);
+    }
+    return picture;
+}
+
+Picture ReadSurfacePicture(const AM_MEDIA_TYPE& type, const Picture& negotiated) {
+    Picture picture = ReadPicture(type);
+    const VideoHeader header = LocateVideoHeader(type);
+    if (!header || !picture.format || picture.width <= negotiated.width ||
+        Magnitude(picture.height) != Magnitude(negotiated.height)) {
+        return picture;
+    }
+    const RECT& shown = IsEmpty(*header.target) ? *header.source : *header.target;
+    if (IsWhole(shown, negotiated)) {
+        picture.pitch = picture.width;
+        picture.width = negotiated.width;
     }
     return picture;
 }

@@ -30,6 +30,11 @@ tavo::Picture ReadPicture(const AM_MEDIA_TYPE& type);
 // The same for a source, whose planar frames may be laid out in padded rows.
 tavo::Picture ReadSourcePicture(const AM_MEDIA_TYPE& type);
 
+// The same for a type that a sink puts on a buffer while frames of `negotiated` flow. One whose
+// target, or source where the target is empty, is that picture and whose bitmap is wider states how
+// far apart the rows lie. Any other states a new size.
+tavo::Picture ReadSurfacePicture(const AM_MEDIA_TYPE& type, const tavo::Picture& negotiated);
+
 // Whether a type leaves it to its first frame which layout the planes have: planar, of no stated
 // size.
 bool LeavesLayoutOpen(const AM_MEDIA_TYPE& type);

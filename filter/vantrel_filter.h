@@ -94,7 +94,7 @@ class CVantrelFilter final : public CTransformFilter,
     bool PassesTypeTest(const CMediaType& type) const;
     HRESULT BuildOffer(CMediaType* type);
     HRESULT SetInputType(const CMediaType& type);
-    HRESULT SetOutputType(const CMediaType& type);
+    HRESULT SetOutputType(const CMediaType& type, tavo::Picture output);
     HRESULT SettleSourceLayout(IMediaSample* sample);
     HRESULT BuildConversion(const tavo::Picture& source, const tavo::Picture& output,
                             std::unique_ptr<tavo::Conversion>& built) const;

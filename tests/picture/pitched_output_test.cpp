@@ -11,6 +11,7 @@
 #include "picture/conversion.h"
 #include "resample/kernel_table.h"
 #include "tests/picture/support/known_format.h"
+#include "tests/picture/support/pitched_rows.h"
 #include "tests/support/guarded_buffer.h"
 
 using namespace tavo;
@@ -20,53 +21,23 @@ using tavo_test::AllFormats;
 using tavo_test::KnownFormat;
 using tavo_test::Layout;
 using tavo_test::PixelFormat;
-using tavo_test::PlaneOf;
+using tavo_test::PitchedRows;
+using tavo_test::RowsAtPitch;
 using tavo_test::RuleFrameBytes;
-using tavo_test::RuleStride;
 
 namespace {
 
 constexpr int kMethods[] = {0, 1, 2, 5, 6, 7, 10, 11, 12};
 constexpr uint8_t kBetween = 0xEE;
 
-// One plane of rows, wherever it lies; the rows of packed formats are one plane of bytes.
-struct Rows {
-    int64_t offset;
-    int64_t bytes;
-    int64_t pitch;
-    int count;
-};
-
-std::vector<Rows> RowsOf(const PixelFormat& format, int width, int height, int pitch) {
-    if (format.layout != Layout::kPlanar) {
-        return {{0, int64_t{width} * format.bits / 8, RuleStride(format, pitch), height}};
-    }
-    std::vector<Rows> planes;
-    for (int i = 0; i < 3; ++i) {
-        const tavo_test::Plane part = PlaneOf(format, i, width, height);
-        const tavo_test::Plane whole = PlaneOf(format, i, pitch, height);
-        if (part.width > 0 && part.height > 0) {
-            planes.push_back({whole.offset, part.width, whole.width, part.height});
-        }
-    }
-    return planes;
-}
-
 // What an unpitched frame is in rows at a pitch.
 std::vector<uint8_t> AtPitch(const PixelFormat& format, int width, int height, int pitch,
                              const std::vector<uint8_t>& frame) {
-    const std::vector<Rows> to = RowsOf(format, width, height, pitch);
-    const std::vector<Rows> from = RowsOf(format, width, height, width);
-    const Rows& last = to.back();
-    std::vector<uint8_t> pitched(
-        static_cast<size_t>(last.offset + last.pitch * (last.count - 1) + last.bytes), kBetween);
-    for (size_t i = 0; i < to.size(); ++i) {
-        for (int y = 0; y < to[i].count; ++y) {
-            std::memcpy(pitched.data() + to[i].offset + y * to[i].pitch,
-                        frame.data() + from[i].offset + y * from[i].pitch,
-                        static_cast<size_t>(to[i].bytes));
-        }
-    }
+    const std::vector<PitchedRows> to = RowsAtPitch(format, width, height, pitch);
+    const PitchedRows& last = to.back();
+    std::vector<uint8_t> pitched(static_cast<size_t>(last.At(last.count - 1) + last.bytes),
+                                 kBetween);
+    CopyRows(pitched.data(), to, frame.data(), RowsAtPitch(format, width, height, width));
     return pitched;
 }
 

@@ -111,6 +111,7 @@ STDMETHODIMP TestInputPin::ReceiveConnection(IPin* connector, const AM_MEDIA_TYP
     if (filter_.state() != State_Stopped && !change) return VFW_E_NOT_STOPPED;
     if (config.accept && !config.accept(*type)) return VFW_E_TYPE_NOT_ACCEPTED;
     SetConnection(connector, *type);
+    if (config.onConnection) config.onConnection(*type);
     return S_OK;
 }
 

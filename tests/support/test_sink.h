@@ -49,6 +49,8 @@ struct SinkConfig {
     HRESULT receiveCanBlock = S_OK;
     // A further ReceiveConnection from the present peer changes the type, also while not stopped.
     bool typeChangeWhileConnected = false;
+    // Called with the type of every connection that is accepted.
+    std::function<void(const AM_MEDIA_TYPE&)> onConnection = {};
     // Bytes kept of each sample: the whole buffer, not only the actual length.
     bool keepWholeBuffer = false;
     bool keepBytes = true;
