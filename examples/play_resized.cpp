@@ -58,8 +58,8 @@ HRESULT ConnectResizer(IGraphBuilder* graph, IPin* source, IBaseFilter* resizer)
     return hr;
 }
 
-// Another size for a graph that exists. It is stopped for that: graphs may refuse to connect pins
-// anew while they run.
+// Another size for a graph that exists. It is stopped for that: not every renderer follows while it
+// runs.
 bool ChangeSize(IMediaControl* control, IVantrelSettings* settings, int width, int height) {
     if (FAILED(control->Stop())) return false;
     settings->SetOutputSize(width, height);

@@ -5,6 +5,8 @@
 //                                     CVantrelInputPin::CheckMediaType.
 //   2. CVantrelFilter::Receive        (streaming.cpp) follows that type, and with the regulator on
 //                                     settles the slots: the next hops run once for each.
+//                                     SendFrame (format_change.cpp) takes an output type that
+//                                     ApplySettings has posted.
 //   3. CTransformFilter::Receive      the base: takes a buffer of the sink's allocator and copies
 //                                     the sample's properties to it.
 //   4. CVantrelFilter::Transform      follows a type that the sink put on the buffer: a new size,
@@ -82,7 +84,7 @@ HRESULT CVantrelFilter::Transform(IMediaSample* input, IMediaSample* output) {
 }
 
 HRESULT CVantrelFilter::ProcessFrame(IMediaSample* input, IMediaSample* output) {
-    HRESULT result = FollowOutputSampleType(output);
+    HRESULT result = change_ ? MakeChangeWith(output) : FollowOutputSampleType(output);
     if (FAILED(result)) return result;
     if (!conversion_) return E_FAIL;
 

@@ -72,6 +72,8 @@ HRESULT CVantrelFilter::SetMediaType(PIN_DIRECTION direction, const CMediaType* 
             // Not when a sample's buffer brings the type: the stream goes on then.
             CAutoLock streamingLock(&m_csReceive);
             regulator_.RestartSlots();
+            offeredType_.Set(*type);
+            ForgetPostedType();
         }
     }
     return FAILED(result) ? result : CTransformFilter::SetMediaType(direction, type);
@@ -212,14 +214,16 @@ int STDMETHODCALLTYPE CVantrelFilter::ApplySettings() {
 
     // The graph and the peer have locks of their own: neither is called under the filter lock.
     IPin* peer = nullptr;
+    bool isStopped = false;
     {
         CAutoLock lock(&m_csFilter);
+        isStopped = IsStopped();
         CBasePin* const outputPin = GetPin(1);
         if (!outputPin) return E_INVALIDARG;
         outputPin->ConnectedTo(&peer);
         if (!peer) return SUCCEEDED(outputPin->SetMediaType(&type)) ? 1 : 0;
     }
-    const int result = ReconnectOutput(peer, type);
+    const int result = isStopped ? ReconnectOutput(peer, type) : PostOutputType(peer, type);
     peer->Release();
     return result;
 }

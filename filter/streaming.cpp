@@ -93,7 +93,7 @@ HRESULT CVantrelFilter::Receive(IMediaSample* sample) {
     const bool hasWorkBuffer = conversion_ && conversion_->WorkBuffer().data;
     if (duration > 0 && hasWorkBuffer) return ReceiveRegulated(sample, duration);
 
-    const HRESULT result = CTransformFilter::Receive(sample);
+    const HRESULT result = SendFrame(sample);
     statistics_.CountGeneratedFrame();
     return result;
 }
@@ -115,7 +115,7 @@ HRESULT CVantrelFilter::DeliverSlots(IMediaSample* sample, TimeWindow window,
     HRESULT result = S_FALSE;
     while (duration > 0 && regulator_.HasSlotIn(window) && !SampleIsAbandoned()) {
         regulator_.BeginSlot(window, duration);
-        result = CTransformFilter::Receive(sample);
+        result = SendFrame(sample);
         statistics_.CountGeneratedFrame();
         const REFERENCE_TIME nextDuration = frameDuration_.load();
         regulator_.EndSlot(nextDuration > 0 ? nextDuration : duration);

@@ -6,7 +6,8 @@
 // only and is the innermost lock: whoever holds it asks for no other one, unless he holds that
 // already. The conversion, with its maps and buffers, is guarded by the base class's streaming
 // lock, so it never changes under a frame in progress. The streaming thread never takes the filter
-// lock.
+// lock. A change of the output type while frames flow is posted under the settings lock, and made
+// by the streaming thread.
 
 #pragma once
 
@@ -17,6 +18,7 @@
 #include <memory>
 
 #include "cpu/atomic64.h"
+#include "filter/format_change.h"
 #include "filter/output_type.h"
 #include "filter/stream_clock.h"
 #include "filter/stream_statistics.h"
@@ -104,6 +106,20 @@ class CVantrelFilter final : public CTransformFilter,
     void StoreNegotiatedSize(OutputSize asked, OutputSize negotiated);
     int ReconnectOutput(IPin* peer, const CMediaType& type);
 
+    // Changes while frames flow: format_change.cpp
+    int PostOutputType(IPin* sink, CMediaType& type);
+    void PostAgain(CMediaType& type);
+    void ForgetPostedType();
+    HRESULT SendFrame(IMediaSample* sample);
+    bool TakePostedType(FormatChange& change);
+    HRESULT PrepareChange(const CMediaType& type, const tavo::Picture& picture,
+                          FormatChange& change);
+    HRESULT MakeChangeWith(IMediaSample* output);
+    void MakeChange(FormatChange& change);
+    void UndoChange(FormatChange& change);
+    void ExchangeOutput(FormatChange& change);
+    void ShowPresentSize(const tavo::Picture& refused);
+
     // Streaming: streaming.cpp
     HRESULT ReceiveRegulated(IMediaSample* sample, REFERENCE_TIME duration);
     HRESULT DeliverSlots(IMediaSample* sample, tavo::TimeWindow window, REFERENCE_TIME duration);
@@ -130,7 +146,14 @@ class CVantrelFilter final : public CTransformFilter,
     tavo::Picture output_;
     int32_t bitsPerPixel_ = 0;  // of the type set last, of either direction
 
+    CMediaType postedType_;  // meaningless unless isTypePosted_
+
+    // Read without the lock, for each frame.
+    std::atomic<bool> isTypePosted_{false};
+
     // Guarded by the streaming lock.
+    FormatChange* change_ = nullptr;  // waits for the buffer of its first frame
+    CMediaType offeredType_;          // the filter's last offer that the sink took
     std::unique_ptr<tavo::Conversion> conversion_;
     bool isSourceLayoutOpen_ = false;  // until the first frame tells how its planes lie
     tavo::TimeRegulator regulator_;

@@ -1,5 +1,7 @@
 #include "filter/vantrel_pins.h"
 
+#include <utility>
+
 #include "filter/type_swap.h"
 
 namespace {
@@ -20,6 +22,15 @@ HRESULT SettleType(CTransformFilter& filter, PinOwner& owner, PIN_DIRECTION dire
     return S_OK;
 }
 
+// Without the filter lock, which the base takes: a sink may ask on the streaming thread.
+HRESULT CopyConnectionType(PinOwner& owner, bool isConnected, const CMediaType& kept,
+                           AM_MEDIA_TYPE* type) {
+    CAutoLock lock(&owner.SettingsLock());
+    if (isConnected) return CopyMediaType(type, &kept);
+    static_cast<CMediaType*>(type)->InitMediaType();
+    return VFW_E_NOT_CONNECTED;
+}
+
 bool IsSameType(PinOwner& owner, const CMediaType& type, const CMediaType& kept) {
     CAutoLock lock(&owner.SettingsLock());
     return type == kept;
@@ -32,13 +43,9 @@ CVantrelInputPin::CVantrelInputPin(CTransformFilter* filter, PinOwner* owner, HR
       filter_(filter),
       owner_(owner) {}
 
-// The filter lock first: the base asks for it as well, and nobody may wait for it while holding
-// the settings lock.
 STDMETHODIMP CVantrelInputPin::ConnectionMediaType(AM_MEDIA_TYPE* type) {
     CheckPointer(type, E_POINTER);
-    CAutoLock filterLock(m_pLock);
-    CAutoLock settingsLock(&owner_->SettingsLock());
-    return CTransformInputPin::ConnectionMediaType(type);
+    return CopyConnectionType(*owner_, IsConnected(), m_mt, type);
 }
 
 HRESULT CVantrelInputPin::CheckMediaType(const CMediaType* type) {
@@ -74,9 +81,7 @@ CVantrelOutputPin::CVantrelOutputPin(CTransformFilter* filter, PinOwner* owner, 
 
 STDMETHODIMP CVantrelOutputPin::ConnectionMediaType(AM_MEDIA_TYPE* type) {
     CheckPointer(type, E_POINTER);
-    CAutoLock filterLock(m_pLock);
-    CAutoLock settingsLock(&owner_->SettingsLock());
-    return CTransformOutputPin::ConnectionMediaType(type);
+    return CopyConnectionType(*owner_, IsConnected(), m_mt, type);
 }
 
 HRESULT CVantrelOutputPin::CheckMediaType(const CMediaType* type) {
@@ -92,3 +97,50 @@ HRESULT CVantrelOutputPin::SetMediaType(const CMediaType* type) {
 }
 
 void CVantrelOutputPin::KeepType(CMediaType& type) { SwapTypesLocked(*owner_, m_mt, type); }
+
+bool CVantrelOutputPin::HasRoomFor(LONG bytes) const {
+    ALLOCATOR_PROPERTIES present = {};
+    return m_pAllocator && SUCCEEDED(m_pAllocator->GetProperties(&present)) &&
+           present.cbBuffer >= bytes;
+}
+
+HRESULT CVantrelOutputPin::ConnectAnew(const CMediaType& type, LONG bytes) {
+    if (!m_Connected || !m_pInputPin || !m_pAllocator) return VFW_E_NOT_CONNECTED;
+    ALLOCATOR_PROPERTIES present = {};
+    HRESULT result = m_pAllocator->GetProperties(&present);
+    if (SUCCEEDED(result)) result = m_Connected->ReceiveConnection(this, &type);
+    if (FAILED(result)) return result;
+
+    m_pAllocator->Decommit();
+    result = ShareAllocator(*m_pAllocator, bytes);
+    if (FAILED(result)) result = ReplaceAllocator(bytes);
+    if (SUCCEEDED(result)) return result;
+
+    m_Connected->ReceiveConnection(this, &m_mt);
+    ALLOCATOR_PROPERTIES granted = {};
+    m_pAllocator->SetProperties(&present, &granted);
+    m_pInputPin->NotifyAllocator(m_pAllocator, FALSE);
+    m_pAllocator->Commit();
+    return result;
+}
+
+// Of the decommitted allocator of the connection, or of a new one.
+HRESULT CVantrelOutputPin::ShareAllocator(IMemAllocator& allocator, LONG bytes) {
+    ALLOCATOR_PROPERTIES request = {1, bytes, 1, 0};
+    ALLOCATOR_PROPERTIES granted = {};
+    HRESULT result = allocator.SetProperties(&request, &granted);
+    if (SUCCEEDED(result) && granted.cbBuffer < bytes) result = E_FAIL;
+    if (SUCCEEDED(result)) result = m_pInputPin->NotifyAllocator(&allocator, FALSE);
+    return SUCCEEDED(result) ? allocator.Commit() : result;
+}
+
+// A sink may hold a buffer of the old allocator for as long as it likes.
+HRESULT CVantrelOutputPin::ReplaceAllocator(LONG bytes) {
+    IMemAllocator* allocator = nullptr;
+    HRESULT result = InitAllocator(&allocator);
+    if (FAILED(result)) return result;
+    result = ShareAllocator(*allocator, bytes);
+    if (SUCCEEDED(result)) std::swap(m_pAllocator, allocator);
+    allocator->Release();
+    return result;
+}

@@ -1,6 +1,6 @@
 // The two pins of the filter. The streaming thread replaces their types when a sample carries a new
 // one, and must not take the filter lock for that; so whatever reads a type holds the settings
-// lock as well. A pin has a new type only once the filter has taken it over. The type of a
+// lock instead. A pin has a new type only once the filter has taken it over. The type of a
 // connection stays accepted, whatever the settings are by now.
 
 #pragma once
@@ -49,7 +49,17 @@ class CVantrelOutputPin final : public CTransformOutputPin {
     // Exchanges `type`, which a sink has put on a buffer and the filter follows, and the pin's own.
     void KeepType(CMediaType& type);
 
+    // On the streaming thread, while connected.
+    // Whether the buffers of the connection hold so many bytes.
+    bool HasRoomFor(LONG bytes) const;
+    // Gives the sink another type and buffers of so many bytes, while it runs. A failure leaves the
+    // connection with its type and buffers.
+    HRESULT ConnectAnew(const CMediaType& type, LONG bytes);
+
   private:
+    HRESULT ShareAllocator(IMemAllocator& allocator, LONG bytes);
+    HRESULT ReplaceAllocator(LONG bytes);
+
     CTransformFilter* const filter_;
     PinOwner* const owner_;
 };

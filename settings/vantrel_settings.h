@@ -77,7 +77,9 @@ enum VantrelVideoType : int {
 // returns 1 in every case. No argument is tested: out-pointers must not be null.
 struct IVantrelSettings : public IUnknown {
     // Size of the output in pixels. 0 takes the width or height of the source. Takes effect when
-    // the output type is settled next: on connecting, or through ApplySettings.
+    // the output type is settled next: on connecting, or through ApplySettings. What is read is the
+    // size that was set or settled last; after ApplySettings it may be one pixel wider, since
+    // packed 4:2:2 has even widths. A filter downstream may settle another one with a buffer.
     virtual int STDMETHODCALLTYPE SetOutputSize(int width, int height) = 0;
     virtual int STDMETHODCALLTYPE GetOutputSize(int* width, int* height) = 0;
 
@@ -101,9 +103,23 @@ struct IVantrelSettings : public IUnknown {
 
     // Tests the input type against the settings and renegotiates the output. Returns 1 on success;
     // E_INVALIDARG when the input does not fit the settings (nothing is changed then); 0 when the
-    // graph or the filter downstream refuses the new output type. Compare with 1. It may wait for a
-    // lock of the filter: call it from the thread of the user interface, never from a streaming
-    // thread.
+    // graph or the filter downstream refuses the new output type (nothing is changed then), or
+    // memory runs out. Compare with 1.
+    //
+    // A stopped filter's output is connected anew by the graph before the method returns. It may
+    // wait for a lock of the filter, which a stop holds: call it from the thread of the user
+    // interface, never from a streaming thread.
+    //
+    // While the filter is paused or running, 1 says that the filter downstream accepts the type
+    // (QueryAccept). The method does not wait for frames; the next frame that is delivered is the
+    // first of the new size. Its sample carries the type, or, where the buffers are too small for
+    // it, the filter downstream is connected anew with larger ones while it runs
+    // (ReceiveConnection). Of several types applied before that frame the last one counts. A frame
+    // rate goes on with its slots, and the statistics begin anew.
+    //
+    // That may still fail: the filter downstream refuses the sample or the connection, or memory
+    // runs out. Then frames of the old size go on, none is lost, and GetOutputSize gives their
+    // size again, unless another one was set meanwhile.
     virtual int STDMETHODCALLTYPE ApplySettings() = 0;
 
     // Frames per second delivered by the time regulator since streaming began; 0.0 while it is off.

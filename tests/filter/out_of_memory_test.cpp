@@ -194,6 +194,42 @@ TEST_F(OutOfMemoryTest, ABuffersTypeThatCouldNotBeFollowedLeavesTheOldOne) {
     EXPECT_GT(count, 1) << "nothing was allocated: nothing was tested";
 }
 
+// No frame is lost: it is of the old type or of the new one, which comes when there is memory.
+TEST_F(OutOfMemoryTest, AnAppliedTypeThatCouldNotBeMadeLeavesTheOldOne) {
+    const PixelFormat& format = Format("YV12");
+    for (const bool isLarger : {false, true}) {
+        const Size to = isLarger ? Size{72, 52} : Size{32, 24};
+        bool refused = true;
+        int count = 0;
+        for (; refused; ++count) {
+            SCOPED_TRACE(count);
+            ASSERT_LT(count, 100);
+            HRESULT created = S_OK;
+            FilterRig rig({.allocator = SinkAllocator::kOwn, .typeChangeWhileConnected = true});
+            rig.Use(Create(&created));
+            rig.settings->SetOutputSize(40, 36);
+            rig.settings->SetScaleMethod(VantrelMethodNearest);
+            ASSERT_EQ(rig.Connect(TypeOf(format, 64, 48)), S_OK);
+            ASSERT_EQ(rig.Start(), S_OK);
+            rig.settings->SetOutputSize(to.width, to.height);
+            ASSERT_EQ(rig.settings->ApplySettings(), 1);
+            {
+                const FailNothrowNew fail(count);
+                EXPECT_EQ(rig.Deliver(frame_), S_OK);
+                refused = fail.refused() > 0;
+            }
+            const Size size = refused ? Size{40, 36} : to;
+            EXPECT_EQ(rig.OutputSize(), std::pair(size.width, size.height));
+            ASSERT_EQ(rig.Deliver(frame_), S_OK);
+            ASSERT_EQ(rig.samples().size(), 2u);
+            for (const ReceivedSample& sample : rig.samples()) {
+                EXPECT_TRUE(Matches(NearestPlanar(format, frame_, {64, 48}, size), sample.bytes));
+            }
+        }
+        EXPECT_GT(count, 1) << "nothing was allocated: nothing was tested";
+    }
+}
+
 TEST_F(OutOfMemoryTest, RegulatingWithoutAClock) {
     WithEveryRefusal(
         [](FilterRig& rig) {
