@@ -1,5 +1,12 @@
 # What every target of this project is compiled with, and the two ways to declare one.
 
+# The engine is written with their intrinsics, attributes and options for single files.
+if(NOT CMAKE_CXX_COMPILER_ID MATCHES "^(GNU|Clang|AppleClang)$" OR MSVC)
+    message(FATAL_ERROR "TavoResample is built with GCC (for Windows: mingw-w64) or clang, with the "
+        "command line of GCC. This compiler is neither: ${CMAKE_CXX_COMPILER_ID}, "
+        "${CMAKE_CXX_COMPILER}. CONTRIBUTING.md says how to build on Windows.")
+endif()
+
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -17,15 +24,10 @@ endif()
 
 add_library(tavo_options INTERFACE)
 target_include_directories(tavo_options INTERFACE "${PROJECT_SOURCE_DIR}")
-if(MSVC)
-    target_compile_options(tavo_options INTERFACE /W4 /utf-8 /permissive-)
-    target_compile_definitions(tavo_options INTERFACE NOMINMAX)
-else()
-    target_compile_options(tavo_options INTERFACE -Wall -Wextra -Werror)
-    if(TAVO_32BIT)
-        # Windows enters 32-bit code with a stack aligned to 4 bytes only.
-        target_compile_options(tavo_options INTERFACE -mstackrealign)
-    endif()
+target_compile_options(tavo_options INTERFACE -Wall -Wextra -Werror)
+if(TAVO_32BIT)
+    # Windows enters 32-bit code with a stack aligned to 4 bytes only.
+    target_compile_options(tavo_options INTERFACE -mstackrealign)
 endif()
 if(WIN32)
     target_compile_definitions(tavo_options INTERFACE
@@ -49,7 +51,7 @@ if(MINGW)
     target_compile_options(tavo_stack_guard PRIVATE -fno-exceptions)
 endif()
 
-# tavo_protect(NAME): stack protectors for the code of a target. Microsoft's compiler has them anyway.
+# tavo_protect(NAME): stack protectors for the code of a target.
 function(tavo_protect name)
     if(MINGW)
         target_compile_options(${name} PRIVATE -fstack-protector-strong)
@@ -71,9 +73,7 @@ endfunction()
 # other programs, without the C++ runtime: see module/module_runtime.cpp.
 function(tavo_module_library name)
     tavo_library(${name} ${ARGN})
-    if(NOT MSVC)
-        target_compile_options(${name} PRIVATE -fno-exceptions)
-    endif()
+    target_compile_options(${name} PRIVATE -fno-exceptions)
 endfunction()
 
 # tavo_reuse_headers(NAME module|host): the platform's headers take longer to read than most of our files
