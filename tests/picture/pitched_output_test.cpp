@@ -20,8 +20,8 @@ using tavo::test::GuardedBuffer;
 using tavo_test::AllFormats;
 using tavo_test::KnownFormat;
 using tavo_test::Layout;
-using tavo_test::PixelFormat;
 using tavo_test::PitchedRows;
+using tavo_test::PixelFormat;
 using tavo_test::RowsAtPitch;
 using tavo_test::RuleFrameBytes;
 
