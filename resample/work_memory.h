@@ -16,7 +16,7 @@ class WorkMemory {
     static constexpr int32_t kSharedPieces = 8;
     static constexpr int32_t kSharedBytes = 40 * 1024;
     // With its calls, a kernel uses at most 16 KB of stack.
-    static constexpr int32_t kOwnBytes = 9728;
+    static constexpr int32_t kOwnBytes = 9856;
 
     WorkMemory();
     ~WorkMemory();

@@ -8,6 +8,7 @@
 
 #include "resample/fixed_ratio.h"
 #include "resample/frame.h"
+#include "resample/packed422/packed422_column_block.h"
 #include "resample/row_ops/row_ops.h"
 
 namespace tavo {
@@ -29,7 +30,6 @@ int32_t NearestPackedFixed(const Frame& frame, const FixedRatio& ratio, const Pa
                            KernelVariant variant);
 int32_t BlendPackedThreeToTwo(const Frame& frame, const PackedLayout& layout,
                               KernelVariant variant);
-enum class WholePositions { Copied, Dimmed };
 int32_t BlendPackedFourToThree(const Frame& frame, const PackedLayout& layout,
                                WholePositions wholePositions, KernelVariant variant);
 

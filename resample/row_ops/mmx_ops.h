@@ -198,6 +198,7 @@ template <MmxSet V>
 constexpr RowOps kMmxSetRowOps = {
     .pixels = OpsOfAllPixels<MmxOps<V>>(),
     .packed422 = MmxPacked422<V>::kAll,
+    .packedBlend = nullptr,
     .CopyRow = MmxOps<V>::CopyRow,
     .CopyBlocks = MmxOps<V>::CopyBlocks,
     .Finish = MmxOps<V>::Finish,

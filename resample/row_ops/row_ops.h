@@ -107,6 +107,42 @@ struct Packed422Ops {
                            const PackedLayout& layout);
 };
 
+// Columns of packed 4:2:2 that are planned at once, and the bytes of their tables.
+inline constexpr int32_t kPackedPlanColumns = 64;
+inline constexpr int32_t kPackedPlanBytes = 9 * kPackedPlanColumns;
+// Bytes of a row of PackedBlendOps.
+constexpr int32_t PackedRowBytes(int32_t pixels) {
+    return (pixels + kPackedPlanColumns - 1) / kPackedPlanColumns * kPackedPlanColumns * 3;
+}
+
+// Bilinear scaling of packed 4:2:2 without splitting source rows first. Blended rows are in an
+// order of the set's own.
+struct PackedBlendOps {
+    // Makes tables of at most kPackedPlanColumns columns. The indices of `luma` are pixels of a
+    // row, those of `chroma` its groups; the row has `rowBytes` bytes, in whole groups. False where
+    // the set has no tables for such columns: then rows are split.
+    bool (*Plan)(uint8_t* tables, const ColumnRun& luma, const ColumnRun& chroma, int32_t rowBytes);
+
+    // Blends the columns of a packed row. Needs the tables of so many pixels, one after the other.
+    void (*BlendColumns)(uint8_t* dst, const uint8_t* row, const uint8_t* tables, int32_t pixels,
+                         const PackedLayout& layout);
+
+    // Blends two blended rows and packs the result. The chroma of each two pixels is averaged,
+    // rounded down or up.
+    using BlendPack = void (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t weight,
+                               int32_t pixels, const PackedLayout& layout);
+    BlendPack BlendPackDown;
+    BlendPack BlendPackUp;
+
+    // Blends the columns of a packed row and packs the result. Dimmed: the first of every three
+    // luma samples is (DimSample), and averages are rounded down.
+    using ScaleColumns = void (*)(uint8_t* dst, const uint8_t* row, const uint8_t* tables,
+                                  int32_t pixels, const PackedLayout& layout);
+    ScaleColumns ScaleColumnsDown;
+    ScaleColumns ScaleColumnsUp;
+    ScaleColumns ScaleColumnsDimmed;
+};
+
 // The operations on every kind of pixel.
 struct PixelOpsTable {
     PixelOps plane;  // one byte
@@ -118,6 +154,7 @@ struct PixelOpsTable {
 struct RowOps {
     PixelOpsTable pixels;
     Packed422Ops packed422;
+    const PackedBlendOps* packedBlend;  // null where a set splits all rows
 
     // Copies a row. `dst` must not overlap it.
     void (*CopyRow)(uint8_t* dst, const uint8_t* src, int32_t bytes);

@@ -23,11 +23,12 @@ struct Avx2 {
         return _mm_unpacklo_epi64(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(low)),
                                   _mm_loadl_epi64(reinterpret_cast<const __m128i*>(high)));
     }
-    static Reg ShuffleWindows(const uint8_t* row, const int32_t* offset, Reg control) {
-        const Reg parts = _mm256_inserti128_si256(_mm256_castsi128_si256(LoadPart(row + offset[0])),
-                                                  LoadPart(row + offset[1]), 1);
-        return _mm256_shuffle_epi8(parts, control);
+    static Reg LoadWindows(const uint8_t* row, const int32_t* offset) {
+        return _mm256_inserti128_si256(_mm256_castsi128_si256(LoadPart(row + offset[0])),
+                                       LoadPart(row + offset[1]), 1);
     }
+    static Reg Shuffle(Reg a, Reg control) { return _mm256_shuffle_epi8(a, control); }
+    static Reg ShuffleParts(Reg a, Reg control) { return Shuffle(a, control); }
     static Reg ShuffleTwoWindows(const uint8_t* row, const int32_t* low, const int32_t* high,
                                  Reg control) {
         const Reg parts =
@@ -44,6 +45,7 @@ struct Avx2 {
     static Reg Add16(Reg a, Reg b) { return _mm256_add_epi16(a, b); }
     static Reg Sub16(Reg a, Reg b) { return _mm256_sub_epi16(a, b); }
     static Reg SubSaturated8(Reg a, Reg b) { return _mm256_subs_epu8(a, b); }
+    static Reg SubSaturated16(Reg a, Reg b) { return _mm256_subs_epi16(a, b); }
     static Reg AverageUp8(Reg a, Reg b) { return _mm256_avg_epu8(a, b); }
     static Reg MulHigh16(Reg a, Reg b) { return _mm256_mulhi_epi16(a, b); }
     static Reg MulAddBytes(Reg weights, Reg bytes) { return _mm256_maddubs_epi16(weights, bytes); }
@@ -58,6 +60,8 @@ struct Avx2 {
     }
     static Reg InterleaveLow8(Reg a, Reg b) { return _mm256_unpacklo_epi8(a, b); }
     static Reg InterleaveHigh8(Reg a, Reg b) { return _mm256_unpackhi_epi8(a, b); }
+    static Reg InterleaveLow64(Reg a, Reg b) { return _mm256_unpacklo_epi64(a, b); }
+    static Reg InterleaveHigh64(Reg a, Reg b) { return _mm256_unpackhi_epi64(a, b); }
     static Reg LowHalves(Reg a, Reg b) { return _mm256_unpacklo_epi64(a, b); }
     static Reg HighHalves(Reg a, Reg b) { return _mm256_unpackhi_epi64(a, b); }
 

@@ -23,9 +23,11 @@ struct Avx512 {
 
     static Reg Load(const uint8_t* p) { return _mm512_loadu_si512(p); }
     static void Store(uint8_t* p, Reg a) { _mm512_storeu_si512(p, a); }
-    static Reg ShuffleWindows(const uint8_t* row, const int32_t* offset, Reg control) {
-        return _mm512_permutexvar_epi8(control, Load(row + *offset));
+    static Reg LoadWindows(const uint8_t* row, const int32_t* offset) {
+        return Load(row + *offset);
     }
+    static Reg Shuffle(Reg a, Reg control) { return _mm512_permutexvar_epi8(control, a); }
+    static Reg ShuffleParts(Reg a, Reg control) { return _mm512_shuffle_epi8(a, control); }
     static Reg ShuffleTwoWindows(const uint8_t* row, const int32_t* offset, const int32_t*,
                                  Reg control) {
         return _mm512_permutex2var_epi8(Load(row + *offset), control, Load(row + *offset + 64));
@@ -39,6 +41,7 @@ struct Avx512 {
     static Reg Add16(Reg a, Reg b) { return _mm512_add_epi16(a, b); }
     static Reg Sub16(Reg a, Reg b) { return _mm512_sub_epi16(a, b); }
     static Reg SubSaturated8(Reg a, Reg b) { return _mm512_subs_epu8(a, b); }
+    static Reg SubSaturated16(Reg a, Reg b) { return _mm512_subs_epi16(a, b); }
     static Reg AverageUp8(Reg a, Reg b) { return _mm512_avg_epu8(a, b); }
     static Reg MulHigh16(Reg a, Reg b) { return _mm512_mulhi_epi16(a, b); }
     static Reg MulAddBytes(Reg weights, Reg bytes) { return _mm512_maddubs_epi16(weights, bytes); }
@@ -53,6 +56,9 @@ struct Avx512 {
     }
     static Reg InterleaveLow8(Reg a, Reg b) { return _mm512_unpacklo_epi8(a, b); }
     static Reg InterleaveHigh8(Reg a, Reg b) { return _mm512_unpackhi_epi8(a, b); }
+
+    static Reg InterleaveLow64(Reg a, Reg b) { return _mm512_unpacklo_epi64(a, b); }
+    static Reg InterleaveHigh64(Reg a, Reg b) { return _mm512_unpackhi_epi64(a, b); }
 
     // Every other eight bytes of two registers, from the first or from the second on.
     static Reg LowHalves(Reg a, Reg b) {

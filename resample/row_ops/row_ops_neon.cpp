@@ -15,9 +15,11 @@ struct Neon {
 
     static Reg Load(const uint8_t* p) { return vld1q_u8(p); }
     static void Store(uint8_t* p, Reg a) { vst1q_u8(p, a); }
-    static Reg ShuffleWindows(const uint8_t* row, const int32_t* offset, Reg control) {
-        return vqtbl1q_u8(Load(row + *offset), control);
+    static Reg LoadWindows(const uint8_t* row, const int32_t* offset) {
+        return Load(row + *offset);
     }
+    static Reg Shuffle(Reg a, Reg control) { return vqtbl1q_u8(a, control); }
+    static Reg ShuffleParts(Reg a, Reg control) { return Shuffle(a, control); }
     static Reg ShuffleTwoWindows(const uint8_t* row, const int32_t* low, const int32_t* high,
                                  Reg control) {
         return vqtbl1q_u8(vcombine_u8(vld1_u8(row + *low), vld1_u8(row + *high)), control);
@@ -31,6 +33,7 @@ struct Neon {
     static Reg Add16(Reg a, Reg b) { return FromSigned(vaddq_s16(Signed(a), Signed(b))); }
     static Reg Sub16(Reg a, Reg b) { return FromSigned(vsubq_s16(Signed(a), Signed(b))); }
     static Reg SubSaturated8(Reg a, Reg b) { return vqsubq_u8(a, b); }
+    static Reg SubSaturated16(Reg a, Reg b) { return FromSigned(vqsubq_s16(Signed(a), Signed(b))); }
     static Reg AverageUp8(Reg a, Reg b) { return vrhaddq_u8(a, b); }
     static Reg MulHigh16(Reg a, Reg b) {
         const int32x4_t low = vmull_s16(vget_low_s16(Signed(a)), vget_low_s16(Signed(b)));
@@ -61,6 +64,8 @@ struct Neon {
     }
     static Reg InterleaveLow8(Reg a, Reg b) { return vzip1q_u8(a, b); }
     static Reg InterleaveHigh8(Reg a, Reg b) { return vzip2q_u8(a, b); }
+    static Reg InterleaveLow64(Reg a, Reg b) { return LowHalves(a, b); }
+    static Reg InterleaveHigh64(Reg a, Reg b) { return HighHalves(a, b); }
     static Reg LowHalves(Reg a, Reg b) { return vcombine_u8(vget_low_u8(a), vget_low_u8(b)); }
     static Reg HighHalves(Reg a, Reg b) { return vcombine_u8(vget_high_u8(a), vget_high_u8(b)); }
 

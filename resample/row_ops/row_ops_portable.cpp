@@ -44,6 +44,7 @@ const RowOps kPortableRowOps = {
             .PlanNearest = PlanPackedPlain,
             .NearestColumns = NearestPackedColumnsPlain,
         },
+    .packedBlend = nullptr,
     .CopyRow = CopyRow,
     .CopyBlocks = CopyBlocks,
     .Finish = Finish,

@@ -14,9 +14,11 @@ struct Ssse3 {
 
     static Reg Load(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const Reg*>(p)); }
     static void Store(uint8_t* p, Reg a) { _mm_storeu_si128(reinterpret_cast<Reg*>(p), a); }
-    static Reg ShuffleWindows(const uint8_t* row, const int32_t* offset, Reg control) {
-        return _mm_shuffle_epi8(Load(row + *offset), control);
+    static Reg LoadWindows(const uint8_t* row, const int32_t* offset) {
+        return Load(row + *offset);
     }
+    static Reg Shuffle(Reg a, Reg control) { return _mm_shuffle_epi8(a, control); }
+    static Reg ShuffleParts(Reg a, Reg control) { return Shuffle(a, control); }
     static Reg ShuffleTwoWindows(const uint8_t* row, const int32_t* low, const int32_t* high,
                                  Reg control) {
         const Reg halves =
@@ -33,6 +35,7 @@ struct Ssse3 {
     static Reg Add16(Reg a, Reg b) { return _mm_add_epi16(a, b); }
     static Reg Sub16(Reg a, Reg b) { return _mm_sub_epi16(a, b); }
     static Reg SubSaturated8(Reg a, Reg b) { return _mm_subs_epu8(a, b); }
+    static Reg SubSaturated16(Reg a, Reg b) { return _mm_subs_epi16(a, b); }
     static Reg AverageUp8(Reg a, Reg b) { return _mm_avg_epu8(a, b); }
     static Reg MulHigh16(Reg a, Reg b) { return _mm_mulhi_epi16(a, b); }
     static Reg MulAddBytes(Reg weights, Reg bytes) { return _mm_maddubs_epi16(weights, bytes); }
@@ -47,6 +50,8 @@ struct Ssse3 {
     }
     static Reg InterleaveLow8(Reg a, Reg b) { return _mm_unpacklo_epi8(a, b); }
     static Reg InterleaveHigh8(Reg a, Reg b) { return _mm_unpackhi_epi8(a, b); }
+    static Reg InterleaveLow64(Reg a, Reg b) { return _mm_unpacklo_epi64(a, b); }
+    static Reg InterleaveHigh64(Reg a, Reg b) { return _mm_unpackhi_epi64(a, b); }
     static Reg LowHalves(Reg a, Reg b) { return _mm_unpacklo_epi64(a, b); }
     static Reg HighHalves(Reg a, Reg b) { return _mm_unpackhi_epi64(a, b); }
 

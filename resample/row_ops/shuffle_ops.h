@@ -3,13 +3,14 @@
 //
 // The way of a row: BlendByteColumns (or another) calls ApplyPlan, which looks whether the plan has
 // one window or two; StoreSteps stores a register for each step of the plan; load(position),
-// LoadTiles, brings the source bytes of a step's tiles by V::ShuffleWindows; bytesOf makes the
-// register of them.
+// LoadTiles, brings the source bytes of a step's tiles by V::LoadWindows and V::Shuffle; bytesOf
+// makes the register of them.
 
 #pragma once
 
 #include "resample/row_ops/portable_columns.h"
 #include "resample/row_ops/shuffle_packed422.h"
+#include "resample/row_ops/shuffle_packed_blend.h"
 #include "resample/row_ops/shuffle_registers.h"
 
 namespace tavo {
@@ -135,6 +136,7 @@ template <ShuffleRegister V>
 constexpr RowOps kShuffleRowOps = {
     .pixels = OpsOfAllPixels<ShuffleOps<V>>(),
     .packed422 = ShufflePacked422<V>::kAll,
+    .packedBlend = &ShufflePackedBlend<V>::kAll,
     .CopyRow = ShuffleRegisters<V>::CopyRow,
     .CopyBlocks = ShuffleOps<V>::CopyBlocks,
     .Finish = ShuffleOps<V>::Finish,

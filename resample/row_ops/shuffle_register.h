@@ -22,10 +22,16 @@ concept ShuffleRegister = requires(typename V::Reg a, typename V::Reg b, uint8_t
     a = V::Load(from);
     V::Store(to, a);
 
-    // Byte i of the result is byte b[i] of what is loaded. ShuffleWindows loads sixteen bytes from
-    // from + low[part] for each part, ShuffleTwoWindows eight from from + low[part] and then eight
-    // from from + high[part]. A shared window is one register from from + low[0], or two.
-    a = V::ShuffleWindows(from, low, b);
+    // Sixteen bytes from from + low[part] for each part. A shared window is one register from
+    // from + low[0].
+    a = V::LoadWindows(from, low);
+
+    // Byte i of the result is byte b[i] of the part, or of the register where windows are shared.
+    a = V::Shuffle(a, b);
+    a = V::ShuffleParts(a, b);  // of the part everywhere
+
+    // The same of two windows: for each part, eight bytes from from + low[part] and then eight from
+    // from + high[part]; where they are shared, two registers from from + low[0] on.
     a = V::ShuffleTwoWindows(from, low, high, b);
 
     // The same in all lanes.
@@ -38,6 +44,7 @@ concept ShuffleRegister = requires(typename V::Reg a, typename V::Reg b, uint8_t
     a = V::Add16(a, b);
     a = V::Sub16(a, b);
     a = V::SubSaturated8(a, b);          // unsigned; not below 0
+    a = V::SubSaturated16(a, b);         // signed
     a = V::AverageUp8(a, b);             // unsigned: (a + b + 1) / 2
     a = V::MulHigh16(a, b);              // signed: the upper half of a * b
     a = V::MulAddBytes(a, b);            // a0 * b0 + a1 * b1; a unsigned, b signed, fits 16 bits
@@ -48,6 +55,9 @@ concept ShuffleRegister = requires(typename V::Reg a, typename V::Reg b, uint8_t
     // Part by part: a0 b0 a1 b1 ... of the lower or the upper eight bytes of a part.
     a = V::InterleaveLow8(a, b);
     a = V::InterleaveHigh8(a, b);
+    // The same of halves of parts: the lower or the upper ones of a and b.
+    a = V::InterleaveLow64(a, b);
+    a = V::InterleaveHigh64(a, b);
     // The reverse: 16-bit lanes to signed bytes, in each part those of a first.
     a = V::PackSigned(a, b);
 

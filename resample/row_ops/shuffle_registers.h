@@ -84,7 +84,7 @@ struct ShuffleRegisters {
     static Reg LoadTiles(const uint8_t* row, const ShuffleStep<V>& step, int32_t position) {
         const Reg control = V::Load(step.shuffle[position]);
         if constexpr (kWindow == OneWindow) {
-            return V::ShuffleWindows(row, &step.low[position], control);
+            return V::Shuffle(V::LoadWindows(row, &step.low[position]), control);
         } else {
             return V::ShuffleTwoWindows(row, &step.low[position], &step.high[position], control);
         }
