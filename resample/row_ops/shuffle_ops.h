@@ -40,31 +40,38 @@ struct ShuffleOps {
                         [&] { BlendColumnsPlain<Pixel, kRounding>(dst, row, plan.columns, 0); });
     }
 
-    // In 16-bit lanes. weight16 is the weight times 16, so the high half of the product is the
-    // blend; mmx_registers.h has the proof.
-    template <Rounding kRounding>
-    static Reg BlendLanes(Reg a, Reg b, Reg weight16) {
-        if constexpr (kRounding == Rounding::Down) {
-            return V::Add16(a, V::MulHigh16(V::template ShiftLeft16<4>(V::Sub16(b, a)), weight16));
-        } else {
-            return V::Sub16(a, V::MulHigh16(V::template ShiftLeft16<4>(V::Sub16(a, b)), weight16));
-        }
+    // Moves a field of the pixels, which stands at kShift, from a toward b. The high half of the
+    // product is (b - a) * weight / 256: kScale and scaledWeight make up the factor 256.
+    template <Rounding kRounding, int32_t kScale, int32_t kShift>
+    static Reg MoveField(Reg pixels, Reg a, Reg b, Reg scaledWeight) {
+        constexpr bool kDown = kRounding == Rounding::Down;
+        const Reg difference =
+            V::template ShiftLeft16<kScale>(kDown ? V::Sub16(b, a) : V::Sub16(a, b));
+        const Reg move = V::template ShiftLeft16<kShift>(V::MulHigh16(difference, scaledWeight));
+        return kDown ? V::Add16(pixels, move) : V::Sub16(pixels, move);
     }
 
-    template <Rounding kRounding, int32_t kShift, int32_t kMask>
-    static Reg BlendField(Reg a, Reg b, Reg weight16) {
-        const Reg mask = V::Set16(kMask);
-        const Reg from = V::And(V::template ShiftRight16<kShift>(a), mask);
-        const Reg to = V::And(V::template ShiftRight16<kShift>(b), mask);
-        return V::template ShiftLeft16<kShift>(BlendLanes<kRounding>(from, to, weight16));
-    }
-
+    // weight16 is the weight times 16. Each field of a is moved in its place: it stays between its
+    // two values, so that no field reaches into another.
     template <typename Pixel, Rounding kRounding>
     static Reg BlendFields(Reg a, Reg b, Reg weight16) {
-        return V::Or(
-            BlendField<kRounding, 0, Pixel::kBlueMask>(a, b, weight16),
-            V::Or(BlendField<kRounding, Pixel::kGreenShift, Pixel::kGreenMask>(a, b, weight16),
-                  BlendField<kRounding, Pixel::kRedShift, Pixel::kRedMask>(a, b, weight16)));
+        const auto masked = [](Reg pixels, int32_t mask) {
+            return V::And(pixels, V::Set16(static_cast<int16_t>(mask)));
+        };
+        constexpr int32_t kGreen = Pixel::kGreenMask << Pixel::kGreenShift;
+        static_assert(Pixel::kGreenShift == 5);
+        const Reg weight8 = V::template ShiftRight16<1>(weight16);
+        Reg pixels = a;
+        if constexpr (Pixel::kRedShift < 11) {
+            pixels = a = masked(a, 0x7fff);
+            b = masked(b, 0x7fff);
+        }
+        pixels = MoveField<kRounding, 4, 0>(pixels, masked(a, Pixel::kBlueMask),
+                                            masked(b, Pixel::kBlueMask), weight16);
+        pixels = MoveField<kRounding, 0, 5>(pixels, masked(a, kGreen), masked(b, kGreen), weight8);
+        return MoveField<kRounding, 4, Pixel::kRedShift>(
+            pixels, V::template ShiftRight16<Pixel::kRedShift>(a),
+            V::template ShiftRight16<Pixel::kRedShift>(b), weight16);
     }
 
     template <typename Pixel>
