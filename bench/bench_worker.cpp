@@ -1,7 +1,9 @@
 // Times the kernels of its own build for a program of another build. Lines on the standard input:
 //   FAMILY METHOD WIDTHxHEIGHT WIDTHxHEIGHT [set=NAME]   selects the work; answers "ready"
 //   round                                                answers nanoseconds per call of one round
-//   operations                                           answers what AUTO runs on here: "AVX2"
+//   cold round                                           the same with pictures that are in no
+//   cache operations                                           answers what AUTO runs on here:
+//   "AVX2"
 // for instance "RGB24 bilinear 1920x1080 1280x720 set=ssse3". What cannot be done is answered with
 // "error" and a reason.
 
@@ -80,10 +82,12 @@ class Worker {
   public:
     std::string Answer(const std::string& line) {
         if (line == "operations") return InstructionSetName(WidestSet(GetCpuLevel()));
-        if (line != "round") return Select(line);
+        const bool isCold = line == "cold round";
+        if (line != "round" && !isCold) return Select(line);
         if (!stopwatch_) return "error nothing is selected";
         char text[32];
-        std::snprintf(text, sizeof text, "%.1f", stopwatch_->Round());
+        std::snprintf(text, sizeof text, "%.1f",
+                      stopwatch_->Round(isCold ? Caches::Cold : Caches::Hot));
         return text;
     }
 

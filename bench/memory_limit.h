@@ -14,17 +14,19 @@ namespace tavo::bench {
 class MemoryLimit {
   public:
     MemoryLimit(const FamilyInfo& family, const Sizes& sizes)
-        : src_(family.Stride(sizes.srcWidth), sizes.srcHeight),
-          dst_(family.Stride(sizes.dstWidth), sizes.dstHeight) {}
+        : src_(family.Stride(sizes.srcWidth), sizes.srcHeight, Picture::Use::Source),
+          dst_(family.Stride(sizes.dstWidth), sizes.dstHeight, Picture::Use::Destination) {}
 
     void Run() {
         const size_t common = std::min(src_.Bytes(), dst_.Bytes());
-        std::memcpy(dst_.Data(), src_.Data(), common);
-        std::memset(dst_.Data() + common, 0, dst_.Bytes() - common);
+        const uint8_t* const src = src_.Data();
+        uint8_t* const dst = dst_.Data();
+        std::memcpy(dst, src, common);
+        std::memset(dst + common, 0, dst_.Bytes() - common);
         uint64_t sum = 0;
         for (size_t i = common; i + sizeof sum <= src_.Bytes(); i += sizeof sum) {
             uint64_t word;
-            std::memcpy(&word, src_.Data() + i, sizeof word);
+            std::memcpy(&word, src + i, sizeof word);
             sum += word;
         }
         sum_ = sum;

@@ -15,8 +15,8 @@ class Scaling {
         : row_(family.RowFor(sizes)),
           bitsPerPixel_(family.bitsPerPixel),
           sizes_(sizes),
-          src_(family.Stride(sizes.srcWidth), sizes.srcHeight),
-          dst_(family.Stride(sizes.dstWidth), sizes.dstHeight),
+          src_(family.Stride(sizes.srcWidth), sizes.srcHeight, Picture::Use::Source),
+          dst_(family.Stride(sizes.dstWidth), sizes.dstHeight, Picture::Use::Destination),
           xMap_(BuildAxisMap(sizes.srcWidth, sizes.dstWidth, 0)),
           yMap_(BuildAxisMap(sizes.srcHeight, sizes.dstHeight, 0)) {}
 

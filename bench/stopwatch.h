@@ -11,6 +11,8 @@
 #include <utility>
 #include <vector>
 
+#include "bench/picture.h"
+
 namespace tavo::bench {
 
 inline int64_t ThreadNanoseconds() {
@@ -32,6 +34,9 @@ double NanosecondsPerCall(Call& call, int64_t calls) {
     return static_cast<double>(ThreadNanoseconds() - start) / static_cast<double>(calls);
 }
 
+// Where pictures are before a call.
+enum class Caches { Cold, Hot };
+
 // Times one piece of work in rounds of about two milliseconds.
 template <typename Call>
 class Stopwatch {
@@ -46,10 +51,26 @@ class Stopwatch {
 
     // Nanoseconds per call of one round. A call that does not count brings the pictures back into
     // the caches after what others did.
-    double Round() {
+    double HotRound() {
         call_();
         return NanosecondsPerCall(call_, calls_);
     }
+
+    // The same with another source and destination for each call, which are in no cache.
+    double ColdRound() {
+        PictureRings& rings = PictureRings::Get();
+        auto turnAndCall = [&] {
+            rings.Turn();
+            call_();
+        };
+        rings.SetTurning(true);
+        turnAndCall();
+        const double nanoseconds = NanosecondsPerCall(turnAndCall, calls_);
+        rings.SetTurning(false);
+        return nanoseconds;
+    }
+
+    double Round(Caches caches) { return caches == Caches::Cold ? ColdRound() : HotRound(); }
 
   private:
     static constexpr double kRoundNanoseconds = 2e6;

@@ -32,13 +32,19 @@ write_page() {
 How fast the kernels are beside what one would pick instead, and beside the memory limit: to read
 the source once and write the destination once.
 
-![Times faster than the fastest other library](speed.png)
+All is measured twice. **Cold**: each call has another source and another destination, out of rings that
+are larger than the last-level cache, as when a decoder on another core or a capture card delivers the
+frames. **Hot**: one source and one destination, which stay in the caches. The chart is of cold pictures.
+AUTO takes what the processor has, and so do the columns "64-bit" and "32-bit"; the others are held to
+AVX2 or to SSSE3.
+
+![Times faster than the fastest other library, cold](speed.png)
 
 Measured with \`scripts/bench.sh --docs\` on one thread of a machine that calls itself
 "$processor", on $(date -u +%Y-%m-%d), built with
 $(c++ --version | head -n 1). **All figures are of one run**; another
 machine, or another hour on a busy one, gives others. All contestants take turns on one core, a round
-of about two milliseconds each, and the medians of the rounds are compared; the clock is the
+of about two milliseconds each, cold and hot, and the medians of the rounds are compared; the clock is the
 processor time of the thread. The method is AUTO, or "Nearest Neighbor AUTO". Each library is there
 with its fastest way, which the last column names, and always as the distribution's 64-bit package,
 beside our 32-bit build too. They do not all compute the same: libyuv, OpenCV and the "fast bilinear"
@@ -53,6 +59,9 @@ Where only the height changes, and where pixels are only moved, all run at the m
 1 are ties there, and small differences fall on either side from run to run. Where both axes change the
 time goes into computing, the more so when a picture fits the caches: there a small multiple of the
 memory limit is out of reach of every blend that was tried.
+
+What a frame costs at common sizes stands behind the means. I420 stands for all planar formats with
+chroma of half the width and height; its three planes are counted.
 
 \`\`\`
 $(cat "$out/speed.txt")

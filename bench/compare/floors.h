@@ -11,6 +11,7 @@ namespace tavo::bench {
 
 // One demand on one build.
 struct Check {
+    Caches caches;
     std::string subject;
     Build build;
     bool isAtLeast;  // a ratio to the best peer; otherwise a time that is at most a multiple of the
@@ -23,6 +24,6 @@ struct Check {
 };
 
 // Those that something was measured for.
-std::vector<Check> CheckFloors(const Results& results);
+std::vector<Check> CheckFloors(const Run& run);
 
 }  // namespace tavo::bench

@@ -27,7 +27,7 @@ std::string List(const Items& items, Text text) {
     return list + ']';
 }
 
-std::string CaseText(const Results& results, const CaseResult& result) {
+std::string CaseText(const Run& run, const CaseResult& result) {
     const Case& work = result.work;
     const Sizes& sizes = work.sizes;
     std::string text = Format(
@@ -35,7 +35,7 @@ std::string CaseText(const Results& results, const CaseResult& result) {
         "\"source\": [%d, %d], \"destination\": [%d, %d]",
         work.Info().name, NameOf(work.method), NameOf(work.Mode()), sizes.srcWidth, sizes.srcHeight,
         sizes.dstWidth, sizes.dstHeight);
-    for (const Build build : {Build64, Build32, Ssse3Build64, Ssse3Build32}) {
+    for (const Build build : kAllBuilds) {
         if (result.ours[build] <= 0) continue;
         text +=
             Format(",\n     \"%s\": {\"time\": %s, \"ratio\": %s, \"timeToMemory\": %s}",
@@ -45,7 +45,7 @@ std::string CaseText(const Results& results, const CaseResult& result) {
     return text + Format(",\n     \"memory\": %s, \"peers\": ", Number(result.memory).c_str()) +
            List(result.peers,
                 [&](const PeerTime& time) {
-                    return "{\"peer\": " + Quoted(results.peerNames[time.peer]) +
+                    return "{\"peer\": " + Quoted(run.peerNames[time.peer]) +
                            ", \"setting\": " + Quoted(time.setting) +
                            ", \"time\": " + Number(time.nanoseconds) + "}";
                 }) +
@@ -53,29 +53,48 @@ std::string CaseText(const Results& results, const CaseResult& result) {
 }
 
 std::string CheckText(const Check& check) {
-    return Format("\n    {\"build\": \"%s\", \"demand\": %s, \"%s\": %g, \"measured\": %s, ",
-                  kBuildNames[check.build], Quoted(check.subject).c_str(),
-                  check.isAtLeast ? "ratioAtLeast" : "timeToMemoryAtMost", check.floor,
-                  Number(check.value).c_str()) +
+    return Format(
+               "\n    {\"build\": \"%s\", \"pictures\": \"%s\", \"demand\": %s, \"%s\": %g, "
+               "\"measured\": %s, ",
+               kBuildNames[check.build], NameOf(check.caches), Quoted(check.subject).c_str(),
+               check.isAtLeast ? "ratioAtLeast" : "timeToMemoryAtMost", check.floor,
+               Number(check.value).c_str()) +
            Format("\"reached\": %s, \"worst\": %s}", check.IsReached() ? "true" : "false",
                   Quoted(check.worst).c_str());
 }
 
+std::string ResultsText(const Run& run, const Results& results) {
+    const auto isBilinear = [](const Case& work) { return work.method == Method::Bilinear; };
+    return "{\"bilinearMeanRatio\": " +
+           List(kAllBuilds,
+                [&](Build build) {
+                    return Format("{\"build\": \"%s\", \"ratio\": %s}", kBuildNames[build],
+                                  Number(results.MeanRatio(build, isBilinear)).c_str());
+                }) +
+           ",\n  \"cases\": " +
+           List(results.cases, [&](const CaseResult& result) { return CaseText(run, result); }) +
+           "}";
+}
+
+std::string CostText(const FrameCost& cost) {
+    std::string text = Format("\n    {\"format\": \"%s\", \"sizes\": \"%s\"", cost.format,
+                              TextOf(cost.sizes).c_str());
+    for (const Build build : kAllBuilds) {
+        text += Format(", \"%s\": %s", kBuildNames[build], Number(cost.nanoseconds[build]).c_str());
+    }
+    return text + '}';
+}
+
 }  // namespace
 
-std::string JsonReport(const Results& results) {
-    const auto isBilinear = [](const Case& work) { return work.method == Method::Bilinear; };
-    return "{\n  \"processor\": " + Quoted(results.processor) +
-           ",\n  \"operations\": " + Quoted(results.operations) +
-           Format(",\n  \"rounds\": %d,\n  \"peers\": ", results.rounds) +
-           List(results.peerNames, Quoted) +
-           Format(",\n  \"bilinearMeanRatio\": {\"64-bit\": %s, \"32-bit\": %s}",
-                  Number(results.MeanRatio(Build64, isBilinear)).c_str(),
-                  Number(results.MeanRatio(Build32, isBilinear)).c_str()) +
-           ",\n  \"checks\": " + List(CheckFloors(results), CheckText) + ",\n  \"cases\": " +
-           List(results.cases,
-                [&](const CaseResult& result) { return CaseText(results, result); }) +
-           "\n}\n";
+std::string JsonReport(const Run& run) {
+    return "{\n  \"processor\": " + Quoted(run.processor) +
+           ",\n  \"operations\": " + Quoted(run.operations) +
+           Format(",\n  \"rounds\": %d,\n  \"peers\": ", run.rounds) + List(run.peerNames, Quoted) +
+           ",\n  \"checks\": " + List(CheckFloors(run), CheckText) +
+           ",\n  \"frameCosts\": " + List(run.costs, CostText) +
+           ",\n  \"cold\": " + ResultsText(run, run.cold) +
+           ",\n  \"hot\": " + ResultsText(run, run.hot) + "\n}\n";
 }
 
 }  // namespace tavo::bench

@@ -21,7 +21,7 @@ namespace {
 
 constexpr const char* kUsage =
     "compare [--worker32 FILE] [--filter TEXT]... [--rounds N] [--set NAME] [--no-peers]\n"
-    "        [--json FILE] [--svg FILE] [--list]\n"
+    "        [--costs] [--json FILE] [--svg FILE] [--list]\n"
     "  --worker32   bench_worker of a 32-bit build, to be measured too\n"
     "  --filter     only cases whose description holds every TEXT, for instance\n"
     "               --filter RGB24 --filter bilinear --filter '> 1280x720'\n"
@@ -29,6 +29,7 @@ constexpr const char* kUsage =
     "  --set        holds our kernels to one instruction set, for instance portable\n"
     "               or avx2 (auto); an unknown NAME is answered with all of them\n"
     "  --no-peers   only our kernels and the memory limit\n"
+    "  --costs      what frames cost, although only some cases are chosen\n"
     "  --list       prints the descriptions of the cases\n";
 
 struct Options {
@@ -38,6 +39,7 @@ struct Options {
     std::vector<std::string> filters;
     int rounds = 25;
     bool hasNoPeers = false;
+    bool hasCosts = false;
     bool listsOnly = false;
 };
 
@@ -48,6 +50,7 @@ Options Parse(int argc, char** argv) {
                                                        {"--json", &options.json},
                                                        {"--svg", &options.svg}};
     const std::map<std::string, bool*> switches = {{"--no-peers", &options.hasNoPeers},
+                                                   {"--costs", &options.hasCosts},
                                                    {"--list", &options.listsOnly}};
     for (int i = 1; i < argc; ++i) {
         const std::string name = argv[i];
@@ -93,7 +96,9 @@ std::vector<OwnContestant> OwnContestants(const Options& options) {
     add(Build64, options.set, options.worker64);
     if (has32) add(Build32, options.set, options.worker32);
     if (options.set == "auto") {
+        add(Avx2Build64, "avx2", options.worker64);
         add(Ssse3Build64, "ssse3", options.worker64);
+        if (has32) add(Avx2Build32, "avx2", options.worker32);
         if (has32) add(Ssse3Build32, "ssse3", options.worker32);
     }
     return own;
@@ -122,7 +127,7 @@ void Write(const std::string& path, const std::string& text) {
     if (!file.flush()) throw std::runtime_error("cannot write " + path);
 }
 
-int Run(int argc, char** argv) {
+int Main(int argc, char** argv) {
     const Options options = Parse(argc, argv);
     const std::vector<Case> cases = ChosenCases(options);
     if (options.listsOnly) {
@@ -133,24 +138,27 @@ int Run(int argc, char** argv) {
     StayOnThisCore();
     const std::vector<Peer> peers = options.hasNoPeers ? std::vector<Peer>{} : FoundPeers();
     const std::vector<OwnContestant> own = OwnContestants(options);
-    Results results;
-    results.processor = ProcessorName();
-    results.operations =
-        options.set == "auto" ? own.front().worker->Ask("operations") : options.set;
-    results.rounds = options.rounds;
-    for (const Peer& peer : peers) results.peerNames.push_back(peer.name + (' ' + peer.version));
+    Run run;
+    run.processor = ProcessorName();
+    run.operations = options.set == "auto" ? own.front().worker->Ask("operations") : options.set;
+    run.rounds = options.rounds;
+    for (const Peer& peer : peers) run.peerNames.push_back(peer.name + (' ' + peer.version));
     const bool showsProgress = isatty(STDERR_FILENO);
     for (const Case& work : cases) {
         if (showsProgress) {
-            std::fprintf(stderr, "\r\033[K%zu of %zu: %s", results.cases.size() + 1, cases.size(),
+            std::fprintf(stderr, "\r\033[K%zu of %zu: %s", run.cold.cases.size() + 1, cases.size(),
                          TextOf(work).c_str());
         }
-        results.cases.push_back(Measure(work, own, peers, options.rounds));
+        Measure(run, work, own, peers);
+    }
+    if (options.filters.empty() || options.hasCosts) {
+        if (showsProgress) std::fputs("\r\033[KWhat frames cost", stderr);
+        run.costs = MeasureCosts(own, run.rounds);
     }
     if (showsProgress) std::fputs("\r\033[K", stderr);
-    std::fputs(TextReport(results).c_str(), stdout);
-    Write(options.json, JsonReport(results));
-    Write(options.svg, SvgChart(results));
+    std::fputs(TextReport(run).c_str(), stdout);
+    Write(options.json, JsonReport(run));
+    Write(options.svg, SvgChart(run));
     return 0;
 }
 
@@ -159,7 +167,7 @@ int Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
     try {
-        return tavo::bench::Run(argc, argv);
+        return tavo::bench::Main(argc, argv);
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s\n", failure.what());
         return 1;

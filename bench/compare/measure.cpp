@@ -13,16 +13,24 @@
 namespace tavo::bench {
 namespace {
 
+using Round = std::function<double(Caches)>;
+
 struct Contestant {
-    std::function<double()> round;
+    Round round;
     // Where the median goes.
     std::function<void(CaseResult&, double)> store;
-    std::vector<double> times;
+    std::vector<double> cold;
+    std::vector<double> hot;
 };
 
-std::function<double()> RoundsOf(std::function<void()> call) {
-    return [watch = std::make_shared<Stopwatch<std::function<void()>>>(std::move(call))] {
-        return watch->Round();
+Round RoundsOf(std::function<void()> call) {
+    return [watch = std::make_shared<Stopwatch<std::function<void()>>>(std::move(call))](
+               Caches caches) { return watch->Round(caches); };
+}
+
+Round RoundsOf(Worker& worker) {
+    return [&worker](Caches caches) {
+        return std::stod(worker.Ask(caches == Caches::Cold ? "cold round" : "round"));
     };
 }
 
@@ -33,12 +41,6 @@ std::string RequestFor(const Case& work, const std::string& set) {
     return std::string(work.Info().name) + ' ' + NameOf(work.method) +
            size(work.sizes.srcWidth, work.sizes.srcHeight) +
            size(work.sizes.dstWidth, work.sizes.dstHeight) + " set=" + set;
-}
-
-// The instruction sets that cases are held to are asked for on both axes only.
-bool TakesPart(const OwnContestant& own, const Case& work) {
-    if (own.build == Build64 || own.build == Build32) return true;
-    return work.method == Method::Bilinear && work.Mode() == AxisMode::Both;
 }
 
 // Where rows keep their width and samples are whole bytes, any scaler of planes will do.
@@ -62,6 +64,7 @@ void AddWays(std::vector<Contestant>& contestants, const Peer& peer, size_t inde
                                    [index, setting](CaseResult& result, double nanoseconds) {
                                        result.peers.push_back({index, setting, nanoseconds});
                                    },
+                                   {},
                                    {}});
         }
     } catch (const std::exception& failure) {
@@ -73,16 +76,17 @@ std::vector<Contestant> ContestantsFor(const Case& work, const std::vector<OwnCo
                                        const std::vector<Peer>& peers) {
     std::vector<Contestant> contestants;
     for (const OwnContestant& one : own) {
-        if (!TakesPart(one, work)) continue;
         one.worker->Ask(RequestFor(work, one.set));
         contestants.push_back(
-            {[worker = one.worker.get()] { return std::stod(worker->Ask("round")); },
+            {RoundsOf(*one.worker),
              [build = one.build](CaseResult& result, double time) { result.ours[build] = time; },
+             {},
              {}});
     }
     const auto limit = std::make_shared<MemoryLimit>(work.Info(), work.sizes);
     contestants.push_back({RoundsOf([limit] { limit->Run(); }),
                            [](CaseResult& result, double time) { result.memory = time; },
+                           {},
                            {}});
     const std::optional<Case> bytes = AsBytes(work);
     for (size_t i = 0; i < peers.size(); ++i) {
@@ -90,6 +94,21 @@ std::vector<Contestant> ContestantsFor(const Case& work, const std::vector<OwnCo
         if (bytes) AddWays(contestants, peers[i], i, *bytes, ", on bytes");
     }
     return contestants;
+}
+
+// Adds the time of so many planes or pictures.
+void AddCost(FrameCost& cost, const Case& work, int count, const std::vector<OwnContestant>& own,
+             int rounds) {
+    std::vector<std::vector<double>> times(own.size());
+    for (const OwnContestant& one : own) one.worker->Ask(RequestFor(work, one.set));
+    for (int round = 0; round < rounds; ++round) {
+        for (size_t i = 0; i < own.size(); ++i) {
+            times[i].push_back(RoundsOf(*own[i].worker)(Caches::Cold));
+        }
+    }
+    for (size_t i = 0; i < own.size(); ++i) {
+        cost.nanoseconds[own[i].build] += count * Median(times[i]);
+    }
 }
 
 }  // namespace
@@ -108,20 +127,41 @@ std::vector<Case> AllCases() {
     return cases;
 }
 
-CaseResult Measure(const Case& work, const std::vector<OwnContestant>& own,
-                   const std::vector<Peer>& peers, int rounds) {
+void Measure(Run& run, const Case& work, const std::vector<OwnContestant>& own,
+             const std::vector<Peer>& peers) {
     std::vector<Contestant> contestants = ContestantsFor(work, own, peers);
-    for (int round = 0; round < rounds; ++round) {
+    for (int round = 0; round < run.rounds; ++round) {
         for (Contestant& contestant : contestants) {
-            contestant.times.push_back(contestant.round());
+            contestant.cold.push_back(contestant.round(Caches::Cold));
+            contestant.hot.push_back(contestant.round(Caches::Hot));
         }
     }
-    CaseResult result{};
-    result.work = work;
+    CaseResult cold{};
+    CaseResult hot{};
+    cold.work = hot.work = work;
     for (const Contestant& contestant : contestants) {
-        contestant.store(result, Median(contestant.times));
+        contestant.store(cold, Median(contestant.cold));
+        contestant.store(hot, Median(contestant.hot));
     }
-    return result;
+    run.cold.cases.push_back(cold);
+    run.hot.cases.push_back(hot);
+}
+
+std::vector<FrameCost> MeasureCosts(const std::vector<OwnContestant>& own, int rounds) {
+    std::vector<FrameCost> costs;
+    for (const Sizes& sizes : kCommonChanges) {
+        for (const FamilyInfo& info : kFamilies) {
+            const bool isPlanar = info.family == Family::Planar;
+            FrameCost cost{isPlanar ? "I420" : info.name, sizes, {}};
+            // Two planes of chroma have half the width and half the height.
+            const Sizes chroma = {sizes.srcWidth / 2, sizes.srcHeight / 2, sizes.dstWidth / 2,
+                                  sizes.dstHeight / 2};
+            AddCost(cost, {info.family, Method::Bilinear, sizes}, 1, own, rounds);
+            if (isPlanar) AddCost(cost, {info.family, Method::Bilinear, chroma}, 2, own, rounds);
+            costs.push_back(cost);
+        }
+    }
+    return costs;
 }
 
 }  // namespace tavo::bench

@@ -22,8 +22,12 @@ struct OwnContestant {
 // All the cases there are.
 std::vector<Case> AllCases();
 
-// Says on the standard error what a peer refuses, and goes on without it.
-CaseResult Measure(const Case& work, const std::vector<OwnContestant>& own,
-                   const std::vector<Peer>& peers, int rounds);
+// Adds the case to both results. Says on the standard error what a peer refuses, and goes on
+// without it.
+void Measure(Run& run, const Case& work, const std::vector<OwnContestant>& own,
+             const std::vector<Peer>& peers);
+
+// What a frame of each format costs.
+std::vector<FrameCost> MeasureCosts(const std::vector<OwnContestant>& own, int rounds);
 
 }  // namespace tavo::bench

@@ -8,13 +8,13 @@
 
 namespace tavo::bench {
 
-// Means, the floors and the whole table, aligned for a fixed-width font.
-std::string TextReport(const Results& results);
+// Means, what frames cost, the floors and the whole tables, aligned for a fixed-width font.
+std::string TextReport(const Run& run);
 
-std::string JsonReport(const Results& results);
+std::string JsonReport(const Run& run);
 
-// Bars of the ratio to the best peer, by family and axis mode.
-std::string SvgChart(const Results& results);
+// Bars of the ratio to the best peer, by family and axis mode, with cold pictures.
+std::string SvgChart(const Run& run);
 
 // printf into a string.
 [[gnu::format(printf, 1, 2)]] std::string Format(const char* format, ...);

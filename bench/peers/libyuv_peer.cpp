@@ -21,8 +21,10 @@ void Check(int status) {
 struct Pictures {
     explicit Pictures(const Case& work, int32_t bytesPerPixel = 0)
         : sizes(work.sizes),
-          src(StrideOf(work, bytesPerPixel, work.sizes.srcWidth), work.sizes.srcHeight),
-          dst(StrideOf(work, bytesPerPixel, work.sizes.dstWidth), work.sizes.dstHeight) {}
+          src(StrideOf(work, bytesPerPixel, work.sizes.srcWidth), work.sizes.srcHeight,
+              bytesPerPixel ? Picture::Use::Scratch : Picture::Use::Source),
+          dst(StrideOf(work, bytesPerPixel, work.sizes.dstWidth), work.sizes.dstHeight,
+              bytesPerPixel ? Picture::Use::Scratch : Picture::Use::Destination) {}
 
     Sizes sizes;
     Picture src;

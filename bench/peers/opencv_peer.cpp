@@ -15,34 +15,42 @@ class Job {
     Job(const Case& work, int type)
         : interpolation_(work.method == Method::Bilinear ? cv::INTER_LINEAR : cv::INTER_NEAREST),
           sizes_(work.sizes),
-          src_(work.Info().Stride(sizes_.srcWidth), sizes_.srcHeight),
-          dst_(work.Info().Stride(sizes_.dstWidth), sizes_.dstHeight),
-          from_(sizes_.srcHeight, sizes_.srcWidth, type, src_.Data(),
-                static_cast<size_t>(src_.Stride())),
-          to_(sizes_.dstHeight, sizes_.dstWidth, type, dst_.Data(),
-              static_cast<size_t>(dst_.Stride())) {}
+          type_(type),
+          src_(work.Info().Stride(sizes_.srcWidth), sizes_.srcHeight, Picture::Use::Source),
+          dst_(work.Info().Stride(sizes_.dstWidth), sizes_.dstHeight, Picture::Use::Destination) {}
 
-    void Resize() {
-        if (from_.size() == to_.size()) {
-            from_.copyTo(to_);
+    void Resize() const {
+        const cv::Mat from = Source();
+        cv::Mat to = Destination();
+        if (from.size() == to.size()) {
+            from.copyTo(to);
         } else {
-            cv::resize(from_, to_, to_.size(), 0, 0, interpolation_);
+            cv::resize(from, to, to.size(), 0, 0, interpolation_);
         }
     }
 
     void ResizeThrough(int unpack, int pack) {
-        cv::cvtColor(from_, unpacked_, unpack);
-        cv::resize(unpacked_, resized_, to_.size(), 0, 0, interpolation_);
-        cv::cvtColor(resized_, to_, pack);
+        cv::Mat to = Destination();
+        cv::cvtColor(Source(), unpacked_, unpack);
+        cv::resize(unpacked_, resized_, to.size(), 0, 0, interpolation_);
+        cv::cvtColor(resized_, to, pack);
     }
 
   private:
+    cv::Mat Source() const {
+        return {sizes_.srcHeight, sizes_.srcWidth, type_, src_.Data(),
+                static_cast<size_t>(src_.Stride())};
+    }
+    cv::Mat Destination() const {
+        return {sizes_.dstHeight, sizes_.dstWidth, type_, dst_.Data(),
+                static_cast<size_t>(dst_.Stride())};
+    }
+
     int interpolation_;
     Sizes sizes_;
+    int type_;
     Picture src_;
     Picture dst_;
-    cv::Mat from_;
-    cv::Mat to_;
     cv::Mat unpacked_;
     cv::Mat resized_;
 };

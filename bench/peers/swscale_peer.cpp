@@ -32,8 +32,10 @@ class Job {
   public:
     Job(const Case& work, int flags)
         : sizes_(work.sizes),
-          src_(Picture::Aligned(work.Info().RowBytes(sizes_.srcWidth), sizes_.srcHeight)),
-          dst_(Picture::Aligned(work.Info().RowBytes(sizes_.dstWidth), sizes_.dstHeight)) {
+          src_(Picture::Aligned(work.Info().RowBytes(sizes_.srcWidth), sizes_.srcHeight,
+                                Picture::Use::Source)),
+          dst_(Picture::Aligned(work.Info().RowBytes(sizes_.dstWidth), sizes_.dstHeight,
+                                Picture::Use::Destination)) {
         const AVPixelFormat format = FormatOf(work.family);
         context_.reset(sws_getContext(sizes_.srcWidth, sizes_.srcHeight, format, sizes_.dstWidth,
                                       sizes_.dstHeight, format, flags, nullptr, nullptr, nullptr));

@@ -14,10 +14,12 @@ namespace {
 class Job {
   public:
     Job(const Case& work, zimg_pixel_type_e type, zimg_cpu_type_e cpu)
-        : src_(Picture::Aligned(work.Info().RowBytes(work.sizes.srcWidth), work.sizes.srcHeight)),
-          dst_(Picture::Aligned(work.Info().RowBytes(work.sizes.dstWidth), work.sizes.dstHeight)),
+        : src_(Picture::Aligned(work.Info().RowBytes(work.sizes.srcWidth), work.sizes.srcHeight,
+                                Picture::Use::Source)),
+          dst_(Picture::Aligned(work.Info().RowBytes(work.sizes.dstWidth), work.sizes.dstHeight,
+                                Picture::Use::Destination)),
           graph_(Build(work, type, cpu)),
-          scratch_(Picture::Aligned(ScratchBytes(), 1)) {}
+          scratch_(Picture::Aligned(ScratchBytes(), 1, Picture::Use::Scratch)) {}
 
     void operator()() const {
         zimg_image_buffer_const from{};
