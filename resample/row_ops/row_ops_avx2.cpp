@@ -37,6 +37,12 @@ struct Avx2 {
         return _mm256_shuffle_epi8(parts, control);
     }
 
+    // A shuffle gives 0 where the upper bit of the control is set.
+    static Reg ShuffleTwo(Reg low, Reg high, Reg control) {
+        return Or(Shuffle(low, _mm256_adds_epu8(control, Set8(0x70))),
+                  Shuffle(high, _mm256_sub_epi8(control, Set8(16))));
+    }
+
     static Reg Set8(uint8_t value) { return _mm256_set1_epi8(static_cast<char>(value)); }
     static Reg Set16(int16_t value) { return _mm256_set1_epi16(value); }
     static Reg And(Reg a, Reg b) { return _mm256_and_si256(a, b); }

@@ -25,6 +25,11 @@ struct Neon {
         return vqtbl1q_u8(vcombine_u8(vld1_u8(row + *low), vld1_u8(row + *high)), control);
     }
 
+    static Reg ShuffleTwo(Reg low, Reg high, Reg control) {
+        const uint8x16x2_t both = {{low, high}};
+        return vqtbl2q_u8(both, control);
+    }
+
     static Reg Set8(uint8_t value) { return vdupq_n_u8(value); }
     static Reg Set16(int16_t value) { return FromSigned(vdupq_n_s16(value)); }
     static Reg And(Reg a, Reg b) { return vandq_u8(a, b); }

@@ -27,6 +27,12 @@ struct Ssse3 {
         return _mm_shuffle_epi8(halves, control);
     }
 
+    // A shuffle gives 0 where the upper bit of the control is set.
+    static Reg ShuffleTwo(Reg low, Reg high, Reg control) {
+        return Or(Shuffle(low, _mm_adds_epu8(control, Set8(0x70))),
+                  Shuffle(high, _mm_sub_epi8(control, Set8(16))));
+    }
+
     static Reg Set8(uint8_t value) { return _mm_set1_epi8(static_cast<char>(value)); }
     static Reg Set16(int16_t value) { return _mm_set1_epi16(value); }
     static Reg And(Reg a, Reg b) { return _mm_and_si128(a, b); }

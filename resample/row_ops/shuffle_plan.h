@@ -1,7 +1,7 @@
 // Plans for instruction sets with a byte shuffle. Destination bytes are planned in tiles of eight.
-// A tile loads one window of sixteen source bytes, or two windows of eight, and a shuffle puts them
-// in place for the blend. If a shuffle reaches across the whole register, all tiles of a register
-// load one common window, as long as the register or twice that.
+// A tile loads one window of sixteen source bytes, two windows of eight, or two of sixteen, and a
+// shuffle puts them in place for the blend. If a shuffle reaches across the whole register, all
+// tiles of a register load one common window, as long as the register or twice that.
 //
 // A blend is the sum a * (256 - w) + b * w. Bytes are biased to value - 128, so that the 16-bit sum
 // cannot overflow. A weight of 256 does not fit a byte: where w is 0, the same byte is taken twice
@@ -45,7 +45,7 @@ struct ShuffleStep {
     static_assert(64 % kStepBytes<V> == 0);
 };
 
-enum Window : int32_t { NoWindow, OneWindow, TwoWindows };
+enum Window : int32_t { NoWindow, OneWindow, TwoWindows, WideWindows };
 
 template <typename V>
 ShuffleStep<V>* StepsOf(const ColumnPlan& plan) {
@@ -154,16 +154,19 @@ bool PlaceTile(ShuffleStep<V>& step, int32_t tile, const ByteSources& sources, i
     if (window == OneWindow) {
         return PlaceWindow(SpanOf(sources, byte, 8), 16, rowBytes, &step.low[position]);
     }
-    return PlaceWindow(SpanOf(sources, byte, 4), 8, rowBytes, &step.low[position]) &&
-           PlaceWindow(SpanOf(sources, byte + 4, 4), 8, rowBytes, &step.high[position]);
+    const int32_t size = window == TwoWindows ? 8 : 16;
+    return PlaceWindow(SpanOf(sources, byte, 4), size, rowBytes, &step.low[position]) &&
+           PlaceWindow(SpanOf(sources, byte + 4, 4), size, rowBytes, &step.high[position]);
 }
 
 // Where a source byte is in what a tile loads.
 template <typename V>
 uint8_t PlaceInTile(const ShuffleStep<V>& step, int32_t position, int32_t window, int32_t i,
                     int32_t at) {
-    const bool isHigh = !V::kSharesWindow && window == TwoWindows && i >= 4;
-    return static_cast<uint8_t>(isHigh ? at - step.high[position] + 8 : at - step.low[position]);
+    const bool isHigh = !V::kSharesWindow && window != OneWindow && i >= 4;
+    const int32_t highPlace = window == TwoWindows ? 8 : 16;
+    return static_cast<uint8_t>(isHigh ? at - step.high[position] + highPlace
+                                       : at - step.low[position]);
 }
 
 // Fills the tables of a step. False if columns lie too far apart for these windows.
@@ -205,7 +208,8 @@ bool PlanWindows(ColumnPlan& plan, const Bytes& bytes, int32_t window, int32_t r
     return true;
 }
 
-// Makes a plan with one window a tile, or two, or without tables where columns lie too far apart.
+// Makes a plan with the least windows that will do, or without tables where columns lie too far
+// apart.
 // fill(shuffle, weights, i, place, next, weight) sets byte i of a tile: `place` and `next` are
 // where the byte and the one that it is mixed with are in what the tile loads.
 template <typename V, typename Bytes, typename Fill>
@@ -213,7 +217,8 @@ void PlanTiles(ColumnPlan& plan, const ColumnRun& columns, const Bytes& bytes, i
                Fill fill) {
     plan.columns = columns;
     plan.window = NoWindow;
-    for (int32_t window = OneWindow; window <= TwoWindows; ++window) {
+    constexpr int32_t kWidest = V::kSharesWindow ? TwoWindows : WideWindows;
+    for (int32_t window = OneWindow; window <= kWidest; ++window) {
         if (!PlanWindows<V>(plan, bytes, window, rowBytes, fill)) continue;
         plan.window = window;
         return;

@@ -34,6 +34,10 @@ concept ShuffleRegister = requires(typename V::Reg a, typename V::Reg b, uint8_t
     // from + high[part]; where they are shared, two registers from from + low[0] on.
     a = V::ShuffleTwoWindows(from, low, high, b);
 
+    // Of two registers, part by part: byte i of the result is byte b[i] of both parts, one after
+    // the other. Not needed where windows are shared.
+    requires V::kSharesWindow || requires { a = V::ShuffleTwo(a, a, b); };
+
     // The same in all lanes.
     a = V::Set8(uint8_t{});
     a = V::Set16(int16_t{});

@@ -85,8 +85,11 @@ struct ShuffleRegisters {
         const Reg control = V::Load(step.shuffle[position]);
         if constexpr (kWindow == OneWindow) {
             return V::Shuffle(V::LoadWindows(row, &step.low[position]), control);
-        } else {
+        } else if constexpr (kWindow == TwoWindows) {
             return V::ShuffleTwoWindows(row, &step.low[position], &step.high[position], control);
+        } else {
+            return V::ShuffleTwo(V::LoadWindows(row, &step.low[position]),
+                                 V::LoadWindows(row, &step.high[position]), control);
         }
     }
 
@@ -108,8 +111,13 @@ struct ShuffleRegisters {
         switch (plan.window) {
             case OneWindow: return StoreTiles<OneWindow>(dst, row, plan, bytes, bytesOf);
             case TwoWindows: return StoreTiles<TwoWindows>(dst, row, plan, bytes, bytesOf);
-            default: return plain();
         }
+        if constexpr (!V::kSharesWindow) {
+            if (plan.window == WideWindows) {
+                return StoreTiles<WideWindows>(dst, row, plan, bytes, bytesOf);
+            }
+        }
+        plain();
     }
 };
 
