@@ -9,6 +9,7 @@
 #include "regulator/frame_duration.h"
 #include "regulator/stream_time.h"
 #include "tests/regulator/random_samples.h"
+#include "tests/regulator/regulated_stream.h"
 #include "tests/regulator/regulator_model.h"
 
 using namespace tavo_test;
@@ -19,62 +20,6 @@ using tavo::TimeWindow;
 namespace {
 
 constexpr int64_t kMs = 10'000;
-
-// What the filter does around the regulator, with numbers for pictures.
-class RegulatedStream {
-  public:
-    using Downstream = RegulatorModel::Downstream;
-
-    void SetRate(double fps) { duration_ = tavo::FrameDuration(fps); }
-    void Start(int64_t clock) {
-        regulator_.Restart();
-        frames_ = 0;
-        time_.Forget();
-        if (duration_ > 0) time_.Begin(clock);
-    }
-    int32_t Receive(const InputSample& sample, const Downstream& downstream) {
-        int32_t result = sample.discontinuity;
-        const TimeWindow window = WindowOf(sample);
-        int64_t duration = duration_;
-        while (duration > 0 && regulator_.HasSlotIn(window)) {
-            regulator_.BeginSlot(window, duration);
-            result = downstream(MakeFrame(sample));
-            ++frames_;
-            regulator_.EndSlot(duration_ > 0 ? duration_ : duration);
-            duration = duration_;
-        }
-        return result;
-    }
-    bool IsOn() const { return duration_ > 0; }
-
-  private:
-    TimeWindow WindowOf(const InputSample& sample) {
-        if (sample.start && sample.stop) return {*sample.start, *sample.stop};
-        if (!time_.HasBegun()) time_.Begin(sample.clock);
-        const int64_t now = time_.At(sample.clock);
-        return {now >= duration_ ? now - duration_ : now, now};
-    }
-    OutputFrame MakeFrame(const InputSample& sample) {
-        if (regulator_.Branch() == FrameBranch::ScaleAndKeep) {
-            kept_ = sample.picture;
-            regulator_.MarkPictureKept();
-        } else {
-            EXPECT_EQ(regulator_.Branch(), FrameBranch::Repeat);
-        }
-        OutputFrame frame;
-        frame.picture = kept_;
-        frame.time = {regulator_.Slot().start, regulator_.Slot().end};
-        frame.syncPoint = true;
-        if (sample.mediaTime) frame.mediaTime = {frames_, frames_ + 1};
-        return frame;
-    }
-
-    TimeRegulator regulator_;
-    tavo::StreamTime time_;
-    int64_t duration_ = 0;
-    int64_t frames_ = 0;
-    int kept_ = -1;
-};
 
 struct Totals {
     int64_t frames = 0;
@@ -112,6 +57,7 @@ void CompareOneStream(uint32_t seed, Totals& totals) {
         ASSERT_TRUE(got == expected) << "seed " << seed << ", picture " << picture;
         totals.frames += static_cast<int64_t>(got.size());
         if (got.empty()) ++totals.dropped;
+        ASSERT_TRUE(stream.HasKnownBranchesOnly());
         if (got.size() > 1) totals.repeats += static_cast<int64_t>(got.size()) - 1;
     }
 }
