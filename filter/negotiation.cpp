@@ -66,13 +66,15 @@ HRESULT CVantrelFilter::SetMediaType(PIN_DIRECTION direction, const CMediaType* 
     if (direction == PINDIR_INPUT) {
         result = SetInputType(*type);
     } else {
-        result = SetOutputType(*type, ReadPicture(*type));
+        CMediaType offered;
+        result = offered.Set(*type);
+        if (SUCCEEDED(result)) result = SetOutputType(*type, ReadPicture(*type));
         if (SUCCEEDED(result)) {
             statistics_.ResetCounts();
             // Not when a sample's buffer brings the type: the stream goes on then.
             CAutoLock streamingLock(&m_csReceive);
             regulator_.RestartSlots();
-            offeredType_.Set(*type);
+            SwapTypes(offeredType_, offered);
             ForgetPostedType();
         }
     }

@@ -177,6 +177,7 @@ TEST_F(FailingAllocationsTest, JoiningAGraph) {
             if (info.pGraph) info.pGraph->Release();
         }
         ExpectWorks(rig);
+        rig.Stop();
         EXPECT_EQ(rig.settings->ApplySettings(), 0) << "there is no graph to ask";
     });
 }

@@ -70,7 +70,7 @@ TEST_F(FilterLockTest, IsNotNeededForAnySample) {
     // One that needs the lock waits: it is really held.
     std::atomic<bool> asked = false;
     std::thread asker([&] {
-        rig.ConnectionTypeOf(rig.input.Get());
+        rig.filter->SetSyncSource(nullptr);
         asked = true;
     });
 

@@ -33,6 +33,8 @@ BusyStream::BusyStream(const KnownFrames& known, unsigned seed, bool isRegulated
     rig_.settings->SetFrameRate(isRegulated ? 25.0 : 0.0);
     EXPECT_EQ(rig_.filter->SetSyncSource(&clock_), S_OK);
     EXPECT_EQ(rig_.Connect(known_.SourceType(0)), S_OK);
+    // From now on sizes change by types on samples and buffers, never by ApplySettings.
+    rig_.sink->pin().config.queryAccept = S_FALSE;
     references_ = RefCount(rig_.filter.Get());
     EXPECT_EQ(rig_.Start(), S_OK);
 }
