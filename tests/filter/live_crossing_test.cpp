@@ -14,6 +14,7 @@ struct Scenario {
     SinkConfig (*sink)();
     std::vector<Surface> surfaces;
     bool sourceChanges = false;
+    bool sourceAsksFirst = false;
 };
 
 class LiveChangeTest : public FilterTest {
@@ -22,27 +23,35 @@ class LiveChangeTest : public FilterTest {
     void Run(const PixelFormat& format, const Scenario& scenario, double fps);
 };
 
-// Pictures of one source size, and what they must become.
+// Pictures of one source size, and what they must become. Planes whose rows can be padded are.
 class Pictures {
   public:
-    Pictures(const PixelFormat& format, Size from) : format_(format), from_(from) {
+    Pictures(const PixelFormat& format, Size from)
+        : format_(format), from_(from), isPlanar_(format.layout == Layout::kPlanar) {
         for (uint32_t i = 0; i < 3; ++i) {
-            frames_.push_back(RandomFrame(format, from.width, from.height, i + 1));
+            tight_.push_back(RandomFrame(format, from.width, from.height, i + 1));
+            sent_.push_back(isPlanar_ ? PadRows(format, from, tight_[i]) : tight_[i]);
         }
     }
-    Size Source() const { return from_; }
-    const std::vector<BYTE>& Frame(size_t number) const { return frames_[number % 3]; }
+    MediaType Type() const {
+        return isPlanar_ ? PaddedTypeOf(format_, from_)
+                         : TypeOf(format_, from_.width, from_.height);
+    }
+    const std::vector<BYTE>& Frame(size_t number) const { return sent_[number % 3]; }
     const Expected& At(size_t number, Size to) {
         const auto key = std::tuple(number % 3, to.width, to.height);
         const auto found = wanted_.find(key);
         if (found != wanted_.end()) return found->second;
-        return wanted_.emplace(key, NearestFrame(format_, Frame(number), from_, to)).first->second;
+        return wanted_.emplace(key, NearestFrame(format_, tight_[number % 3], from_, to))
+            .first->second;
     }
 
   private:
     const PixelFormat& format_;
     const Size from_;
-    std::vector<std::vector<BYTE>> frames_;
+    const bool isPlanar_;
+    std::vector<std::vector<BYTE>> tight_;
+    std::vector<std::vector<BYTE>> sent_;
     std::map<std::tuple<size_t, int, int>, Expected> wanted_;
 };
 
@@ -70,7 +79,10 @@ void LiveChangeTest::Run(const PixelFormat& format, const Scenario& scenario, do
         SampleSpec spec = FrameAt(i, source.Frame(i));
         spec.freestanding = SampleConfig{.size = static_cast<long>(spec.bytes.size())};
         if (scenario.sourceChanges) {
-            spec.type = TypeOf(format, source.Source().width, source.Source().height);
+            spec.type = source.Type();
+        }
+        if (scenario.sourceAsksFirst) {
+            ASSERT_EQ(rig.input->QueryAccept(source.Type().Get()), S_OK);
         }
         ASSERT_EQ(rig.Deliver(spec), S_OK) << i;
         ASSERT_EQ(rig.OutputSize(), std::pair(sizeOf(i).width, sizeOf(i).height)) << i;
@@ -94,10 +106,10 @@ void LiveChangeTest::Run(const PixelFormat& format, const Scenario& scenario, do
 
 TEST_F(LiveChangeTest, EveryFormatAndSinkTakesTwoHundredChanges) {
     const Scenario scenarios[] = {
-        {"large buffers", RoomySink, {}, false},
+        {"large buffers", RoomySink, {}},
         {"exact buffers", ExactSink, {}, true},
-        {"an overlay", OverlaySink, {}, false},
-        {"surfaces", RoomySink, {{8}, {24, true}, {24}}, true},
+        {"an overlay", OverlaySink, {}},
+        {"surfaces", RoomySink, {{8}, {24, true}, {24}}, true, true},
     };
     for (const PixelFormat& format : AllFormats()) {
         for (const Scenario& scenario : scenarios) {

@@ -12,22 +12,6 @@ namespace {
 
 class PaddedPlanesTest : public FilterTest {};
 
-// The samples of a tight frame in padded rows, with other bytes between them.
-std::vector<BYTE> PadRows(const PixelFormat& format, Size size, const std::vector<BYTE>& tight) {
-    std::vector<BYTE> frame(static_cast<size_t>(PaddedBytes(format, size)), BYTE{0xEE});
-    size_t at = 0;
-    for (int i = 0; i < 3; ++i) {
-        const Plane plane = PlaneOf(format, i, size.width, size.height);
-        const PaddedPlane padded = PaddedPlaneOf(format, i, size);
-        for (int row = 0; row < plane.height; ++row) {
-            std::copy_n(tight.begin() + plane.offset + int64_t{row} * plane.width, plane.width,
-                        frame.begin() + static_cast<ptrdiff_t>(at) + row * padded.pitch);
-        }
-        at += static_cast<size_t>(padded.pitch) * padded.rows;
-    }
-    return frame;
-}
-
 // A source whose buffers hold one frame between protected pages.
 struct SourceRig : FilterRig {
     SourceRig(const MediaType& type, long bufferBytes, Size to)

@@ -1,6 +1,8 @@
 // Media types of the test pictures.
 #include "tests/filter/support/pictures.h"
 
+#include <algorithm>
+
 namespace tavo_test {
 namespace {
 
@@ -53,6 +55,21 @@ MediaType PaddedTypeOf(const PixelFormat& format, Size size, int heightSign, con
     VideoSpec spec = SpecOf(format, size.width, size.height * heightSign, block);
     spec.sizeImage = static_cast<DWORD>(PaddedBytes(format, size));
     return MakeVideoType(spec);
+}
+
+std::vector<BYTE> PadRows(const PixelFormat& format, Size size, const std::vector<BYTE>& tight) {
+    std::vector<BYTE> frame(static_cast<size_t>(PaddedBytes(format, size)), BYTE{0xEE});
+    size_t at = 0;
+    for (int i = 0; i < 3; ++i) {
+        const Plane plane = PlaneOf(format, i, size.width, size.height);
+        const PaddedPlane padded = PaddedPlaneOf(format, i, size);
+        for (int row = 0; row < plane.height; ++row) {
+            std::copy_n(tight.begin() + plane.offset + int64_t{row} * plane.width, plane.width,
+                        frame.begin() + static_cast<ptrdiff_t>(at) + row * padded.pitch);
+        }
+        at += static_cast<size_t>(padded.pitch) * padded.rows;
+    }
+    return frame;
 }
 
 }  // namespace tavo_test

@@ -27,4 +27,7 @@ long PaddedBytes(const PixelFormat& format, Size size);
 MediaType PaddedTypeOf(const PixelFormat& format, Size size, int heightSign = 1,
                        const GUID& block = FORMAT_VideoInfo);
 
+// The samples of a tight frame in padded rows, with other bytes between them.
+std::vector<BYTE> PadRows(const PixelFormat& format, Size size, const std::vector<BYTE>& tight);
+
 }  // namespace tavo_test
