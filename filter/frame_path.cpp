@@ -9,11 +9,10 @@
 //                                     ApplySettings has posted.
 //   3. CTransformFilter::Receive      the base: takes a buffer of the sink's allocator and copies
 //                                     the sample's properties to it.
-//   4. CVantrelFilter::Transform      follows a type that the sink put on the buffer: a new size,
-//   or
-//                                     rows at the pitch of a surface. It scales or repeats, and
-//                                     stamps: regulated frames get the times of their slot, others
-//                                     the input's times and flags, a second time after 3.
+//   4. CVantrelFilter::Transform      follows a type that the sink put on the buffer, a new size
+//                                     or the pitch of a surface. It scales or repeats, and stamps:
+//                                     regulated frames get the times of their slot, others once
+//                                     more the input's times and flags, which 3 has copied.
 //   5. IMemInputPin::Receive          of the sink.
 
 #include "filter/vantrel_filter.h"
@@ -104,7 +103,8 @@ HRESULT CVantrelFilter::ProcessFrame(IMediaSample* input, IMediaSample* output) 
     return FAILED(stamped) ? stamped : result;
 }
 
-// A type on a sample counts from its frame on. Only this thread replaces the pins' types while
+// A type on a sample counts from its frame on. The output keeps its type and size: only the
+// conversion to it is built anew. Only this thread replaces the pins' types while
 // frames flow, so it may read them without a lock. The pin has tested the type already.
 HRESULT CVantrelFilter::FollowInputSampleType() {
     const AM_SAMPLE2_PROPERTIES& sample = *m_pInput->SampleProps();

@@ -108,7 +108,8 @@ void CVantrelFilter::TakeSizeWhereUnset(const Picture& source) {
                                 asked.height ? asked.height : source.height});
 }
 
-// Everything that can fail comes first: a type that cannot be followed leaves all as it was.
+// At connection, and on the streaming thread for a type on a sample. Everything that can fail comes
+// first: a type that cannot be followed leaves all as it was. An output that is settled stays.
 HRESULT CVantrelFilter::SetInputType(const CMediaType& type) {
     const Picture picture = ReadSourcePicture(type);
     HRESULT result = S_OK;
@@ -123,7 +124,7 @@ HRESULT CVantrelFilter::SetInputType(const CMediaType& type) {
         source = source_;
         output = output_;
     }
-    // Of an unknown format only that it is unknown is noted; the former size stays.
+    // For an unknown format: no format, and the former size.
     source.format = picture.format;
     if (picture.format) source = picture;
     std::unique_ptr<tavo::Conversion> conversion;

@@ -49,9 +49,9 @@ HRESULT CVantrelFilter::StopStreaming() {
 }
 
 // Comes while another thread may be inside Receive: the regulator's state is reset by that thread,
-// before its next sample. Also while the regulator is off: switched on again, it must not go on
-// with slots from before the flush. A stopped filter reads no time: it has no clock, and the next
-// start reads it anyway.
+// before its next sample. Reset even while the regulator is off: switched on again, it
+// would go on with slots from before the flush. A stopped filter reads no time: it has no clock,
+// and the next start reads it anyway.
 HRESULT CVantrelFilter::BeginFlush() {
     const HRESULT begun = CTransformFilter::BeginFlush();
     if (FAILED(begun)) return begun;
@@ -70,8 +70,9 @@ void CVantrelFilter::AbandonSample() {
     if (stopEvent_) SetEvent(stopEvent_);
 }
 
-// isResetPending_ also tells of a flush that has ended meanwhile. The event is not asked: a wait
-// that times out gives the processor away, once for every slot.
+// isResetPending_ catches a flush that began and ended during this sample: IsFlushing is false
+// again by then. The event is not asked: a wait that times out gives the processor away, once for
+// every slot.
 bool CVantrelFilter::SampleIsAbandoned() const {
     return isResetPending_ || isStopping_ || m_pInput->IsFlushing();
 }

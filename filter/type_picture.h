@@ -35,6 +35,6 @@ tavo::Picture ReadSourcePicture(const AM_MEDIA_TYPE& type);
 // far apart the rows lie. Any other states a new size.
 tavo::Picture ReadSurfacePicture(const AM_MEDIA_TYPE& type, const tavo::Picture& negotiated);
 
-// Whether a type leaves it to its first frame which layout the planes have: planar, of no stated
-// size.
+// Whether only the first frame tells the layout of the planes: a planar type whose biSizeImage is
+// 0.
 bool LeavesLayoutOpen(const AM_MEDIA_TYPE& type);

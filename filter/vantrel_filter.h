@@ -3,7 +3,7 @@
 //
 // Threads and locks. Settings and statistics are atomic values that anybody reads and writes
 // without a lock. The negotiated types are guarded by the settings lock, which is held for moments
-// only and is the innermost lock: whoever holds it asks for no other one, unless he holds that
+// only and is the innermost lock: while a thread holds it, it takes no lock that it does not hold
 // already. The conversion, with its maps and buffers, is guarded by the base class's streaming
 // lock, so it never changes under a frame in progress. The streaming thread never takes the filter
 // lock. A change of the output type while frames flow is posted under the settings lock, and made

@@ -46,7 +46,8 @@ class CVantrelOutputPin final : public CTransformOutputPin {
     HRESULT CheckMediaType(const CMediaType* type) override;
     HRESULT SetMediaType(const CMediaType* type) override;
 
-    // Exchanges `type`, which a sink has put on a buffer and the filter follows, and the pin's own.
+    // Swaps the pin's type with `type`, which the filter has taken over: from a sink's buffer, or
+    // applied while frames flow.
     void KeepType(CMediaType& type);
 
     // On the streaming thread, while connected.

@@ -107,14 +107,13 @@ bool Conversion::BuildBuffers() {
     const int64_t unpitchedBytes = KernelBytes(WithoutPitch(output_));
     // It always moves blocks, but for rows at a pitch.
     if (IsSameSize() && !IsPitched(output_) && SpillOfCopy(SlotBilinearAuto) != 0) {
-        return paddedSource_.Allocate(KernelBytes(source_)) &&
-               paddedOutput_.Allocate(unpitchedBytes);
+        return spillSource_.Allocate(KernelBytes(source_)) && spillOutput_.Allocate(unpitchedBytes);
     }
     bool spills = false;
     for (int32_t slot = 0; slot < kKernelSlots; ++slot) {
         spills = spills || ScaleSpill(selectKernel_(ChooseRow(), slot).scale) != 0;
     }
-    return !spills || paddedOutput_.Allocate(unpitchedBytes);
+    return !spills || spillOutput_.Allocate(unpitchedBytes);
 }
 
 bool Conversion::Scale(FrameSpan output, FrameSpan source, int32_t scaleMethod) {
@@ -130,13 +129,13 @@ bool Conversion::Scale(FrameSpan output, FrameSpan source, int32_t scaleMethod) 
     if (!currentKernel_) return false;
     const auto spill = static_cast<size_t>(ScaleSpill(currentKernel_));
     if (IsPitched(output_) && spill != 0) {
-        if (!paddedOutput_) return false;
+        if (!spillOutput_) return false;
         ScaleUnpitched(currentKernel_, output.data, source.data);
         return true;
     }
     const bool hasRoom = output.size >= outputBytes_ + spill;
-    if (!hasRoom && !paddedOutput_) return false;
-    uint8_t* const target = hasRoom ? output.data : paddedOutput_.Data();
+    if (!hasRoom && !spillOutput_) return false;
+    uint8_t* const target = hasRoom ? output.data : spillOutput_.Data();
     ScalePicture(currentKernel_, target, source.data);
     if (!hasRoom) std::memcpy(output.data, target, outputBytes_);
     return true;
@@ -182,13 +181,13 @@ void Conversion::ScalePicture(ScaleKernel kernel, uint8_t* output, const uint8_t
 void Conversion::ScaleUnpitched(ScaleKernel kernel, uint8_t* output, const uint8_t* source) {
     AxisMap map = *horizontalMap_;
     map.dstPitch = 0;
-    kernel(paddedOutput_.Data(), source, output_.width, output_.height, source_.width,
+    kernel(spillOutput_.Data(), source, output_.width, output_.height, source_.width,
            source_.height, &map, verticalMap_.get());
-    CopyPixels(output, output_, paddedOutput_.Data(), WithoutPitch(output_), RowOrder::Kept);
+    CopyPixels(output, output_, spillOutput_.Data(), WithoutPitch(output_), RowOrder::Kept);
 }
 
-// Past the end of the picture, in the source as in the output. The blocks past a luma plane stay
-// inside the frame as long as the chroma planes are not smaller than a block.
+// Bytes that a kernel touches past the picture, in the source as in the output. What it moves past
+// a luma plane lands in the chroma planes: it counts only where these are smaller than a block.
 size_t Conversion::SpillOfCopy(int32_t slot) const {
     const PictureFormat& format = *output_.format;
     const auto spill = static_cast<size_t>(
@@ -212,10 +211,10 @@ bool Conversion::Copy(FrameSpan output, FrameSpan source, int32_t slot) {
         CopyPicture(output.data, source.data, slot);
         return true;
     }
-    if (!paddedSource_ || !paddedOutput_) return false;
-    std::memcpy(paddedSource_.Data(), source.data, sourceBytes_);
-    CopyPicture(paddedOutput_.Data(), paddedSource_.Data(), slot);
-    std::memcpy(output.data, paddedOutput_.Data(), outputBytes_);
+    if (!spillSource_ || !spillOutput_) return false;
+    std::memcpy(spillSource_.Data(), source.data, sourceBytes_);
+    CopyPicture(spillOutput_.Data(), spillSource_.Data(), slot);
+    std::memcpy(output.data, spillOutput_.Data(), outputBytes_);
     return true;
 }
 

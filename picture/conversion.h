@@ -75,9 +75,9 @@ class Conversion {
     AxisMapPtr chromaVerticalMap_;
 
     FrameBuffer workBuffer_;
-    // Used in place of samples that have no room for what a kernel moves past the picture.
-    FrameBuffer paddedSource_;
-    FrameBuffer paddedOutput_;
+    // Stand in for samples without room for what a kernel moves past the picture.
+    FrameBuffer spillSource_;
+    FrameBuffer spillOutput_;
 
     ScaleKernel currentKernel_ = nullptr;
 };

@@ -31,7 +31,8 @@ inline bool IsPitched(const Picture& picture) { return picture.pitch > picture.w
 // exactly the size of padded frames, and not of tight ones too. No other padding is recognised.
 PlaneLayout LayoutOfFrameBytes(const Picture& picture, int64_t bytes);
 
-// Bytes from row to row as a media type states it.
+// Bytes that a media type counts for one row. Of planar formats those of all planes together (1.5
+// times the width for 4:2:0), so no distance between rows: planes.h has that.
 int64_t RowStride(FormatGroup group, int64_t width, int32_t bitsPerPixel);
 
 // The same of this picture, by the depth of its format: chroma planes have a part of it.

@@ -169,10 +169,10 @@ struct RowOps {
 // A kind of pixel: its operations in a set.
 using PixelKind = PixelOps PixelOpsTable::*;
 
-// The variant in a kernel's name: which bytes it gives, and the least processor that it needs. Here
-// it only tells the portable kernels from the others: Mmx and Sse run on the same operations, those
-// of the widest set that this processor has. What _SSE rounds differently is told to its driver as
-// a Rounding.
+// The variant in a kernel's name: not the instruction set that runs, but which bytes it gives, and
+// the least processor that it needs. Here it only tells the portable kernels from the others: Mmx
+// and Sse run on the same operations, those of the widest set that this processor has. What _SSE
+// rounds differently is told to its driver as a Rounding.
 enum class KernelVariant { Portable, Mmx, Sse };
 
 // What a variant runs on. Portable operations until others are set.

@@ -65,9 +65,9 @@ concept ShuffleRegister = requires(typename V::Reg a, typename V::Reg b, uint8_t
     // The reverse: 16-bit lanes to signed bytes, in each part those of a first.
     a = V::PackSigned(a, b);
 
-    // Of two registers of a step, in the order of the destination: the upper bytes of 16-bit lanes;
-    // the lower halves of all parts; the upper halves. Where instructions work within
-    // parts, PositionOf orders a plan's tiles so that the result is in this order all the same.
+    // These join the two registers of a step: the upper bytes of 16-bit lanes, the lower halves of
+    // all parts, the upper halves. They may work part by part: PositionOf orders a plan's tiles so
+    // that the result is in the order of the destination.
     a = V::HighBytes(a, b);
     a = V::LowHalves(a, b);
     a = V::HighHalves(a, b);
