@@ -171,9 +171,11 @@ class CVantrelFilter final : public CTransformFilter,
 
     // Where a flush meets the streaming thread.
     std::atomic<bool> isResetPending_{false};
-    // As the event below says.
+    // From the stop until the next start.
     std::atomic<bool> isStopping_{false};
 
-    HANDLE stopEvent_ = nullptr;  // manual reset; signalled from the stop until the next start
+    // Manual reset; signalled while isStopping_. Deliberate: the filter owns it, and nothing in it
+    // waits.
+    HANDLE stopEvent_ = nullptr;
     bool isTimerPeriodRaised_ = false;
 };
