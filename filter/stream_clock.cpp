@@ -12,16 +12,17 @@ void StreamClock::SetGraphClock(IReferenceClock* clock) {
     if (clock) clock->AddRef();
     {
         CAutoLock lock(&lock_);
-        REFERENCE_TIME before = 0;
-        REFERENCE_TIME after = 0;
-        const bool goesOn = streamTime_.HasBegun() && Read(&before);
+        REFERENCE_TIME now = 0;
+        if (streamTime_.HasBegun()) {
+            if (Read(&now)) {
+                streamTime_.Suspend(now);
+            } else {
+                streamTime_.Forget();
+            }
+        }
         former = graphClock_;
         graphClock_ = clock;
-        if (goesOn && Read(&after)) {
-            streamTime_.ChangeClock(before, after);
-        } else {
-            streamTime_.Forget();
-        }
+        if (streamTime_.IsSuspended() && Read(&now)) streamTime_.Begin(now);
     }
     if (former) former->Release();
 }
@@ -29,11 +30,8 @@ void StreamClock::SetGraphClock(IReferenceClock* clock) {
 void StreamClock::BeginStream() {
     CAutoLock lock(&lock_);
     REFERENCE_TIME now = 0;
-    if (Read(&now)) {
-        streamTime_.Begin(now);
-    } else {
-        streamTime_.Forget();
-    }
+    streamTime_.Forget();
+    if (Read(&now)) streamTime_.Begin(now);
 }
 
 void StreamClock::ForgetStream() {
@@ -43,9 +41,10 @@ void StreamClock::ForgetStream() {
 
 REFERENCE_TIME StreamClock::Now() {
     CAutoLock lock(&lock_);
-    if (!streamTime_.HasBegun()) BeginStream();
     REFERENCE_TIME now = 0;
-    return streamTime_.HasBegun() && Read(&now) ? streamTime_.At(now) : 0;
+    if (!Read(&now)) return 0;
+    if (!streamTime_.HasBegun()) streamTime_.Begin(now);
+    return streamTime_.At(now);
 }
 
 void StreamClock::ReleaseOwnClock() {

@@ -17,7 +17,8 @@ class StreamClock {
     StreamClock(const StreamClock&) = delete;
     StreamClock& operator=(const StreamClock&) = delete;
 
-    // The graph has this clock from now on, or none; stream time goes on where it is.
+    // The graph has this clock from now on, or none; stream time goes on where it is, and where the
+    // new clock does not tell the time, as soon as one does.
     void SetGraphClock(IReferenceClock* clock);
 
     // The stream begins now. Without a clock that tells the time it does not begin.

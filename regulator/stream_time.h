@@ -9,21 +9,25 @@ namespace tavo {
 
 class StreamTime {
   public:
-    // The stream begins now.
+    // The stream begins now, or goes on where it was suspended.
     void Begin(int64_t now) {
-        base_ = now;
+        base_ = isSuspended_ ? Difference(now, suspendedAt_) : now;
         hasBegun_ = true;
+        isSuspended_ = false;
     }
-    void Forget() { hasBegun_ = false; }
+    void Forget() { hasBegun_ = isSuspended_ = false; }
     bool HasBegun() const { return hasBegun_; }
+
+    // The clock is another one from here on; the stream goes on when that tells the time.
+    void Suspend(int64_t lastOfOld) {
+        suspendedAt_ = At(lastOfOld);
+        isSuspended_ = true;
+        hasBegun_ = false;
+    }
+    bool IsSuspended() const { return isSuspended_; }
 
     // Time since the stream began.
     int64_t At(int64_t now) const { return Difference(now, base_); }
-
-    // The clock is another one from here on; the stream goes on where it is.
-    void ChangeClock(int64_t lastOfOld, int64_t firstOfNew) {
-        base_ = Difference(firstOfNew, At(lastOfOld));
-    }
 
   private:
     // A clock may tell anything: wraps where the true difference has no place.
@@ -32,7 +36,9 @@ class StreamTime {
     }
 
     int64_t base_ = 0;
+    int64_t suspendedAt_ = 0;
     bool hasBegun_ = false;
+    bool isSuspended_ = false;
 };
 
 }  // namespace tavo

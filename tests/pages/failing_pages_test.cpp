@@ -1,5 +1,7 @@
 // Pages without memory, windows or timers: each request of the module refused in turn while a page
 // is asked for its title, opened, typed into, applied and closed. Needs a display.
+#include <thread>
+
 #include "pages/resource_ids.h"
 #include "tests/filter/support/refusing_test.h"
 #include "tests/pages/support/balloons.h"
@@ -153,6 +155,28 @@ TEST_F(FailingPagesTest, TheBalloon) {
         Type(frame.Control(IDC_WIDTH), "y");
         EXPECT_NE(Balloon(), nullptr) << names_;
     });
+}
+
+// The queue of a thread can be full. A dialog that cannot be asked to close keeps the module until
+// its frame takes it along.
+TEST_F(FailingPagesTest, ReleasedByAnotherThreadThatCannotPost) {
+    for (const CLSID& clsid : kPages) {
+        {
+            PageFrame frame(clsid);
+            ASSERT_EQ(frame.Connect(&settings_), S_OK);
+            ASSERT_EQ(frame.Open(), S_OK);
+            const HWND dialog = frame.Dialog();
+            std::thread([&] { EXPECT_EQ(Failing([&] { frame.page.Reset(); }), 1); }).join();
+            EXPECT_EQ(names_, "PostMessageW ");
+            EXPECT_EQ(settings_.references, 0);
+            Pump();
+            EXPECT_TRUE(IsWindow(dialog));
+            EXPECT_EQ(TheModule().CanUnloadNow(), S_FALSE);
+            SendMessageW(dialog, WM_TIMER, 3, 0);
+            SendMessageW(dialog, WM_COMMAND, MAKEWPARAM(IDC_WIDTH, EN_CHANGE), 0);
+        }
+        EXPECT_EQ(TheModule().CanUnloadNow(), S_OK);
+    }
 }
 
 TEST_F(FailingPagesTest, TheFiguresAndApplying) {

@@ -19,12 +19,24 @@ TEST(StreamTimeTest, CountsFromTheBeginning) {
     EXPECT_FALSE(time.HasBegun());
 }
 
-TEST(StreamTimeTest, GoesOnWithAnotherClock) {
+TEST(StreamTimeTest, GoesOnWhereItWasSuspended) {
     tavo::StreamTime time;
     time.Begin(5000);
-    time.ChangeClock(7000, 100);
+    time.Suspend(7000);
+    EXPECT_FALSE(time.HasBegun());
+    EXPECT_TRUE(time.IsSuspended());
+    time.Begin(100);
+    EXPECT_TRUE(time.HasBegun());
+    EXPECT_FALSE(time.IsSuspended());
     EXPECT_EQ(time.At(100), 2000);
     EXPECT_EQ(time.At(150), 2050);
+    time.Begin(300);
+    EXPECT_EQ(time.At(300), 0) << "it goes on once";
+    time.Suspend(400);
+    time.Forget();
+    EXPECT_FALSE(time.IsSuspended());
+    time.Begin(1000);
+    EXPECT_EQ(time.At(1000), 0);
 }
 
 TEST(StreamTimeTest, AClockMayTellAnything) {
@@ -32,7 +44,8 @@ TEST(StreamTimeTest, AClockMayTellAnything) {
     tavo::StreamTime time;
     time.Begin(Limits::min());
     EXPECT_EQ(time.At(Limits::max()), -1);  // wraps
-    time.ChangeClock(Limits::max(), Limits::min());
+    time.Suspend(Limits::max());
+    time.Begin(Limits::min());
     EXPECT_EQ(time.At(Limits::min()), -1);
 }
 

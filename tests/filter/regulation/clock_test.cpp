@@ -174,6 +174,38 @@ TEST_F(RegulatorClockTest, AChangeOfClocksDoesNotMoveTheStream) {
     EXPECT_EQ(second.references, 1);
 }
 
+// One that does not tell the time at first takes nothing from the stream.
+TEST_F(RegulatorClockTest, AClockThatFailsWhenItIsSetSuspendsTheStream) {
+    HandClock first;
+    HandClock second;
+    first.now = 5000 * kMs;
+    second.now = 777'000'000 * kMs;
+    second.answer = E_FAIL;
+    {
+        ClockedRig rig(first);
+        first.now = 5070 * kMs;
+        EXPECT_EQ(rig.Deliver(SpecOf({.picture = 1})), S_OK);
+        ASSERT_EQ(rig.filter->SetSyncSource(&second), S_OK);
+        EXPECT_EQ(rig.Deliver(SpecOf({.picture = 2})), S_FALSE);
+        second.answer = S_OK;
+        EXPECT_EQ(rig.Deliver(SpecOf({.picture = 3})), S_FALSE) << "70 ms have passed";
+        second.now += 30 * kMs;
+        EXPECT_EQ(rig.Deliver(SpecOf({.picture = 4})), S_OK) << "100 ms have passed";
+        ASSERT_EQ(rig.samples().size(), 2u);
+        EXPECT_EQ(rig.samples()[1].start, 40 * kMs);
+        // Two such changes in a row.
+        second.now += 10 * kMs;
+        first.answer = E_FAIL;
+        ASSERT_EQ(rig.filter->SetSyncSource(&first), S_OK);
+        ASSERT_EQ(rig.filter->SetSyncSource(nullptr), S_OK);
+        ASSERT_EQ(rig.filter->SetSyncSource(&second), S_OK);
+        second.now += 20 * kMs;
+        EXPECT_EQ(rig.Deliver(SpecOf({.picture = 5})), S_OK) << "130 ms, and what the change took";
+    }
+    EXPECT_EQ(first.references, 1);
+    EXPECT_EQ(second.references, 1);
+}
+
 int64_t MsSince(DWORD tick) { return static_cast<int64_t>(timeGetTime() - tick); }
 
 // Nobody can read the filter's own clock, but it counts milliseconds: what comes out must be right

@@ -167,6 +167,10 @@ struct StandIns {
         return Fails("MessageBoxW") ? 0 : IDOK;
     }
 
+    static WINBOOL WINAPI Post(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+        return Fails("PostMessageW") ? FALSE : PostMessageW(window, message, wParam, lParam);
+    }
+
     static LSTATUS WINAPI CreateKey(HKEY parent, const wchar_t* name, DWORD reserved,
                                     wchar_t* class_, DWORD options, REGSAM access,
                                     const SECURITY_ATTRIBUTES* security, HKEY* key, DWORD* made) {
@@ -229,6 +233,7 @@ FailingImports::FailingImports(HMODULE module) {
         {"user32.dll", "SetDlgItemTextA", AddressOf(StandIns::SetItemText)},
         {"user32.dll", "SetDlgItemInt", AddressOf(StandIns::SetItemInt)},
         {"user32.dll", "SendMessageA", AddressOf(StandIns::SendA)},
+        {"user32.dll", "PostMessageW", AddressOf(StandIns::Post)},
         {"user32.dll", "MessageBoxW", AddressOf(StandIns::Box)},
         {"gdi32.dll", "SelectObject", AddressOf(StandIns::Select)},
         {"advapi32.dll", "RegCreateKeyExW", AddressOf(StandIns::CreateKey)},
