@@ -2,6 +2,7 @@
 
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -36,7 +37,18 @@ struct CasePlan {
 struct Effort {
     bool quick;
     uint64_t seed;
+    size_t share = 1;  // one of that many cases takes part
 };
+
+// Leaves the effort's share of the cases of a row; which ones depends on the row.
+template <typename Case>
+void KeepShare(std::vector<Case>& cases, const Effort& effort, size_t row) {
+    size_t kept = 0;
+    for (size_t i = row % effort.share; i < cases.size(); i += effort.share) {
+        cases[kept++] = cases[i];
+    }
+    cases.resize(kept);
+}
 
 // Everything that the kernels of a row are tried with, in the same order for the same seed.
 std::vector<CasePlan> PlanCases(const ScaleRow& row, const Effort& effort);

@@ -17,12 +17,13 @@ using namespace tavo;
 using namespace tavo::test;
 
 constexpr char kUsage[] =
-    "Usage: kernel_check [--seed N] [--filter TEXT] [--list] [--quick] [--small-memory]\n"
-    "                    [--bench]\n"
+    "Usage: kernel_check [--seed N] [--filter TEXT] [--list] [--quick] [--share N]\n"
+    "                    [--small-memory] [--bench]\n"
     "  --seed N       other data and other sizes where they are random; 1 unless given\n"
     "  --filter TEXT  only what --list shows with TEXT in its line\n"
     "  --list         show what would be checked\n"
-    "  --quick        fewer sizes, for emulators\n"
+    "  --quick        fewer sizes\n"
+    "  --share N      one of N cases, for emulators\n"
     "  --small-memory as if kernels on other threads held all shared work memory\n"
     "  --bench        measure instead of checking\n";
 
@@ -34,18 +35,26 @@ struct Options {
     bool smallMemory = false;
 };
 
+template <typename Number>
+bool ParseNumber(const char* text, Number& number) {
+    char* end = nullptr;
+    number = static_cast<Number>(std::strtoull(text, &end, 10));
+    return *end == '\0' && end != text;
+}
+
 bool Parse(int argc, char** argv, Options& options) {
     for (int i = 1; i < argc; ++i) {
         const char* argument = argv[i];
         const bool hasValue = i + 1 < argc;
         if (std::strcmp(argument, "--seed") == 0 && hasValue) {
-            char* end = nullptr;
-            options.walk.effort.seed = std::strtoull(argv[++i], &end, 10);
-            if (*end != '\0' || end == argv[i]) return false;
+            if (!ParseNumber(argv[++i], options.walk.effort.seed)) return false;
         } else if (std::strcmp(argument, "--filter") == 0 && hasValue) {
             options.walk.filter = argv[++i];
         } else if (std::strcmp(argument, "--quick") == 0) {
             options.walk.effort.quick = true;
+        } else if (std::strcmp(argument, "--share") == 0 && hasValue) {
+            if (!ParseNumber(argv[++i], options.walk.effort.share)) return false;
+            if (options.walk.effort.share == 0) return false;
         } else if (std::strcmp(argument, "--small-memory") == 0) {
             options.smallMemory = true;
         } else if (std::strcmp(argument, "--list") == 0) {

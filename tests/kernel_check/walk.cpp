@@ -131,7 +131,8 @@ class CopyCaseRun {
 
 void WalkCopyRow(const CopyRow& row, const WalkOptions& options, Tally& tally) {
     const Tally before = tally;
-    const std::vector<CopyCase> cases = PlanCopies(row, options.effort);
+    std::vector<CopyCase> cases = PlanCopies(row, options.effort);
+    KeepShare(cases, options.effort, static_cast<size_t>(row.row));
     const std::vector<Backend> backends = RunnableBackends();
     KernelCaller caller;
     size_t turn = 0;

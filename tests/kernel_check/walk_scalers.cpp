@@ -154,7 +154,8 @@ void WalkScaleRow(const ScaleRow& row, const WalkOptions& options, Tally& tally)
     const std::vector<BackendTasks> tasks = PlanTasks(row, options.filter);
     if (tasks.empty()) return;
     const Tally before = tally;
-    const std::vector<CasePlan> cases = PlanCases(row, options.effort);
+    std::vector<CasePlan> cases = PlanCases(row, options.effort);
+    KeepShare(cases, options.effort, static_cast<size_t>(row.row));
     KernelCaller caller;
     // Levels choose among kernels that each instruction set is tried with in full.
     const size_t share = options.effort.quick ? 60 : 16;
