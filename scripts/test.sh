@@ -2,9 +2,9 @@
 # Installs what is missing, builds everything, and runs all tests: natively in 64 and 32 bits, under
 # the sanitizers, and under Wine in both bitnesses.
 # Usage: scripts/test.sh [PRESET...] [-- ARGUMENT...]
-#   PRESET      native native32 asan win32 win64; all of them by default
+#   PRESET      native native32 asan tsan win32 win64; all of them by default
+#               tsan: what threads share, with a sanitizer of its own
 #               arm64: in an emulator, and only when asked for
-#               tsan: what threads share, with a sanitizer of its own, and only when asked for
 #   ARGUMENT    for ctest, for instance -R module_test
 
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
@@ -15,13 +15,13 @@ while [ $# -gt 0 ] && [ "$1" != -- ]; do
     shift
 done
 [ $# -eq 0 ] || shift
-[ ${#presets[@]} -gt 0 ] || presets=(native native32 asan win32 win64)
+[ ${#presets[@]} -gt 0 ] || presets=(native native32 asan tsan win32 win64)
 packages_preset=()
 for preset in "${presets[@]}"; do
     case $preset in
         native | native32 | asan | win32 | win64 | tsan) ;;
         arm64) packages_preset+=(clang lld libstdc++-12-dev-arm64-cross libc6-dev-arm64-cross) ;;
-        *) die "there is no build called $preset (native native32 asan win32 win64 arm64 tsan)" ;;
+        *) die "there is no build called $preset (native native32 asan tsan win32 win64 arm64)" ;;
     esac
 done
 
@@ -34,11 +34,36 @@ say "Checking the format of the sources"
     xargs -0 clang-format --dry-run -Werror) ||
     die "clang-format would change the files above"
 
+# build_tests PRESET
+build_tests() {
+    local targets=()
+    [ "$1" != tsan ] || targets=(threads_test)
+    build "$1" -DTAVO_BUILD_TESTS=ON -DTAVO_BUILD_BENCH=ON "${targets[@]}"
+}
+
+# Tests that wait for windows, or for the longest of them, leave processors idle: the next preset is
+# built meanwhile.
+ahead=
+build_ahead() { # PRESET
+    (renice -n 10 "$BASHPID" && build_tests "$1") >/dev/null 2>&1 &
+    ahead=$!
+}
+await_ahead() { # PRESET
+    [ -n "$ahead" ] || return 0
+    if kill -0 "$ahead" 2>/dev/null; then
+        say "Waiting for the build of $1"
+        tail -n +1 -f --pid="$ahead" "$logs/build-$1.log" 2>/dev/null | show_progress /dev/null
+    fi
+    wait "$ahead" || true # the build below says why
+    ahead=
+}
+
 failed=()
-for preset in "${presets[@]}"; do
-    targets=()
-    [ "$preset" != tsan ] || targets=(threads_test)
-    build "$preset" -DTAVO_BUILD_TESTS=ON -DTAVO_BUILD_BENCH=ON "${targets[@]}"
+for ((i = 0; i < ${#presets[@]}; i++)); do
+    preset=${presets[i]}
+    await_ahead "$preset"
+    build_tests "$preset"
+    [ $((i + 1)) -eq ${#presets[@]} ] || build_ahead "${presets[i + 1]}"
     say "Testing $preset"
     runner=()
     case $preset in
