@@ -63,7 +63,7 @@ memory limit is out of reach of every blend that was tried.
 What a frame costs at common sizes stands behind the means. I420 stands for all planar formats with
 chroma of half the width and height; its three planes are counted.
 
-\`\`\`
+\`\`\`text
 $(cat "$out/speed.txt")
 \`\`\`
 PAGE

@@ -27,7 +27,8 @@ done
 
 install_packages "${packages_build[@]}" "${packages_wine[@]}" "${packages_display[@]}" \
     g++ g++-multilib g++-mingw-w64-x86-64-posix googletest libbenchmark-dev clang-format \
-    gstreamer1.0-plugins-good gstreamer1.0-libav qemu-user ffmpeg "${packages_preset[@]}"
+    gstreamer1.0-plugins-good gstreamer1.0-libav qemu-user ffmpeg python3 imagemagick fonts-dejavu-core \
+    "${packages_preset[@]}"
 
 say "Checking the format of the sources"
 (cd "$root" && find . -path ./build -prune -o \( -name '*.cpp' -o -name '*.h' \) -print0 |

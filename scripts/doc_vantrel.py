@@ -1,0 +1,112 @@
+"""For doc_commands.py: a command line of vantrel, and what each option has to do."""
+
+import json
+import subprocess
+
+CLIP_SIZE = (480, 270)
+
+
+class Wrong(Exception):
+    """What a command did not do."""
+
+
+def demand(condition, text):
+    if not condition:
+        raise Wrong(text)
+
+
+class VantrelRun:
+    """A command line of vantrel, and what came of it."""
+
+    def __init__(self, words):
+        self.options, self.files, self.output = {}, [], ""
+        words = list(words[1:])
+        while words:
+            word = words.pop(0)
+            if not word.startswith("-"):
+                self.files.append(word)
+                continue
+            name, equals, value = word.partition("=")
+            demand(name in OPTIONS, f"the test does not know the option {name}")
+            wants_value = OPTIONS[name][0]
+            if wants_value and not equals:
+                demand(words, f"{name} wants a value")
+                value = words.pop(0)
+            self.options[name] = value
+        writes = not {"--play", "--pages", "--cpu", "--list", "--help", "--version", "--dry-run"} & set(self.options)
+        self.target = self.files[-1] if writes and len(self.files) > 1 else None
+        self.sources = self.files[:-1] if self.target else self.files
+
+    def read_target(self, folder):
+        result = subprocess.run(
+            ["ffprobe", "-v", "error", "-select_streams", "v:0", "-count_frames", "-show_entries",
+             "stream=width,height,r_frame_rate,nb_read_frames", "-of", "json", f"{folder}/{self.target}"],
+            capture_output=True, text=True)
+        demand(result.returncode == 0, f"{self.target} cannot be read: {result.stderr.strip()}")
+        stream = json.loads(result.stdout)["streams"][0]
+        demand(int(stream["nb_read_frames"]) > 0, f"{self.target} has no frames")
+        self.size = (stream["width"], stream["height"])
+        self.rate = stream["r_frame_rate"]
+
+
+def check_size(run, value):
+    if run.target:
+        wanted = tuple(int(side) or CLIP_SIZE[i] for i, side in enumerate(value.split("x")))
+        demand(run.size == wanted, f"the file is not {value}")
+
+
+def check_fit(run, value):
+    if run.target:
+        box = [int(side) for side in value.split("x")]
+        width, height = run.size
+        demand(width <= min(box[0], CLIP_SIZE[0]) and height <= min(box[1], CLIP_SIZE[1]), "it is too large")
+        demand(abs(width / height - CLIP_SIZE[0] / CLIP_SIZE[1]) < 0.02, "it has another shape")
+        demand(width == box[0] or height == box[1] or (width, height) == CLIP_SIZE, "it is too small")
+
+
+def check_fps(run, value):
+    if run.target:
+        top, bottom = map(int, run.rate.split("/"))
+        rate = int(round(float(value) * 100)) / 100
+        demand(abs(top / bottom - rate) < 0.001, f"the file has {top}/{bottom} frames per second")
+
+
+def check_graph(run, _):
+    demand("Mira Vantrel\n" in run.output, "no graph is printed")
+
+
+def check_cpu(run, _):
+    demand("Row operations" in run.output, "the row operations are not printed")
+
+
+def check_list(run, _):
+    demand("RGB565" in run.output and "Bi-Linear SSE" in run.output, "formats or methods are not printed")
+
+
+def check_help(run, _):
+    demand("Usage: vantrel" in run.output, "no help is printed")
+
+
+def check_json(run, _):
+    json.loads(run.output.strip().split("\n")[-1])
+
+
+def check_quiet(run, _):
+    demand(not run.output.strip(), "it prints something")
+
+
+def nothing_more(run, _):
+    pass
+
+
+# name: (takes a value, what has to hold afterwards)
+OPTIONS = {
+    "--size": (True, check_size), "--fit": (True, check_fit), "--fps": (True, check_fps),
+    "--method": (True, nothing_more), "--format": (True, nothing_more), "--type": (True, nothing_more),
+    "--as-is": (False, nothing_more), "--overwrite": (False, nothing_more),  # a text stood there, and now there are frames
+    "--registered": (False, nothing_more), "--module": (True, nothing_more),
+    "--graph": (False, check_graph), "--quiet": (False, check_quiet), "--play": (False, nothing_more),
+    "--pages": (False, nothing_more), "--cpu": (False, check_cpu), "--list": (False, check_list),
+    "--dry-run": (False, nothing_more), "--json": (False, check_json), "--help": (False, check_help),
+    "--version": (False, nothing_more),
+}
