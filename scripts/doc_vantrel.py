@@ -45,6 +45,7 @@ class VantrelRun:
         demand(result.returncode == 0, f"{self.target} cannot be read: {result.stderr.strip()}")
         stream = json.loads(result.stdout)["streams"][0]
         demand(int(stream["nb_read_frames"]) > 0, f"{self.target} has no frames")
+        self.folder = folder
         self.size = (stream["width"], stream["height"])
         self.rate = stream["r_frame_rate"]
 
@@ -88,7 +89,20 @@ def check_help(run, _):
 
 
 def check_json(run, _):
-    json.loads(run.output.strip().split("\n")[-1])
+    try:
+        json.loads(run.output.strip().split("\n")[-1])
+    except ValueError as error:
+        raise Wrong("it prints no JSON") from error
+
+
+def check_log(run, value):
+    if run.target:
+        with open(f"{run.folder}/{value}", encoding="utf-8-sig") as file:
+            demand(len(file.read().split()) > 1, f"{value} has no line for a frame")
+
+
+def check_dry_run(run, _):
+    demand(run.output.strip(), "it does not say what would be done")
 
 
 def check_quiet(run, _):
@@ -103,10 +117,11 @@ def nothing_more(run, _):
 OPTIONS = {
     "--size": (True, check_size), "--fit": (True, check_fit), "--fps": (True, check_fps),
     "--method": (True, nothing_more), "--format": (True, nothing_more), "--type": (True, nothing_more),
-    "--as-is": (False, nothing_more), "--overwrite": (False, nothing_more),  # a text stood there, and now there are frames
+    # Of --overwrite: a text stood there, and now there are frames.
+    "--as-is": (False, nothing_more), "--overwrite": (False, nothing_more),
     "--registered": (False, nothing_more), "--module": (True, nothing_more),
     "--graph": (False, check_graph), "--quiet": (False, check_quiet), "--play": (False, nothing_more),
     "--pages": (False, nothing_more), "--cpu": (False, check_cpu), "--list": (False, check_list),
-    "--dry-run": (False, nothing_more), "--json": (False, check_json), "--help": (False, check_help),
-    "--version": (False, nothing_more),
+    "--dry-run": (False, check_dry_run), "--json": (False, check_json), "--log": (True, check_log),
+    "--help": (False, check_help), "--version": (False, nothing_more),
 }
