@@ -10,11 +10,13 @@
 
 #include "host/avi/media_text.h"
 #include "host/cli/console.h"
+#include "host/cli/list_text.h"
 #include "host/cli/options.h"
 #include "host/cli/processor_text.h"
 #include "host/cli/progress_display.h"
 #include "host/cli/statistics_text.h"
 #include "host/cli/usage_text.h"
+#include "host/graph/decoder_list.h"
 #include "host/graph/error_text.h"
 #include "host/graph/filter_factory.h"
 #include "host/graph/graph_run.h"
@@ -81,6 +83,16 @@ int Play(const Options& options, VideoGraph& graph, StopRequest& stop) {
     return result.stopped ? ReportError(L"stopped", kStopped) : kDone;
 }
 
+int List() {
+    const DecoderList found = FindDecoders();
+    PrintOut(SettingsListText() +
+             NameListText(L"Filters of this system that read files", found.splitters) +
+             NameListText(L"Filters of this system that decode video", found.decoders));
+    if (SUCCEEDED(found.result)) return kDone;
+    return ReportError(L"the filters of this system cannot be listed: " + ErrorText(found.result),
+                       kFailed);
+}
+
 int Scale(const Options& options) {
     InputFile input;
     std::wstring error = OpenInput(options.input, input);
@@ -125,7 +137,7 @@ int Run(const std::vector<std::wstring_view>& arguments) {
     const HRESULT hr = CoInitializeEx(
         nullptr, parsed.options.ToScreen() ? COINIT_APARTMENTTHREADED : COINIT_MULTITHREADED);
     if (FAILED(hr)) return ReportError(L"COM is not available: " + ErrorText(hr), kFailed);
-    const int code = Scale(parsed.options);
+    const int code = parsed.options.list ? List() : Scale(parsed.options);
     CoUninitialize();
     return code;
 }

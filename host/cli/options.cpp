@@ -129,6 +129,7 @@ const OptionRow kOptions[] = {
     {L"--play", &Options::play, nullptr},
     {L"--pages", &Options::pages, nullptr},
     {L"--cpu", &Options::cpu, nullptr},
+    {L"--list", &Options::list, nullptr},
     {L"--help", &Options::help, nullptr},
     {L"-h", &Options::help, nullptr},
     {L"/?", &Options::help, nullptr},
@@ -183,7 +184,7 @@ wstring CheckFilesToPlay(const std::vector<wstring_view>& files) {
 }
 
 wstring SetFiles(Options& options, const std::vector<wstring_view>& files) {
-    if (options.help || options.version || options.cpu) return {};
+    if (options.NeedsNoFiles()) return {};
     if (options.play && options.pages) return L"--play and --pages exclude each other";
     const wstring error = options.ToScreen() ? CheckFilesToPlay(files) : CheckFilesToWrite(files);
     if (!error.empty()) return error;

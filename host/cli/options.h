@@ -17,9 +17,12 @@ struct Options : RunOptions {
     bool registered = false;
     bool graph = false;
     bool quiet = false;
-    bool cpu = false;  // describe the processor and exit
+    bool cpu = false;   // describe the processor and exit
+    bool list = false;  // list what the options accept, and the decoders, and exit
     bool help = false;
     bool version = false;
+
+    bool NeedsNoFiles() const { return help || version || cpu || list; }
 };
 
 struct ParsedOptions {
@@ -28,7 +31,8 @@ struct ParsedOptions {
 };
 
 // `arguments` are those after the program's name. A value may follow its option, or an equals sign.
-// "--" ends the options. -h and /? mean --help; it and --version need no files.
+// "--" ends the options. -h and /? mean --help; it, --version, --cpu
+// and --list need no files.
 ParsedOptions ParseOptions(std::span<const std::wstring_view> arguments);
 
 }  // namespace tavo

@@ -10,7 +10,7 @@ std::wstring UsageText() {
     return LR"(Usage: vantrel INPUT OUTPUT.avi [options]
        vantrel --play INPUT [options]
        vantrel --pages INPUT [options]
-       vantrel --cpu
+       vantrel --cpu | --list
 
 Scales the video in INPUT with the filter Mira Vantrel and writes it, uncompressed, to OUTPUT.avi,
 or plays it in a window.
@@ -34,6 +34,7 @@ or plays it in a window.
   --graph         print the filters, pins and media types that were connected
   --quiet         no progress and no statistics
   --cpu           print what is known of the processor and which code will run on it
+  --list          print formats, methods and types by number and name, and the decoders found
   --help, -h, /?  this text
   --version       version of this program
 

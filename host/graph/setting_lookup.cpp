@@ -40,7 +40,7 @@ std::span<const SettingName> TypeNames() { return kVideoTypeNames; }
 
 std::optional<int> FindSetting(std::span<const SettingName> names, std::wstring_view name) {
     for (const SettingName& entry : names) {
-        if (SameText(entry.name, name)) return entry.code;
+        if (SameText(entry.name, name) || std::to_wstring(entry.code) == name) return entry.code;
     }
     for (const SettingName& entry : ShortNamesFor(names)) {
         if (SameText(entry.name, name)) return entry.code;
@@ -53,6 +53,10 @@ std::wstring_view SettingText(std::span<const SettingName> names, int code) {
         if (entry.code == code) return entry.name;
     }
     return {};
+}
+
+std::wstring_view ShortName(std::span<const SettingName> names, int code) {
+    return SettingText(ShortNamesFor(names), code);
 }
 
 std::wstring ListSettings(std::span<const SettingName> names) {

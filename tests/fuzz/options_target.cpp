@@ -40,7 +40,7 @@ void CheckAccepted(const Options& options) {
     Require(IsCodeOf(tavo::MethodNames(), options.method));
     Require(IsCodeOf(tavo::FormatNames(), options.format));
     Require(IsCodeOf(tavo::TypeNames(), options.type));
-    if (options.help || options.version || options.cpu) return;
+    if (options.NeedsNoFiles()) return;
     Require(!options.input.empty() && options.output.empty() == options.ToScreen());
     Require(!(options.play && options.pages) && !(options.asIs && options.fps > 0));
     Require(!options.registered || options.module.empty());

@@ -211,6 +211,8 @@ TEST(Options, HelpAndVersionNeedNoFiles) {
     EXPECT_EQ(Parse({L"--cpu"}).error, L"");
     EXPECT_TRUE(Parse({L"--cpu"}).options.cpu);
     EXPECT_FALSE(Parse({L"in.avi", L"out.avi"}).options.cpu);
+    EXPECT_EQ(Parse({L"--list"}).error, L"");
+    EXPECT_TRUE(Parse({L"--list"}).options.list);
     EXPECT_EQ(Parse({L"--cpu=1"}).error, L"--cpu takes no value");
     EXPECT_TRUE(Contains(UsageText(), L"--registered"));
     EXPECT_TRUE(Contains(UsageText(), L"\"Bi-Linear MMX\""));

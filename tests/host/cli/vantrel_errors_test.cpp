@@ -180,6 +180,11 @@ TEST_F(VantrelErrors, HelpAndVersion) {
         EXPECT_EQ(help.exitCode, 0u);
         EXPECT_NE(help.out.find("Usage: vantrel"), std::string::npos);
     }
+    const Output list = RunVantrel({L"--list"});
+    EXPECT_EQ(list.exitCode, 0u);
+    EXPECT_NE(list.out.find("bilinear-sse\n"), std::string::npos) << list.out;
+    // Every platform has some.
+    EXPECT_EQ(list.out.find("  none\n"), std::string::npos) << list.out;
     const Output version = RunVantrel({L"--version"});
     EXPECT_EQ(version.exitCode, 0u);
     EXPECT_EQ(version.out.rfind("vantrel ", 0), 0u);
