@@ -14,6 +14,7 @@ struct Options : RunOptions {
     std::wstring module;  // empty: the module beside the program
     bool sized = false;   // by --size
     bool overwrite = false;
+    bool dryRun = false;  // tell what would be done
     bool registered = false;
     bool graph = false;
     bool quiet = false;

@@ -21,11 +21,6 @@ std::wstring FrameLine(const RunResult& result) {
     return line + L"\n";
 }
 
-std::wstring TypeLines(const VideoGraph& graph) {
-    return L"Input      " + DescribeType(graph.inputType) + L"\nOutput     " +
-           DescribeType(graph.outputType) + L"\n";
-}
-
 std::wstring FilterLines(const FilterFigures& figures) {
     const std::wstring text = L"Filter     " + NumberText(figures.moduleMs) + L" ms per frame, " +
                               NumberText(figures.systemFps) + L" fps\n";
@@ -64,6 +59,13 @@ std::wstring TimingNotes(const RunResult& result) {
     return text;
 }
 
+}  // namespace
+
+std::wstring TypeLines(const VideoGraph& graph) {
+    return L"Input      " + DescribeType(graph.inputType) + L"\nOutput     " +
+           DescribeType(graph.outputType) + L"\n";
+}
+
 std::wstring PictureNotes(const VideoGraph& graph) {
     std::wstring text;
     if (graph.size != graph.wanted) {
@@ -83,8 +85,6 @@ std::wstring PictureNotes(const VideoGraph& graph) {
     }
     return text;
 }
-
-}  // namespace
 
 std::wstring FiguresText(const VideoGraph& graph, const FilterFigures& figures) {
     return TypeLines(graph) + FilterLines(figures);

@@ -12,6 +12,10 @@ namespace tavo {
 
 std::wstring StatisticsText(const VideoGraph& graph, const RunResult& result);
 
+// Parts of it: the types of both ends, and what is worth knowing of the picture.
+std::wstring TypeLines(const VideoGraph& graph);
+std::wstring PictureNotes(const VideoGraph& graph);
+
 // For a video that was only played.
 std::wstring FiguresText(const VideoGraph& graph, const FilterFigures& figures);
 

@@ -168,6 +168,16 @@ TEST(Options, TimingAndOverwriting) {
     }
 }
 
+TEST(Options, RunsThatWrite) {
+    EXPECT_TRUE(Good({L"--dry-run"}).dryRun);
+    EXPECT_FALSE(Good({}).dryRun);
+    for (const wchar_t* option : {L"--dry-run"}) {
+        EXPECT_EQ(Parse({L"--play", L"a", option}).error,
+                  option + std::wstring(L" is for runs that write a file"));
+        EXPECT_TRUE(Contains(UsageText(), option)) << option;
+    }
+}
+
 TEST(Options, ShortNames) {
     const std::pair<const wchar_t*, int> methods[] = {
         {L"nearest", 5},       {L"Bilinear", 10},     {L"nearest-mmx", 6},  {L"nearest-sse", 7},

@@ -11,6 +11,7 @@
 namespace tavo {
 namespace {
 
+using tavo_test::Contains;
 using tavo_test::ModulePath;
 using tavo_test::NoiseFrames;
 using tavo_test::Output;
@@ -172,6 +173,27 @@ TEST_F(VantrelErrors, ExistingOutputIsReplacedOnlyWhenAsked) {
     const Output run = RunVantrel({Path(L"in.avi"), Path(L"keep.avi"), L"--quiet", L"--overwrite"});
     EXPECT_EQ(run.exitCode, 0u) << run.error;
     EXPECT_EQ(ReadMovie(Path(L"keep.avi")).avi.fault, "");
+}
+
+TEST_F(VantrelErrors, ADryRunWritesNothing) {
+    ExpectFailure({Path(L"in.avi"), Path(L"keep.avi"), L"--dry-run"}, 1, "is there already");
+    ExpectFailure({L"--dry-run", L"--format", L"YV12"}, "decodes the YVYU video");
+    const Output run = RunVantrel(
+        {Path(L"in.avi"), Path(L"keep.avi"), L"--overwrite", L"--dry-run", L"--size", L"64x0"});
+    EXPECT_EQ(run.exitCode, 0u) << run.error;
+    EXPECT_EQ(run.error, "");
+    for (const char* part :
+         {"Input      video YVYU, 32 x 16, 16 bits, 29.97 fps", "Output     video YVYU, 64 x 16",
+          "Duration   0.1 s", "AVI source -> Frame counter -> Mira Vantrel -> AVI sink",
+          "keep.avi\", about 23.2 kB, about 3 frames of 2048 bytes", "nothing was written"}) {
+        EXPECT_TRUE(Contains(run.out, part)) << run.out << part;
+    }
+    EXPECT_EQ(std::filesystem::file_size(Path(L"keep.avi")), 8u);
+    // The same run in earnest.
+    const Output real = RunVantrel({Path(L"in.avi"), Path(L"real.avi"), L"--size", L"64x0"});
+    EXPECT_EQ(real.exitCode, 0u) << real.error;
+    const auto bytes = static_cast<double>(std::filesystem::file_size(Path(L"real.avi")));
+    EXPECT_NEAR(bytes, 23200, 0.05 * bytes);
 }
 
 TEST_F(VantrelErrors, HelpAndVersion) {
