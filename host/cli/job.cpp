@@ -5,12 +5,12 @@
 #include <string>
 
 #include "host/avi/media_text.h"
-#include "host/cli/console.h"
 #include "host/cli/exit_code.h"
 #include "host/cli/output_check.h"
 #include "host/cli/plan_text.h"
 #include "host/cli/progress_display.h"
 #include "host/cli/report.h"
+#include "host/cli/run_facts.h"
 #include "host/cli/statistics_text.h"
 #include "host/graph/graph_run.h"
 #include "host/graph/graph_text.h"
@@ -22,56 +22,60 @@
 namespace tavo {
 namespace {
 
-int Write(const Options& options, VideoGraph& graph, StopRequest& stop, const InputFile& input) {
+int Write(const Options& options, VideoGraph& graph, StopRequest& stop, const InputFile& input,
+          Report& report) {
     ProgressDisplay display;
     const RunResult result = RunGraph(graph, options, stop, options.quiet ? nullptr : &display);
-    if (!options.quiet && result.file.frames > 0) PrintOut(StatisticsText(graph, result));
+    const bool any = result.file.frames > 0;
+    if (any && options.json) AddRunFacts(report.Facts(), result);
+    if (any && !options.quiet && !options.json) report.Print(StatisticsText(graph, result));
     if (result.gaveNoFrame) {
-        return ReportError(WhyNoFrames(input.Name(), input.facts), kFailed);
+        return report.Finish(kFailed, WhyNoFrames(input.Name(), input.facts));
     }
     if (input.IsTruncated() && !result.stopped) {
-        PrintError(L"vantrel: warning: " + input.Name() +
-                   L" is cut off; all whole frames were read\n");
+        report.Warn(input.Name() + L" is cut off; all whole frames were read");
     }
-    if (!result.error.empty()) return ReportError(result.error, kFailed);
-    if (result.stopped) {
-        const uint64_t frames = result.file.frames + result.file.repeats;
-        return ReportError(L"stopped after " + std::to_wstring(frames) + L" frames", kStopped);
-    }
-    return kDone;
+    if (!result.error.empty()) return report.Finish(kFailed, result.error);
+    if (!result.stopped) return report.Finish(kDone);
+    const uint64_t frames = result.file.frames + result.file.repeats;
+    return report.Finish(kStopped, L"stopped after " + std::to_wstring(frames) + L" frames");
 }
 
-int Play(const Options& options, VideoGraph& graph, StopRequest& stop) {
+int Play(const Options& options, VideoGraph& graph, StopRequest& stop, Report& report) {
     const PlayResult result = PlayGraph(graph, stop, options.pages);
-    if (!options.quiet && result.error.empty()) PrintOut(FiguresText(graph, result.figures));
-    if (!result.error.empty()) return ReportError(result.error, kFailed);
-    return result.stopped ? ReportError(L"stopped", kStopped) : kDone;
+    if (!result.error.empty()) return report.Finish(kFailed, result.error);
+    if (!options.quiet) report.Print(FiguresText(graph, result.figures));
+    return result.stopped ? report.Finish(kStopped, L"stopped") : report.Finish(kDone);
 }
 
 // All that a run would find out before its first frame.
-int Tell(const Options& options, const VideoGraph& graph, const InputFile& input) {
+int Tell(const Options& options, const VideoGraph& graph, const InputFile& input, Report& report) {
     const std::wstring error = CheckReplaceable(options.output);
-    if (!error.empty()) return ReportError(error, kFailed);
+    if (!error.empty()) return report.Finish(kFailed, error);
     const RunPlan plan = PlanRun(graph, options, input);
-    if (!options.quiet) PrintOut(PlanText(graph, plan, options.output));
-    return kDone;
+    if (options.json) AddPlanFacts(report.Facts(), plan);
+    if (!options.quiet && !options.json) report.Print(PlanText(graph, plan, options.output));
+    return report.Finish(kDone);
 }
 
 }  // namespace
 
 int RunJob(const Options& options, const FilterFactory& factory, StopRequest& stop) {
+    Report report(options);
     InputFile input;
     std::wstring error = OpenInput(options.input, input);
     if (error.empty() && !options.ToScreen()) error = CheckOutput(options);
-    if (!error.empty()) return ReportError(error, kFailed);
+    if (!error.empty()) return report.Finish(kFailed, error);
 
     const auto graph = BuildVideoGraph(options, factory, input, error);
-    if (!graph) return ReportError(error, kFailed);
-    if (options.graph) PrintOut(GraphText(graph->builder.Get()));
-    if (stop.IsSet()) return ReportError(L"stopped before the first frame", kStopped);
+    if (!graph) return report.Finish(kFailed, error);
+    if (options.json) AddGraphFacts(report.Facts(), *graph);
+    if (options.graph) report.Print(GraphText(graph->builder.Get()));
+    if (stop.IsSet()) return report.Finish(kStopped, L"stopped before the first frame");
 
-    if (options.dryRun) return Tell(options, *graph, input);
-    return options.ToScreen() ? Play(options, *graph, stop) : Write(options, *graph, stop, input);
+    if (options.dryRun) return Tell(options, *graph, input, report);
+    return options.ToScreen() ? Play(options, *graph, stop, report)
+                              : Write(options, *graph, stop, input, report);
 }
 
 }  // namespace tavo

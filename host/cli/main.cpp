@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <new>
 #include <string>
@@ -30,7 +31,7 @@ int List() {
              NameListText(L"Filters of this system that decode video", found.decoders));
     if (SUCCEEDED(found.result)) return kDone;
     return ReportError(L"the filters of this system cannot be listed: " + ErrorText(found.result),
-                       kFailed);
+                       kFailed, false);
 }
 
 std::wstring LoadFilter(const Options& options, FilterFactory& factory) {
@@ -49,7 +50,7 @@ std::wstring LoadFilter(const Options& options, FilterFactory& factory) {
 int Scale(const Options& options) {
     FilterFactory factory;
     const std::wstring error = LoadFilter(options, factory);
-    if (!error.empty()) return ReportError(error, kFailed);
+    if (!error.empty()) return ReportError(error, kFailed, options.json);
     StopRequest stop;
     return RunJob(options, factory, stop);
 }
@@ -57,7 +58,8 @@ int Scale(const Options& options) {
 int Run(const std::vector<std::wstring_view>& arguments) {
     const ParsedOptions parsed = ParseOptions(arguments);
     if (!parsed.error.empty()) {
-        return ReportError(parsed.error + L"; try --help", kWrongCommandLine);
+        const bool json = std::ranges::find(arguments, L"--json") != arguments.end();
+        return ReportError(parsed.error + L"; try --help", kWrongCommandLine, json);
     }
     if (parsed.options.help) return PrintOut(UsageText()), kDone;
     if (parsed.options.version) return PrintOut(L"vantrel " TAVO_VERSION L"\n"), kDone;
@@ -67,7 +69,8 @@ int Run(const std::vector<std::wstring_view>& arguments) {
     // Windows, and objects that show them, need a single-threaded apartment.
     const HRESULT hr = CoInitializeEx(
         nullptr, parsed.options.ToScreen() ? COINIT_APARTMENTTHREADED : COINIT_MULTITHREADED);
-    if (FAILED(hr)) return ReportError(L"COM is not available: " + ErrorText(hr), kFailed);
+    if (FAILED(hr))
+        return ReportError(L"COM is not available: " + ErrorText(hr), kFailed, parsed.options.json);
     const int code = parsed.options.list ? List() : Scale(parsed.options);
     CoUninitialize();
     return code;
@@ -80,8 +83,8 @@ int wmain(int count, wchar_t** values) {
     try {
         return tavo::Run(std::vector<std::wstring_view>(values + 1, values + count));
     } catch (const std::bad_alloc&) {
-        return tavo::ReportError(L"out of memory", tavo::kFailed);
+        return tavo::ReportError(L"out of memory", tavo::kFailed, false);
     } catch (const std::exception&) {
-        return tavo::ReportError(L"an unexpected error of the C++ library", tavo::kFailed);
+        return tavo::ReportError(L"an unexpected error of the C++ library", tavo::kFailed, false);
     }
 }

@@ -117,6 +117,7 @@ const OptionRow kOptions[] = {
      [](Options& o, wstring_view v) { return SetNamed(o.type, TypeNames(), L"--type", v); }},
     {L"--fps", nullptr, SetFps},
     {L"--as-is", &Options::asIs, nullptr},
+    {L"--json", &Options::json, nullptr},
     {L"--dry-run", &Options::dryRun, nullptr},
     {L"--overwrite", &Options::overwrite, nullptr},
     {L"--module", nullptr,
@@ -185,11 +186,11 @@ wstring CheckFilesToPlay(const std::vector<wstring_view>& files) {
 }
 
 // What makes no sense without an output file.
-wstring CheckOptionsToPlay(const Options& options) {
+wstring CheckNothingIsWritten(const Options& options) {
     const struct {
         bool given;
         const wchar_t* name;
-    } rows[] = {{options.dryRun, L"--dry-run"}};
+    } rows[] = {{options.dryRun, L"--dry-run"}, {options.json, L"--json"}};
     for (const auto& row : rows) {
         if (row.given) return wstring(row.name) + L" is for runs that write a file";
     }
@@ -197,7 +198,8 @@ wstring CheckOptionsToPlay(const Options& options) {
 }
 
 wstring SetFiles(Options& options, const std::vector<wstring_view>& files) {
-    if (options.NeedsNoFiles()) return {};
+    if (options.help || options.version) return {};
+    if (options.NeedsNoFiles()) return CheckNothingIsWritten(options);
     if (options.play && options.pages) return L"--play and --pages exclude each other";
     const wstring error = options.ToScreen() ? CheckFilesToPlay(files) : CheckFilesToWrite(files);
     if (!error.empty()) return error;
@@ -207,7 +209,7 @@ wstring SetFiles(Options& options, const std::vector<wstring_view>& files) {
     }
     if (options.asIs && options.fps > 0) return L"--as-is and --fps exclude each other";
     options.input = files[0];
-    if (options.ToScreen()) return CheckOptionsToPlay(options);
+    if (options.ToScreen()) return CheckNothingIsWritten(options);
     options.output = files[1];
     // A name that ends with a slash gets a better error later.
     const bool folder = options.output.find_last_of(L"/\\") + 1 == options.output.size();

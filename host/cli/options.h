@@ -15,6 +15,7 @@ struct Options : RunOptions {
     bool sized = false;   // by --size
     bool overwrite = false;
     bool dryRun = false;  // tell what would be done
+    bool json = false;    // statistics for programs
     bool registered = false;
     bool graph = false;
     bool quiet = false;

@@ -1,12 +1,37 @@
-// What the user gets to know of failures.
+// What the user gets to know of a job: text for people, or a line of JSON.
 
 #pragma once
 
 #include <string>
 
+#include "host/cli/json_text.h"
+#include "host/cli/options.h"
+
 namespace tavo {
 
-// Prints one line, and returns `code`.
-int ReportError(const std::wstring& error, int code);
+// Of a failure outside a job. Prints one line, with `json` another on standard output, and returns
+// `code`.
+int ReportError(const std::wstring& error, int code, bool json);
+
+class Report {
+  public:
+    // Of the job that has these options, which outlive it.
+    explicit Report(const Options& options);
+
+    // What --json adds. Other text goes to standard error then.
+    JsonObject& Facts() { return facts_; }
+    bool IsJson() const { return options_.json; }
+    void Print(const std::wstring& text);
+    // Without a full stop.
+    void Warn(const std::wstring& text);
+
+    // The last call. Prints the error, if any, and the line of JSON. Returns `code`.
+    int Finish(int code, const std::wstring& error = {});
+
+  private:
+    const Options& options_;
+    JsonObject facts_;
+    std::wstring warning_;
+};
 
 }  // namespace tavo

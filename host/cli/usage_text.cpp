@@ -29,6 +29,7 @@ or plays it in a window.
   --fps N         fixed frame rate: frames are repeated and dropped; 29.97 or 30000/1001
   --as-is         write frame for frame, whatever the times of the frames
   --dry-run       print what would be done, and write nothing
+  --json          print statistics, or what went wrong, as a line of JSON instead of text
   --overwrite     replace OUTPUT.avi if it is there
   --registered    use the filter that is registered on this system
   --module PATH   use the filter in this file (default: TavoResample.ax beside this program)

@@ -24,6 +24,15 @@ std::wstring CodeText(uint32_t code) {
     return text;
 }
 
+std::wstring MajorText(const GUID& major) {
+    if (major == MEDIATYPE_Video) return L"video";
+    if (major == MEDIATYPE_Audio) return L"audio";
+    if (major == MEDIATYPE_Stream) return L"bytes";
+    return GuidText(major);
+}
+
+}  // namespace
+
 std::wstring SubtypeText(const GUID& subtype) {
     if (const auto video = VideoFormatOf(subtype)) {
         const bool i420 = video->compression == kCompressionI420;
@@ -38,15 +47,6 @@ std::wstring SubtypeText(const GUID& subtype) {
     }
     return GuidText(subtype);
 }
-
-std::wstring MajorText(const GUID& major) {
-    if (major == MEDIATYPE_Video) return L"video";
-    if (major == MEDIATYPE_Audio) return L"audio";
-    if (major == MEDIATYPE_Stream) return L"bytes";
-    return GuidText(major);
-}
-
-}  // namespace
 
 std::wstring DescribeType(const AM_MEDIA_TYPE& type) {
     std::wstring text = MajorText(type.majortype) + L" " + SubtypeText(type.subtype);

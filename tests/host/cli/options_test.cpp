@@ -170,8 +170,11 @@ TEST(Options, TimingAndOverwriting) {
 
 TEST(Options, RunsThatWrite) {
     EXPECT_TRUE(Good({L"--dry-run"}).dryRun);
-    EXPECT_FALSE(Good({}).dryRun);
-    for (const wchar_t* option : {L"--dry-run"}) {
+    EXPECT_TRUE(Good({L"--json"}).json);
+    EXPECT_FALSE(Good({}).dryRun || Good({}).json);
+    EXPECT_EQ(Parse({L"--list", L"--json"}).error, L"--json is for runs that write a file");
+    EXPECT_EQ(Parse({L"--help", L"--json"}).error, L"");
+    for (const wchar_t* option : {L"--dry-run", L"--json"}) {
         EXPECT_EQ(Parse({L"--play", L"a", option}).error,
                   option + std::wstring(L" is for runs that write a file"));
         EXPECT_TRUE(Contains(UsageText(), option)) << option;

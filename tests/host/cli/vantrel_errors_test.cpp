@@ -196,6 +196,36 @@ TEST_F(VantrelErrors, ADryRunWritesNothing) {
     EXPECT_NEAR(bytes, 23200, 0.05 * bytes);
 }
 
+// Text goes to standard error then.
+TEST_F(VantrelErrors, JsonIsTheOnlyOutput) {
+    Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--json", L"--graph"});
+    EXPECT_EQ(run.exitCode, 0u) << run.error;
+    EXPECT_TRUE(Contains(run.error, "Frame counter")) << run.error;
+    EXPECT_EQ(run.out.rfind("{\"input\":\"C:\\\\", 0), 0u) << run.out;
+    for (const char* part :
+         {"vantrel \u00FCbung", "in.avi\",\"output\":\"", "\"sourceSeconds\":0.1001,\"rotation\":0",
+          "\"source\":{\"format\":\"YVYU\",\"width\":32,\"height\":16,\"fps\":29.97002997002997}",
+          "\"frames\":{\"in\":3,\"out\":3,\"dropped\":0,\"repeated\":0,\"withoutTime\":0}",
+          "\"filter\":{\"msPerFrame\":", "\"file\":{\"bytes\":", ",\"exitCode\":0}\n"}) {
+        EXPECT_TRUE(Contains(run.out, part)) << run.out << part;
+    }
+    EXPECT_FALSE(Contains(run.out, "error"));
+
+    run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--json"});
+    EXPECT_EQ(run.exitCode, 1u);
+    EXPECT_TRUE(Contains(run.out, "\"exitCode\":1,\"error\":\"\\\"C:\\\\")) << run.out;
+    EXPECT_EQ(run.error.rfind("vantrel: ", 0), 0u) << run.error;
+    run = RunVantrel({Path(L"in.avi"), L"--json"});
+    EXPECT_EQ(run.out,
+              "{\"exitCode\":2,\"error\":\"the name of the output file is missing; try "
+              "--help\"}\n");
+    run = RunVantrel({Path(L"in.avi"), Path(L"x.avi"), L"--json", L"--dry-run"});
+    EXPECT_EQ(run.error, "");
+    EXPECT_TRUE(Contains(run.out, "\"Mira Vantrel\",\"AVI sink\"],\"estimatedFrames\":3,"))
+        << run.out;
+    EXPECT_TRUE(Contains(run.out, "\"dryRun\":true,")) << run.out;
+}
+
 TEST_F(VantrelErrors, HelpAndVersion) {
     for (const wchar_t* option : {L"--help", L"-h", L"/?"}) {
         const Output help = RunVantrel({option});
