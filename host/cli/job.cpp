@@ -36,6 +36,7 @@ int Write(const Options& options, VideoGraph& graph, StopRequest& stop, const In
         report.Warn(input.Name() + L" is cut off; all whole frames were read");
     }
     if (!result.error.empty()) return report.Finish(kFailed, result.error);
+    if (!result.logError.empty()) return report.Finish(kFailed, result.logError);
     if (!result.stopped) return report.Finish(kDone);
     const uint64_t frames = result.file.frames + result.file.repeats;
     return report.Finish(kStopped, L"stopped after " + std::to_wstring(frames) + L" frames");
@@ -50,7 +51,8 @@ int Play(const Options& options, VideoGraph& graph, StopRequest& stop, Report& r
 
 // All that a run would find out before its first frame.
 int Tell(const Options& options, const VideoGraph& graph, const InputFile& input, Report& report) {
-    const std::wstring error = CheckReplaceable(options.output);
+    std::wstring error = CheckReplaceable(options.output);
+    if (error.empty() && !options.log.empty()) error = CheckReplaceable(options.log);
     if (!error.empty()) return report.Finish(kFailed, error);
     const RunPlan plan = PlanRun(graph, options, input);
     if (options.json) AddPlanFacts(report.Facts(), plan);

@@ -99,6 +99,21 @@ wstring SetNamed(int& target, std::span<const SettingName> names, const wchar_t*
     return {};
 }
 
+// Path rules differ between builds, so this does not use them.
+bool HasExtension(wstring_view file, wstring_view extension) {
+    const size_t slash = file.find_last_of(L"/\\:");
+    const wstring_view name = slash == wstring_view::npos ? file : file.substr(slash + 1);
+    return name.size() > extension.size() &&
+           std::ranges::equal(name.substr(name.size() - extension.size()), extension, {},
+                              [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c + 32 : c; });
+}
+
+wstring SetLog(Options& options, wstring_view value) {
+    options.log = value;
+    if (HasExtension(value, L".csv")) return {};
+    return L"--log wants a file whose name ends with .csv, and not " + Quoted(value);
+}
+
 struct OptionRow {
     const wchar_t* name;
     // A flag, or a function that takes a value and returns an error or nothing.
@@ -117,6 +132,7 @@ const OptionRow kOptions[] = {
      [](Options& o, wstring_view v) { return SetNamed(o.type, TypeNames(), L"--type", v); }},
     {L"--fps", nullptr, SetFps},
     {L"--as-is", &Options::asIs, nullptr},
+    {L"--log", nullptr, SetLog},
     {L"--json", &Options::json, nullptr},
     {L"--dry-run", &Options::dryRun, nullptr},
     {L"--overwrite", &Options::overwrite, nullptr},
@@ -169,16 +185,6 @@ wstring CheckFilesToWrite(const std::vector<wstring_view>& files) {
     return {};
 }
 
-// Path rules differ between builds, so this does not use them.
-bool IsNamedAvi(wstring_view file) {
-    constexpr wstring_view kExtension = L".avi";
-    const size_t slash = file.find_last_of(L"/\\:");
-    const wstring_view name = slash == wstring_view::npos ? file : file.substr(slash + 1);
-    return name.size() > kExtension.size() &&
-           std::ranges::equal(name.substr(name.size() - kExtension.size()), kExtension, {},
-                              [](wchar_t c) { return c >= L'A' && c <= L'Z' ? c + 32 : c; });
-}
-
 wstring CheckFilesToPlay(const std::vector<wstring_view>& files) {
     if (files.empty()) return L"the name of the input file is missing";
     if (files.size() > 1) return L"one input and no output, but there is also " + Quoted(files[1]);
@@ -190,7 +196,9 @@ wstring CheckNothingIsWritten(const Options& options) {
     const struct {
         bool given;
         const wchar_t* name;
-    } rows[] = {{options.dryRun, L"--dry-run"}, {options.json, L"--json"}};
+    } rows[] = {{options.dryRun, L"--dry-run"},
+                {options.json, L"--json"},
+                {!options.log.empty(), L"--log"}};
     for (const auto& row : rows) {
         if (row.given) return wstring(row.name) + L" is for runs that write a file";
     }
@@ -213,7 +221,7 @@ wstring SetFiles(Options& options, const std::vector<wstring_view>& files) {
     options.output = files[1];
     // A name that ends with a slash gets a better error later.
     const bool folder = options.output.find_last_of(L"/\\") + 1 == options.output.size();
-    if (folder || IsNamedAvi(options.output)) return {};
+    if (folder || HasExtension(options.output, L".avi")) return {};
     return L"the output is an AVI file: its name has to end with .avi, and not be " +
            Quoted(options.output);
 }

@@ -30,7 +30,9 @@ or plays it in a window.
   --as-is         write frame for frame, whatever the times of the frames
   --dry-run       print what would be done, and write nothing
   --json          print statistics, or what went wrong, as a line of JSON instead of text
-  --overwrite     replace OUTPUT.avi if it is there
+  --log FILE.csv  write a line per frame: its times, whether it was taken, repeated or dropped, and
+                  how long the filter took
+  --overwrite     replace files that are there
   --registered    use the filter that is registered on this system
   --module PATH   use the filter in this file (default: TavoResample.ax beside this program)
   --graph         print the filters, pins and media types that were connected

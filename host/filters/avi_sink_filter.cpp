@@ -41,7 +41,19 @@ STDMETHODIMP CAviSinkPin::Receive(IMediaSample* sample) {
             return m_sink.Fail(tavo::IoResult::Ok, VFW_E_TYPE_NOT_ACCEPTED);
         }
     }
-    return m_sink.WriteFrame(sample);
+    tavo::FrameWatch* const watch = m_sink.Watch();
+    return watch != nullptr ? WriteWatched(sample, *watch) : m_sink.WriteFrame(sample);
+}
+
+HRESULT CAviSinkPin::WriteWatched(IMediaSample* sample, tavo::FrameWatch& watch) {
+    watch.OutBegins();
+    const bool wasShown = m_sink.IsShown();
+    const HRESULT hr = m_sink.WriteFrame(sample);
+    REFERENCE_TIME start = 0;
+    REFERENCE_TIME stop = 0;
+    const HRESULT times = sample->GetTime(&start, &stop);
+    watch.OutEnds(tavo::TimesOf(times, start, stop), !wasShown && m_sink.IsShown(), SUCCEEDED(hr));
+    return hr;
 }
 
 STDMETHODIMP CAviSinkPin::EndOfStream() {

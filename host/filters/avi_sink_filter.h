@@ -8,6 +8,7 @@
 #include "host/avi/file_store.h"
 #include "host/avi/timed_avi_writer.h"
 #include "host/filters/frame_counter_filter.h"
+#include "host/filters/frame_watch.h"
 #include "host/filters/video_type.h"
 #include "streams.h"
 
@@ -28,6 +29,8 @@ class CAviSinkPin final : public CBaseInputPin {
     const tavo::VideoType& Video() const { return m_video; }
 
   private:
+    HRESULT WriteWatched(IMediaSample* sample, tavo::FrameWatch& watch);
+
     CAviSink& m_sink;
     tavo::VideoType m_video;
 };
@@ -77,6 +80,10 @@ class CAviSink final : public CBaseFilter,
     void Expect(REFERENCE_TIME start, REFERENCE_TIME stop) override;
     bool IsShown() override;
 
+    // Before the streaming, which it outlives. May be null.
+    void SetWatch(tavo::FrameWatch* watch) { m_watch = watch; }
+    tavo::FrameWatch* Watch() const { return m_watch; }
+
     // Called by the pin on the streaming thread.
     HRESULT WriteFrame(IMediaSample* sample);
     void ReachEnd();
@@ -87,6 +94,7 @@ class CAviSink final : public CBaseFilter,
     void SignalCompleteOnce();
     bool ShowsExpected(REFERENCE_TIME start, REFERENCE_TIME stop) const;
 
+    tavo::FrameWatch* m_watch = nullptr;
     CCritSec m_lock;
     CCritSec m_fileLock;  // guards all below; innermost
     tavo::FileStore m_file;

@@ -36,10 +36,12 @@ HRESULT CFrameCounter::Pass(IMediaSample* sample) {
     const HRESULT times = sample->GetTime(&start, &stop);
     const bool timed = SUCCEEDED(times);
     if (times == S_OK) m_arrivals.Expect(start, stop);
+    if (m_watch != nullptr) m_watch->FrameIn(tavo::TimesOf(times, start, stop));
     const uint64_t before = m_arrivals.Count();
     const HRESULT hr = peer->Receive(sample);
     const uint64_t results = m_arrivals.Count() - before;
     const bool shown = results > 0 && (times != S_OK || m_arrivals.IsShown());
+    if (m_watch != nullptr) m_watch->FrameDone(SUCCEEDED(hr) || results > 0);
 
     CAutoLock lock(&m_countsLock);
     if (FAILED(hr)) {

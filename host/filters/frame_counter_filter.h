@@ -7,6 +7,7 @@
 
 #include "dshow/com_ptr.h"
 #include "host/avi/time_stamps.h"
+#include "host/filters/frame_watch.h"
 #include "streams.h"
 
 class CFrameCounter;
@@ -77,6 +78,9 @@ class CFrameCounter final : public CBaseFilter {
     int GetPinCount() override { return 2; }
     CBasePin* GetPin(int n) override;
 
+    // Before the streaming, which it outlives. May be null.
+    void SetWatch(tavo::FrameWatch* watch) { m_watch = watch; }
+
     // Any thread.
     Counts Read();
 
@@ -90,6 +94,7 @@ class CFrameCounter final : public CBaseFilter {
     CCritSec m_lock;
     CCritSec m_countsLock;
     Arrivals& m_arrivals;
+    tavo::FrameWatch* m_watch = nullptr;
     Counts m_counts;
     CFrameCounterInput m_input;
     CFrameCounterOutput m_output;

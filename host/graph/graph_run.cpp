@@ -3,8 +3,11 @@
 #include "host/graph/graph_run.h"
 
 #include <chrono>
+#include <memory>
 
+#include "host/avi/file_store.h"
 #include "host/graph/error_text.h"
+#include "host/graph/frame_log.h"
 #include "host/graph/graph_events.h"
 #include "host/graph/quoted.h"
 
@@ -114,11 +117,53 @@ std::wstring FileError(const std::filesystem::path& output, const CAviSink::Resu
            L" frames: " + IoText(file.io);
 }
 
+// The log of a run, if there is one.
+class RunLog {
+  public:
+    // Empty on success, else one line for the user.
+    std::wstring Open(const std::wstring& path, VideoGraph& graph) {
+        if (path.empty()) return {};
+        if (graph.counter == nullptr) {
+            return L"there can be no log: the source does not connect with the frame counter";
+        }
+        const IoResult opened = file_.Create(path);
+        if (opened != IoResult::Ok) return Quoted(path) + L" cannot be created: " + IoText(opened);
+        log_ = std::make_unique<FrameLog>(file_, Now);
+        graph.counter->SetWatch(log_.get());
+        graph.sink->SetWatch(log_.get());
+        return {};
+    }
+
+    // The graph is stopped.
+    std::wstring Close(const std::wstring& path, VideoGraph& graph) {
+        if (!log_) return {};
+        graph.counter->SetWatch(nullptr);
+        graph.sink->SetWatch(nullptr);
+        IoResult written = log_->Finish();
+        const IoResult closed = file_.Close();
+        if (written == IoResult::Ok) written = closed;
+        if (written == IoResult::Ok) return {};
+        return Quoted(path) + L" is incomplete: " + IoText(written);
+    }
+
+  private:
+    static int64_t Now() {
+        const auto time = std::chrono::steady_clock::now().time_since_epoch();
+        return std::chrono::duration_cast<std::chrono::nanoseconds>(time).count();
+    }
+
+    FileStore file_;
+    std::unique_ptr<FrameLog> log_;
+};
+
 }  // namespace
 
 RunResult RunGraph(VideoGraph& graph, const RunOptions& options, StopRequest& stop,
                    RunDisplay* display) {
     RunResult result;
+    RunLog log;
+    result.error = log.Open(options.log, graph);
+    if (!result.error.empty()) return result;
     const std::filesystem::path output = options.output;
     // Frames of a fixed rate are written as they come.
     const bool asTheyCome = options.asIs || options.fps > 0;
@@ -130,6 +175,7 @@ RunResult RunGraph(VideoGraph& graph, const RunOptions& options, StopRequest& st
         result.error = Quoted(output.wstring()) + L" cannot be created: " + IoText(opened);
     }
     result.file = graph.sink->FinishFile();
+    result.logError = log.Close(options.log, graph);
     if (graph.counter != nullptr) result.input = graph.counter->Read();
     if (opened == IoResult::Ok) {
         const std::wstring error = FileError(output, result.file);

@@ -39,6 +39,7 @@ struct RunResult {
     std::wstring error;        // one line; empty when all is well
     bool stopped = false;      // by the user
     bool gaveNoFrame = false;  // it ran to its end without a frame
+    std::wstring logError;     // the log is incomplete; one line
     CAviSink::Result file;
     std::optional<CFrameCounter::Counts> input;
     double seconds = 0.0;

@@ -9,7 +9,8 @@ namespace tavo {
 struct RunOptions {
     std::wstring input;
     std::wstring output;
-    int width = 0;  // 0: as the source
+    std::wstring log;  // a CSV file; empty: none
+    int width = 0;     // 0: as the source
     int height = 0;
     bool fit = false;  // width and height are a box to fit in; neither is 0
     int method = 0;    // codes of the filter's settings

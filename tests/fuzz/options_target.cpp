@@ -43,7 +43,7 @@ void CheckAccepted(const Options& options) {
     if (options.NeedsNoFiles()) return;
     Require(!options.input.empty() && options.output.empty() == options.ToScreen());
     Require(!(options.play && options.pages) && !(options.asIs && options.fps > 0));
-    Require(!options.ToScreen() || !(options.dryRun || options.json));
+    Require(!options.ToScreen() || !(options.dryRun || options.json || !options.log.empty()));
     Require(!options.registered || options.module.empty());
 }
 

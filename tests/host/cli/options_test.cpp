@@ -174,6 +174,13 @@ TEST(Options, RunsThatWrite) {
     EXPECT_FALSE(Good({}).dryRun || Good({}).json);
     EXPECT_EQ(Parse({L"--list", L"--json"}).error, L"--json is for runs that write a file");
     EXPECT_EQ(Parse({L"--help", L"--json"}).error, L"");
+    EXPECT_EQ(Good({L"--log", L"a.CSV"}).log, L"a.CSV");
+    for (const wchar_t* bad : {L"", L"a.avi", L".csv", L"csv", L"a.csv/"}) {
+        EXPECT_TRUE(Contains(Error({L"--log", bad}), L"ends with .csv")) << bad;
+    }
+    EXPECT_EQ(Parse({L"--pages", L"a", L"--log=a.csv"}).error,
+              L"--log is for runs that write a file");
+    EXPECT_TRUE(Contains(UsageText(), L"--log"));
     for (const wchar_t* option : {L"--dry-run", L"--json"}) {
         EXPECT_EQ(Parse({L"--play", L"a", option}).error,
                   option + std::wstring(L" is for runs that write a file"));

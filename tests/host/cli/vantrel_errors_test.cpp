@@ -40,7 +40,11 @@ class VantrelErrors : public tavo_test::MovieTest {
         EXPECT_EQ(run.error.rfind("vantrel: ", 0), 0u) << run.error;
         EXPECT_NE(run.error.find(part), std::string::npos) << run.error << " lacks " << part;
         EXPECT_EQ(run.error.find('\n'), run.error.size() - 1) << run.error;
-        std::ifstream keep(Path(L"keep.avi"), std::ios::binary);
+        ExpectSaved(L"keep.avi");
+    }
+
+    void ExpectSaved(const wchar_t* name) {
+        std::ifstream keep(Path(name), std::ios::binary);
         std::string content;
         std::getline(keep, content);
         EXPECT_EQ(content, "precious");
@@ -194,6 +198,19 @@ TEST_F(VantrelErrors, ADryRunWritesNothing) {
     EXPECT_EQ(real.exitCode, 0u) << real.error;
     const auto bytes = static_cast<double>(std::filesystem::file_size(Path(L"real.avi")));
     EXPECT_NEAR(bytes, 23200, 0.05 * bytes);
+}
+
+TEST_F(VantrelErrors, LogsThatCannotBeWritten) {
+    std::filesystem::rename(Path(L"keep.avi"), Path(L"keep.csv"));
+    ExpectSaved(L"keep.csv");
+    Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--log", Path(L"keep.csv")});
+    EXPECT_EQ(run.exitCode, 1u);
+    EXPECT_TRUE(Contains(run.error, "keep.csv\" is there already")) << run.error;
+    run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--log", Path(L"none\\x.csv")});
+    EXPECT_EQ(run.exitCode, 1u);
+    EXPECT_TRUE(Contains(run.error, "folder of")) << run.error;
+    ExpectSaved(L"keep.csv");
+    EXPECT_FALSE(std::filesystem::exists(Path(L"out.avi")));
 }
 
 // Text goes to standard error then.

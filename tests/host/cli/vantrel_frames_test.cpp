@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+
 #include "host/avi/riff.h"
 #include "tests/host/avi/movie_files.h"
 #include "tests/host/avi/written_frames.h"
@@ -209,6 +212,17 @@ TEST_F(VantrelFrames, PlanarFormatsAreScaledByNearestNeighbour) {
     }
 }
 
+// How often the text is in the file.
+size_t CountLines(const std::filesystem::path& path, const std::string& part) {
+    std::ifstream file(path, std::ios::binary);
+    const std::string text{std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    size_t count = 0;
+    for (size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) {
+        ++count;
+    }
+    return count;
+}
+
 TEST_F(VantrelFrames, RegulatorRepeatsAndDrops) {
     const VideoFormat video = Video(PixelFormat::YVYU, 32, 16);
     const std::vector<Frame> frames = NoiseFrames(video, 50);
@@ -224,13 +238,22 @@ TEST_F(VantrelFrames, RegulatorRepeatsAndDrops) {
     EXPECT_TRUE(Contains(run.out, "50 fps set")) << run.out;
     EXPECT_TRUE(Contains(run.out, "50 in, 99 out, 0 dropped, 49 repeated")) << run.out;
 
-    run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--fps", L"12.5"});
+    run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--fps", L"12.5",
+                      L"--log", Path(L"log.csv")});
     ASSERT_EQ(run.exitCode, 0u) << run.error;
     movie = ReadMovie(Path(L"out.avi"));
     EXPECT_EQ(movie.avi.rate, 25u);
     EXPECT_EQ(movie.avi.scale, 2u);
     EXPECT_NEAR(static_cast<double>(movie.frames.size()), 25.0, 1.0);
     EXPECT_TRUE(Contains(run.out, "50 in")) << run.out;
+    const size_t taken = CountLines(Path(L"log.csv"), ",taken,");
+    EXPECT_EQ(taken, movie.frames.size());
+    EXPECT_EQ(CountLines(Path(L"log.csv"), ",dropped,"), 50 - taken);
+    for (const char* line : {"ms\n0,0.0000000,0.0400000,0,0.0000000,0.0800000,taken,",
+                             "\n1,0.0400000,0.0800000,,,,dropped,",
+                             "\n4,0.1600000,0.2000000,1,0.0800000,0.1600000,taken,"}) {
+        EXPECT_EQ(CountLines(Path(L"log.csv"), line), 1u) << line;
+    }
 }
 
 TEST_F(VantrelFrames, GraphIsPrinted) {
