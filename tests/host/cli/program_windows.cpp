@@ -5,8 +5,12 @@
 #include <cstdlib>
 #include <utility>
 
+#include "tests/support/unmanaged_windows.h"
+
 namespace tavo_test {
 namespace {
+
+const UnmanagedWindows unmanaged(L"vantrel.exe");
 
 struct WindowSearch {
     DWORD process;

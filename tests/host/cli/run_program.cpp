@@ -5,12 +5,8 @@
 #include <fstream>
 #include <iterator>
 
-#include "tests/support/unmanaged_windows.h"
-
 namespace tavo_test {
 namespace {
-
-const UnmanagedWindows unmanaged(L"vantrel.exe");
 
 std::filesystem::path OwnFolder() {
     wchar_t path[MAX_PATH] = {};
