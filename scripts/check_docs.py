@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks README.md, CONTRIBUTING.md and docs/: links lead somewhere, pictures are there, tests that are
+"""Checks all Markdown files: links lead somewhere, pictures are there, tests that are
 named exist, and every command line does what the text says.
 
 Usage: scripts/check_docs.py [BUILD]    (BUILD: the 32-bit build with tests; build/win32 by default)
@@ -11,7 +11,6 @@ Wine, FFmpeg and ImageMagick.
 
 import os
 import re
-import subprocess
 import sys
 
 sys.dont_write_bytecode = True
@@ -86,13 +85,10 @@ class Document:
 
 
 def read_documents():
-    listed = subprocess.run(
-        ["git", "-C", ROOT, "ls-files", "--cached", "--others", "--exclude-standard", "*.md"],
-        capture_output=True, text=True)
-    paths = listed.stdout.split() if listed.returncode == 0 else []
-    if not paths:  # not a working copy
-        paths = ["README.md", "CONTRIBUTING.md", "CHANGELOG.md"]
-        paths += ["docs/" + name for name in os.listdir(os.path.join(ROOT, "docs")) if name.endswith(".md")]
+    paths = []
+    for folder, folders, names in os.walk(ROOT):
+        folders[:] = [name for name in folders if name not in ("build", ".git")]
+        paths += [os.path.relpath(os.path.join(folder, name), ROOT) for name in names if name.endswith(".md")]
     return {path: Document(path) for path in sorted(paths)}
 
 
