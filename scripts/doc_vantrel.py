@@ -33,9 +33,9 @@ class VantrelRun:
                 demand(words, f"{name} wants a value")
                 value = words.pop(0)
             self.options[name] = value
-        writes = not {"--play", "--pages", "--cpu", "--list", "--help", "--version", "--dry-run"} & set(self.options)
-        self.target = self.files[-1] if writes and len(self.files) > 1 else None
-        self.sources = self.files[:-1] if self.target else self.files
+        names_target = len(self.files) > 1 and not {"--play", "--pages"} & set(self.options)
+        self.sources = self.files[:-1] if names_target else self.files
+        self.target = self.files[-1] if names_target and "--dry-run" not in self.options else None
 
     def read_target(self, folder):
         result = subprocess.run(
