@@ -19,7 +19,7 @@ import doc_commands  # beside this file
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 LARGEST_PICTURE = 400 * 1024
 # Spans of code that begin so are commands; the others are names, values and formulas.
-PROGRAMS = r"(?:vantrel|regsvr32|cmake|ctest|xvfb-run|powershell|appverif|gflags|windbg|scripts/\S+)"
+PROGRAMS = r"(?:vantrel|regsvr32|cmake|ctest|xvfb-run|powershell|appverif|gflags|windbg|mcs|fpc|cl|python|pip|scripts/\S+)"
 # What changed in older versions need not be true any more.
 HISTORY = "CHANGELOG.md"
 FENCE = re.compile(r"^```(\S*)\s*$")

@@ -5,6 +5,7 @@ for docs/. RULES says for each kind of command whether it is run as it stands or
 the options of vantrel have to do is in doc_vantrel.py.
 """
 
+import glob
 import json
 import os
 import re
@@ -111,7 +112,9 @@ class Runner:
 def run_vantrel(runner, command, _, in_sentence):
     """As it stands. --pages, which waits for somebody to press OK, is run as --play: vantrel_pages_test
     presses its buttons."""
-    words = shlex.split(command)
+    splitter = shlex.shlex(command, posix=True, punctuation_chars=False)
+    splitter.whitespace_split, splitter.escape, splitter.commenters = True, "", ""  # as Windows does
+    words = list(splitter)
     if in_sentence:
         words = [PLACEHOLDERS.get(word, word) for word in words]
     run = VantrelRun(words)
@@ -125,21 +128,13 @@ def run_vantrel(runner, command, _, in_sentence):
 
 
 def finish_vantrel(runner, run, words):
-    for source in run.sources:
-        demand(os.path.exists(f"{runner.sandbox}/{source}"), f"the test has no {source}")
-    if run.target:
-        path = f"{runner.sandbox}/{run.target}"
-        if os.path.exists(path):
-            os.remove(path)
-        if "--overwrite" in run.options:
-            with open(path, "w") as file:
-                file.write("what was there before")
+    run.prepare(runner.sandbox)
     if "--registered" in run.options:
         prepare_registration(runner)
         runner.register()
     run.output = runner.succeed(runner.wine(runner.bin + "/vantrel.exe", *words[1:]))
     if run.target:
-        run.read_target(runner.sandbox)
+        run.read_target()
     for name, value in run.options.items():
         OPTIONS[name][1](run, value)
 
@@ -239,10 +234,27 @@ def only_on_windows(runner, command, match, _):
     return True
 
 
+def check_sdk(runner, command, match, _):
+    """For application programmers: tests/sdk builds and runs the same sources. The C and C++ command lines are
+    compiled as far as the syntax; of the others the files that they name have to be there."""
+    sdk = os.path.join(runner.root, "sdk")
+    for name in re.findall(r"\S+\.(?:cpp|cs?|pas|py)\b", command):
+        demand(glob.glob(os.path.join(sdk, name.replace("\\", "/"))), f"sdk/ has no {name}")
+    if command.startswith("live_resize "):
+        demand(os.path.exists(sdk + "/cpp/live_resize.cpp"), "sdk/ has no live_resize")
+    if "-w64-mingw32-" in command:
+        syntax = re.sub(r"-I include", "-I ../settings", re.sub(r"-o \S+", "-fsyntax-only", command))
+        runner.succeed(f"cd {shlex.quote(sdk)} && {syntax}")
+    return True
+
+
 RULES = [
     (r"vantrel( .*)?", run_vantrel),
     (r"(%WINDIR%\\SysWOW64\\)?regsvr32 (/u )?TavoResample\.ax", run_regsvr32),
-    (r"i686-w64-mingw32-(g\+\+|gcc)(-posix)? .*", run_as_it_is),
+    (r"i686-w64-mingw32-(g\+\+|gcc)(-posix)? .* -o build/.*", run_as_it_is),
+    (r"\S+-w64-mingw32-(g\+\+|gcc)(-posix)? .*", check_sdk),
+    (r"(\S+\\csc|mcs|fpc|cl|python) .*", check_sdk),
+    (r"live_resize VIDEO \d+ \d+ .*", check_sdk),
     (r"scripts/wine\.sh build/win32/bin/vantrel\.exe", check_script),
     (r"scripts/wine\.sh build/\S+\.exe .*", run_with_own_clip),
     (r"scripts/draw_timeline\.py .*", run_as_it_is),
@@ -253,5 +265,5 @@ RULES = [
     (r"(TAVO_\w+=\d+ )?(xvfb-run -a )?ctest --preset \S+( -R \S+)?", check_cmake),
     (r"build/fuzz/tests/fuzz/fuzz_(\w+) FILE", check_fuzzer),
     (r"scripts/(demo|test|soak|fuzz|bench|screenshots|guide_pictures|kernel_pictures)\.(sh|py)( .*)?", check_script),
-    (r"(powershell|appverif|gflags|windbg) .*", only_on_windows),
+    (r"(powershell|appverif|gflags|windbg) .*|pip install comtypes", only_on_windows),
 ]

@@ -1,6 +1,9 @@
 """For doc_commands.py: a command line of vantrel, and what each option has to do."""
 
 import json
+import os
+import re
+import shutil
 import subprocess
 
 CLIP_SIZE = (480, 270)
@@ -33,19 +36,48 @@ class VantrelRun:
                 demand(words, f"{name} wants a value")
                 value = words.pop(0)
             self.options[name] = value
-        names_target = len(self.files) > 1 and not {"--play", "--pages"} & set(self.options)
+        # The outputs' folder, where there is one; else the last name is the output.
+        self.folder = self.options.get("--output-folder")
+        if self.folder is None and self.files and self.files[-1].endswith(("/", "\\")):
+            self.folder = self.files.pop()
+        names_target = len(self.files) > 1 and self.folder is None and not {"--play", "--pages"} & set(self.options)
         self.sources = self.files[:-1] if names_target else self.files
-        self.target = self.files[-1] if names_target and "--dry-run" not in self.options else None
+        self.target = self.files[-1] if names_target else None
 
-    def read_target(self, folder):
+    def prepare(self, sandbox):
+        """Sources that are named exist, whatever they are called; outputs do not, but where --overwrite is."""
+        self.sandbox = sandbox
+        names = [name.replace("\\", "/") for name in self.sources]
+        if self.folder is not None:
+            self.folder = self.folder.replace("\\", "/").rstrip("/")
+            os.makedirs(f"{sandbox}/{self.folder}", exist_ok=True)
+            first = os.path.splitext(os.path.basename(names[0]))[0].replace("*", "a").replace("?", "a")
+            self.target = f"{self.folder}/{first}.avi"
+        for name in names:
+            for letter in "ab" if re.search("[*?]", name) else "a":
+                path = f"{sandbox}/" + name.replace("*", letter).replace("?", letter)
+                os.makedirs(os.path.dirname(path), exist_ok=True)
+                if not os.path.exists(path):
+                    shutil.copy(f"{sandbox}/clip" + (".avi" if path.endswith(".avi") else ".mp4"), path)
+        if not self.target:
+            return
+        path = f"{sandbox}/{self.target}"
+        if os.path.exists(path):
+            os.remove(path)
+        if "--overwrite" in self.options:
+            with open(path, "w", encoding="ascii") as file:
+                file.write("what was there before")
+        if "--dry-run" in self.options:
+            self.target = None
+
+    def read_target(self):
         result = subprocess.run(
             ["ffprobe", "-v", "error", "-select_streams", "v:0", "-count_frames", "-show_entries",
-             "stream=width,height,r_frame_rate,nb_read_frames", "-of", "json", f"{folder}/{self.target}"],
+             "stream=width,height,r_frame_rate,nb_read_frames", "-of", "json", f"{self.sandbox}/{self.target}"],
             capture_output=True, text=True)
         demand(result.returncode == 0, f"{self.target} cannot be read: {result.stderr.strip()}")
         stream = json.loads(result.stdout)["streams"][0]
         demand(int(stream["nb_read_frames"]) > 0, f"{self.target} has no frames")
-        self.folder = folder
         self.size = (stream["width"], stream["height"])
         self.rate = stream["r_frame_rate"]
 
@@ -97,7 +129,7 @@ def check_json(run, _):
 
 def check_log(run, value):
     if run.target:
-        with open(f"{run.folder}/{value}", encoding="utf-8-sig") as file:
+        with open(f"{run.sandbox}/{value}", encoding="utf-8-sig") as file:
             demand(len(file.read().split()) > 1, f"{value} has no line for a frame")
 
 
@@ -122,6 +154,6 @@ OPTIONS = {
     "--registered": (False, nothing_more), "--module": (True, nothing_more),
     "--graph": (False, check_graph), "--quiet": (False, check_quiet), "--play": (False, nothing_more),
     "--pages": (False, nothing_more), "--cpu": (False, check_cpu), "--list": (False, check_list),
-    "--dry-run": (False, check_dry_run), "--json": (False, check_json), "--log": (True, check_log),
-    "--help": (False, check_help), "--version": (False, nothing_more),
+    "--output-folder": (True, nothing_more), "--dry-run": (False, check_dry_run), 
+    "--json": (False, check_json), "--log": (True, check_log), "--help": (False, check_help), "--version": (False, nothing_more),
 }
