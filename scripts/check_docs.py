@@ -151,6 +151,17 @@ def check_options(documents, complain):
                     complain(document.path, number, f"there is no option {option}")
 
 
+def check_paths(documents, complain):
+    """Files and folders of the project that a sentence names are there."""
+    tops = "|".join(name for name in os.listdir(ROOT) if name != "build" and os.path.isdir(os.path.join(ROOT, name)))
+    for document in documents.values():
+        for number, line in enumerate(document.prose, 1):
+            for path in re.findall(rf"`((?:{tops})/[\w./-]*)`", line):
+                stands_for_another = document.path == HISTORY or re.search(r"/[A-Z]+/", path)
+                if not stands_for_another and not os.path.exists(os.path.join(ROOT, path)):
+                    complain(document.path, number, f"there is no {path}")
+
+
 def main():
     if len(sys.argv) > 2:
         sys.exit(__doc__)
@@ -165,6 +176,7 @@ def main():
     check_pictures(set().union(*linked.values()), complain)
     check_deliberate(linked["docs/kernels.md"], complain)
     check_options(documents, complain)
+    check_paths(documents, complain)
     runner = doc_commands.Runner(ROOT, build)
     for document in documents.values():
         for line, command, in_sentence in document.commands() if document.path != HISTORY else ():
