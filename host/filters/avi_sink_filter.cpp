@@ -2,6 +2,7 @@
 
 #include "host/filters/avi_sink_filter.h"
 
+#include <algorithm>
 #include <new>
 #include <utility>
 
@@ -10,6 +11,10 @@ namespace {
 // {5D7B0E3C-9C0A-4B52-8A0E-0C2F6B1D7A29}; never registered.
 constexpr CLSID kSinkClass = {
     0x5d7b0e3c, 0x9c0a, 0x4b52, {0x8a, 0x0e, 0x0c, 0x2f, 0x6b, 0x1d, 0x7a, 0x29}};
+
+// What may wait for the disk: frames, and bytes of all buffers together.
+constexpr long kMaxQueueLength = 8;
+constexpr long kMaxBufferBytes = 64 << 20;
 
 HRESULT ReasonOf(tavo::IoResult io) {
     return io == tavo::IoResult::DiskFull ? HRESULT_FROM_WIN32(ERROR_DISK_FULL)
@@ -32,23 +37,47 @@ HRESULT CAviSinkPin::SetMediaType(const CMediaType* type) {
     return CBaseInputPin::SetMediaType(type);
 }
 
+STDMETHODIMP CAviSinkPin::GetAllocator(IMemAllocator** allocator) {
+    CAutoLock lock(m_pLock);
+    const bool isNew = m_pAllocator == nullptr;
+    const HRESULT hr = CBaseInputPin::GetAllocator(allocator);
+    if (SUCCEEDED(hr) && isNew) m_ownAllocator = tavo::ComPtr<IMemAllocator>(*allocator);
+    return hr;
+}
+
+STDMETHODIMP CAviSinkPin::NotifyAllocator(IMemAllocator* allocator, BOOL readOnly) {
+    CAutoLock lock(m_pLock);
+    m_queueLength = 0;
+    const HRESULT hr = CBaseInputPin::NotifyAllocator(allocator, readOnly);
+    if (FAILED(hr) || allocator != m_ownAllocator.Get()) return hr;
+    ALLOCATOR_PROPERTIES wish = {};
+    if (FAILED(allocator->GetProperties(&wish)) || wish.cbBuffer <= 0) return hr;
+    // One more buffer is for the source to fill.
+    const long length = std::min(kMaxQueueLength, kMaxBufferBytes / wish.cbBuffer - 1);
+    if (length < 1) return hr;
+    ALLOCATOR_PROPERTIES granted = {};
+    wish.cBuffers = std::max(wish.cBuffers, length + 1);
+    if (SUCCEEDED(allocator->SetProperties(&wish, &granted))) m_queueLength = length;
+    return hr;
+}
+
 STDMETHODIMP CAviSinkPin::Receive(IMediaSample* sample) {
     const HRESULT hr = CBaseInputPin::Receive(sample);
     if (hr != S_OK) return hr;
     if ((m_SampleProps.dwSampleFlags & AM_SAMPLE_TYPECHANGED) != 0) {
         const auto video = tavo::ReadVideoType(*m_SampleProps.pMediaType);
         if (!video || video->video != m_video.video) {
-            return m_sink.Fail(tavo::IoResult::Ok, VFW_E_TYPE_NOT_ACCEPTED);
+            return m_sink.Refuse(VFW_E_TYPE_NOT_ACCEPTED);
         }
     }
     tavo::FrameWatch* const watch = m_sink.Watch();
-    return watch != nullptr ? WriteWatched(sample, *watch) : m_sink.WriteFrame(sample);
+    return watch != nullptr ? WriteWatched(sample, *watch) : m_sink.TakeFrame(sample);
 }
 
 HRESULT CAviSinkPin::WriteWatched(IMediaSample* sample, tavo::FrameWatch& watch) {
     watch.OutBegins();
     const bool wasShown = m_sink.IsShown();
-    const HRESULT hr = m_sink.WriteFrame(sample);
+    const HRESULT hr = m_sink.TakeFrame(sample);
     REFERENCE_TIME start = 0;
     REFERENCE_TIME stop = 0;
     const HRESULT times = sample->GetTime(&start, &stop);
@@ -64,7 +93,11 @@ STDMETHODIMP CAviSinkPin::EndOfStream() {
 }
 
 CAviSink::CAviSink(HRESULT* phr)
-    : CBaseFilter(NAME("AVI sink"), nullptr, &m_lock, kSinkClass), m_pin(this, &m_lock, phr) {}
+    : CBaseFilter(NAME("AVI sink"), nullptr, &m_lock, kSinkClass),
+      m_pin(this, &m_lock, phr),
+      m_queue(*this) {}
+
+CAviSink::~CAviSink() { m_queue.End(); }
 
 STDMETHODIMP CAviSink::NonDelegatingQueryInterface(REFIID riid, void** ppv) {
     CheckPointer(ppv, E_POINTER);
@@ -78,7 +111,7 @@ STDMETHODIMP CAviSink::Run(REFERENCE_TIME start) {
     const HRESULT hr = CBaseFilter::Run(start);
     if (FAILED(hr)) return hr;
     {
-        CAutoLock lock(&m_fileLock);
+        CAutoLock lock(&m_stateLock);
         m_running = true;
     }
     // A short stream can end while the graph is paused. The graph counts EC_COMPLETE only when it
@@ -89,7 +122,8 @@ STDMETHODIMP CAviSink::Run(REFERENCE_TIME start) {
 
 STDMETHODIMP CAviSink::Stop() {
     const HRESULT hr = CBaseFilter::Stop();
-    CAutoLock lock(&m_fileLock);
+    m_queue.Drain();
+    CAutoLock lock(&m_stateLock);
     m_running = false;
     m_endReached = false;
     m_completeSent = false;
@@ -97,14 +131,14 @@ STDMETHODIMP CAviSink::Stop() {
 }
 
 void CAviSink::Expect(REFERENCE_TIME start, REFERENCE_TIME stop) {
-    CAutoLock lock(&m_fileLock);
+    CAutoLock lock(&m_stateLock);
     m_expectedStart = start;
     m_expectedStop = stop;
     m_shown = false;
 }
 
 bool CAviSink::IsShown() {
-    CAutoLock lock(&m_fileLock);
+    CAutoLock lock(&m_stateLock);
     return m_shown;
 }
 
@@ -116,8 +150,9 @@ bool CAviSink::ShowsExpected(REFERENCE_TIME start, REFERENCE_TIME stop) const {
 }
 
 void CAviSink::ReachEnd() {
+    m_queue.Drain();
     {
-        CAutoLock lock(&m_fileLock);
+        CAutoLock lock(&m_stateLock);
         m_endReached = true;
     }
     SignalCompleteOnce();
@@ -125,92 +160,144 @@ void CAviSink::ReachEnd() {
 
 void CAviSink::SignalCompleteOnce() {
     {
-        CAutoLock lock(&m_fileLock);
-        if (!m_running || !m_endReached || m_completeSent || m_failed) return;
+        CAutoLock lock(&m_stateLock);
+        if (!m_running || !m_endReached || m_completeSent || FAILED(m_failure)) return;
         m_completeSent = true;
     }
     NotifyEvent(EC_COMPLETE, S_OK, 0);
 }
 
 tavo::IoResult CAviSink::OpenFile(const std::filesystem::path& path, const FileOptions& options) {
+    const tavo::IoResult result = m_file.Create(path);
+    return result == tavo::IoResult::Ok ? OpenStore(m_file, options) : result;
+}
+
+tavo::IoResult CAviSink::OpenStore(tavo::ByteStore& store, const FileOptions& options) {
     CAutoLock lock(&m_fileLock);
     const tavo::VideoType& video = m_pin.Video();
-    tavo::IoResult result = m_file.Create(path);
-    if (result != tavo::IoResult::Ok) return result;
-    m_writer.emplace(m_file, video.video, video.frameDuration, options.timing);
+    m_writer.emplace(store, video.video, video.frameDuration, options.timing);
     m_writer->SetDisplayAspect(options.displayAspect);
+    const tavo::IoResult result = m_writer->Begin();
+    const long length = m_pin.QueueLength();
+    const bool queued = length > 0 && m_queue.Start(static_cast<size_t>(length));
+    CAutoLock state(&m_stateLock);
     m_result.rate = m_writer->Rate();
-    return m_writer->Begin();
+    m_open = true;
+    m_queued = queued;
+    return result;
 }
 
 uint64_t CAviSink::Count() {
-    CAutoLock lock(&m_fileLock);
+    CAutoLock lock(&m_stateLock);
     return m_count;
 }
 
 HRESULT CAviSink::Fail(tavo::IoResult io, HRESULT reason) {
     {
-        CAutoLock lock(&m_fileLock);
-        if (m_failed) return E_FAIL;
-        m_failed = true;
+        CAutoLock lock(&m_stateLock);
+        if (FAILED(m_failure)) return m_failure;
+        m_failure = reason == E_OUTOFMEMORY ? reason : E_FAIL;
         m_result.io = io;
         m_result.typeChanged = reason == VFW_E_TYPE_NOT_ACCEPTED;
     }
     NotifyEvent(EC_ERRORABORT, reason, 0);
-    return E_FAIL;
+    return Failure();
 }
 
-HRESULT CAviSink::WriteFrame(IMediaSample* sample) {
+HRESULT CAviSink::Failure() {
+    CAutoLock lock(&m_stateLock);
+    return FAILED(m_failure) ? m_failure : E_FAIL;
+}
+
+HRESULT CAviSink::Refuse(HRESULT reason) {
+    m_queue.Drain();
+    return Fail(tavo::IoResult::Ok, reason);
+}
+
+HRESULT CAviSink::TakeFrame(IMediaSample* sample) {
     BYTE* data = nullptr;
     const uint32_t length = tavo::FrameSize(m_pin.Video().video).value_or(0);
     // The size of the buffer counts: few filters set the actual data length.
     if (FAILED(sample->GetPointer(&data)) || data == nullptr || sample->GetSize() < 0 ||
         static_cast<uint32_t>(sample->GetSize()) < length) {
-        return Fail(tavo::IoResult::Ok, VFW_E_BUFFER_OVERFLOW);
+        return Refuse(VFW_E_BUFFER_OVERFLOW);
     }
     REFERENCE_TIME start = 0;
     REFERENCE_TIME stop = 0;
     const HRESULT times = sample->GetTime(&start, &stop);
     const bool timed = SUCCEEDED(times);
-    tavo::IoResult result = tavo::IoResult::Failed;
+    const HRESULT hr = Queue({tavo::ComPtr<IMediaSample>(sample),
+                              {reinterpret_cast<const std::byte*>(data), length},
+                              timed ? std::optional(start) : std::nullopt,
+                              times == S_OK ? stop - start : 0});
+    if (FAILED(hr)) return hr;
+    CAutoLock lock(&m_stateLock);
+    ++m_count;
+    if (!timed || ShowsExpected(start, stop)) m_shown = true;
+    return S_OK;
+}
+
+HRESULT CAviSink::Queue(CAviSinkFrame frame) {
+    bool queued = false;
+    {
+        CAutoLock lock(&m_stateLock);
+        if (FAILED(m_failure)) return m_failure;
+        if (!m_open) return E_FAIL;
+        queued = m_queued;
+    }
+    if (!queued) return Write(frame);
+    return m_queue.Put(std::move(frame)) ? S_OK : Failure();
+}
+
+HRESULT CAviSink::Write(const CAviSinkFrame& frame) {
+    tavo::IoResult result = tavo::IoResult::Ok;
+    HRESULT reason = S_OK;
     {
         CAutoLock lock(&m_fileLock);
-        if (m_failed || !m_writer) return E_FAIL;
+        if (!m_writer) return E_FAIL;
         try {
-            result = m_writer->WriteFrame({reinterpret_cast<const std::byte*>(data), length},
-                                          timed ? std::optional(start) : std::nullopt,
-                                          times == S_OK ? stop - start : 0);
+            result = m_writer->WriteFrame(frame.data, frame.start, frame.length);
+            if (result != tavo::IoResult::Ok) reason = ReasonOf(result);
         } catch (const std::bad_alloc&) {
-            return E_OUTOFMEMORY;
-        }
-        if (result == tavo::IoResult::Ok) {
-            ++m_count;
-            if (!timed || ShowsExpected(start, stop)) m_shown = true;
+            reason = E_OUTOFMEMORY;
         }
     }
-    return result == tavo::IoResult::Ok ? S_OK : Fail(result, ReasonOf(result));
+    return SUCCEEDED(reason) ? S_OK : Fail(result, reason);
 }
 
 CAviSink::Result CAviSink::FinishFile() {
-    CAutoLock lock(&m_fileLock);
-    if (m_writer) {
-        tavo::IoResult result = tavo::IoResult::Failed;
-        try {
-            // After a failed write this fails, and the file is finished all the same.
-            const tavo::IoResult settled = m_writer->SettleTiming();
-            result = m_writer->Finish();
-            if (result == tavo::IoResult::Ok && !m_failed) result = settled;
-            m_result.repeats = m_writer->RepeatCount();
-        } catch (const std::bad_alloc&) {
-        }
-        m_result.frames = m_writer->FrameCount();
-        m_result.bytes = m_writer->BytesWritten();
-        m_result.rate = m_writer->Rate();
-        m_result.stamps = m_writer->Stamps();
-        m_writer.reset();
-        const tavo::IoResult closed = m_file.Close();
-        if (result == tavo::IoResult::Ok) result = closed;
-        if (m_result.io == tavo::IoResult::Ok) m_result.io = result;
+    CAutoLock finishing(&m_finishLock);
+    {
+        CAutoLock lock(&m_stateLock);
+        m_open = false;
     }
+    m_queue.End();
+    CAutoLock file(&m_fileLock);
+    if (m_writer) CompleteFile();
+    CAutoLock state(&m_stateLock);
     return m_result;
+}
+
+void CAviSink::CompleteFile() {
+    tavo::IoResult settled = tavo::IoResult::Failed;
+    tavo::IoResult result = tavo::IoResult::Failed;
+    uint64_t repeats = 0;
+    try {
+        // After a failed write this fails, and the file is finished all the same.
+        settled = m_writer->SettleTiming();
+        result = m_writer->Finish();
+        repeats = m_writer->RepeatCount();
+    } catch (const std::bad_alloc&) {
+    }
+    const tavo::IoResult closed = m_file.Close();
+    CAutoLock lock(&m_stateLock);
+    if (result == tavo::IoResult::Ok && SUCCEEDED(m_failure)) result = settled;
+    if (result == tavo::IoResult::Ok) result = closed;
+    if (m_result.io == tavo::IoResult::Ok) m_result.io = result;
+    m_result.repeats = repeats;
+    m_result.frames = m_writer->FrameCount();
+    m_result.bytes = m_writer->BytesWritten();
+    m_result.rate = m_writer->Rate();
+    m_result.stamps = m_writer->Stamps();
+    m_writer.reset();
 }

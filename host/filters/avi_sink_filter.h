@@ -1,12 +1,16 @@
-// A renderer that writes uncompressed frames to an AVI file as fast as they arrive.
+// A renderer that writes uncompressed frames to an AVI file as fast as they arrive. Frames wait in
+// a queue, in their own buffers, while a thread of the sink writes.
 
 #pragma once
 
 #include <filesystem>
 #include <optional>
+#include <span>
 
+#include "dshow/com_ptr.h"
 #include "host/avi/file_store.h"
 #include "host/avi/timed_avi_writer.h"
+#include "host/avi/work_queue.h"
 #include "host/filters/frame_counter_filter.h"
 #include "host/filters/frame_watch.h"
 #include "host/filters/video_type.h"
@@ -21,6 +25,9 @@ class CAviSinkPin final : public CBaseInputPin {
 
     HRESULT CheckMediaType(const CMediaType* type) override;
     HRESULT SetMediaType(const CMediaType* type) override;
+    STDMETHODIMP GetAllocator(IMemAllocator** allocator) override;
+    // Gives an allocator of this pin more buffers, so that frames can wait in them.
+    STDMETHODIMP NotifyAllocator(IMemAllocator* allocator, BOOL readOnly) override;
     STDMETHODIMP Receive(IMediaSample* sample) override;
     STDMETHODIMP EndOfStream() override;
     // Writing to a file may block.
@@ -28,19 +35,35 @@ class CAviSinkPin final : public CBaseInputPin {
 
     const tavo::VideoType& Video() const { return m_video; }
 
+    // Frames that may wait. 0 unless the allocator is of this pin: other ones may need their
+    // samples back at once.
+    long QueueLength() const { return m_queueLength; }
+
   private:
     HRESULT WriteWatched(IMediaSample* sample, tavo::FrameWatch& watch);
 
     CAviSink& m_sink;
     tavo::VideoType m_video;
+    tavo::ComPtr<IMemAllocator> m_ownAllocator;
+    long m_queueLength = 0;
+};
+
+// A frame and the sample that it lies in.
+struct CAviSinkFrame {
+    tavo::ComPtr<IMediaSample> sample;
+    std::span<const std::byte> data;
+    std::optional<REFERENCE_TIME> start;
+    REFERENCE_TIME length = 0;  // 0 when it is unknown
 };
 
 // Connect, OpenFile, run the graph, stop it, FinishFile, in this order.
 class CAviSink final : public CBaseFilter,
                        public IAMFilterMiscFlags,
-                       public CFrameCounter::Arrivals {
+                       public CFrameCounter::Arrivals,
+                       private tavo::WorkQueue<CAviSinkFrame>::Worker {
   public:
     explicit CAviSink(HRESULT* phr);
+    ~CAviSink() override;
 
     DECLARE_IUNKNOWN
     STDMETHODIMP NonDelegatingQueryInterface(REFIID riid, void** ppv) override;
@@ -48,6 +71,7 @@ class CAviSink final : public CBaseFilter,
     STDMETHODIMP_(ULONG) GetMiscFlags() override { return AM_FILTER_MISC_FLAGS_IS_RENDERER; }
 
     STDMETHODIMP Run(REFERENCE_TIME start) override;
+    // All frames are written when it returns.
     STDMETHODIMP Stop() override;
     int GetPinCount() override { return 1; }
     CBasePin* GetPin(int n) override { return n == 0 ? &m_pin : nullptr; }
@@ -71,11 +95,13 @@ class CAviSink final : public CBaseFilter,
 
     // Creates or empties the file. The pin is connected and the graph stopped.
     tavo::IoResult OpenFile(const std::filesystem::path& path, const FileOptions& options);
+    // The same with an empty store, which outlives FinishFile.
+    tavo::IoResult OpenStore(tavo::ByteStore& store, const FileOptions& options);
 
     // Completes the file. Any thread. Frames that arrive later are refused.
     Result FinishFile();
 
-    // Any thread.
+    // Any thread. Frames count when they are queued.
     uint64_t Count() override;
     void Expect(REFERENCE_TIME start, REFERENCE_TIME stop) override;
     bool IsShown() override;
@@ -85,28 +111,40 @@ class CAviSink final : public CBaseFilter,
     tavo::FrameWatch* Watch() const { return m_watch; }
 
     // Called by the pin on the streaming thread.
-    HRESULT WriteFrame(IMediaSample* sample);
+    HRESULT TakeFrame(IMediaSample* sample);
     void ReachEnd();
-    // Aborts the run, once.
-    HRESULT Fail(tavo::IoResult io, HRESULT reason);
+    // Aborts the run with this reason, once; after the frames that are queued.
+    HRESULT Refuse(HRESULT reason);
 
   private:
+    bool Work(CAviSinkFrame& frame) override { return SUCCEEDED(Write(frame)); }
+    HRESULT Write(const CAviSinkFrame& frame);
+    HRESULT Queue(CAviSinkFrame frame);
+    // Aborts the run, once. The result is for the source.
+    HRESULT Fail(tavo::IoResult io, HRESULT reason);
+    HRESULT Failure();
     void SignalCompleteOnce();
     bool ShowsExpected(REFERENCE_TIME start, REFERENCE_TIME stop) const;
+    void CompleteFile();
 
     tavo::FrameWatch* m_watch = nullptr;
     CCritSec m_lock;
-    CCritSec m_fileLock;  // guards all below; innermost
+    CCritSec m_finishLock;
+    CCritSec m_fileLock;  // guards the file and its writer
     tavo::FileStore m_file;
     std::optional<tavo::TimedAviWriter> m_writer;
+    CCritSec m_stateLock;  // guards all below but the queue; innermost
     Result m_result;
+    HRESULT m_failure = S_OK;
     uint64_t m_count = 0;
     REFERENCE_TIME m_expectedStart = 0;
     REFERENCE_TIME m_expectedStop = 0;
+    bool m_open = false;
+    bool m_queued = false;  // else frames are written when they come
     bool m_shown = false;
-    bool m_failed = false;
     bool m_running = false;
     bool m_endReached = false;
     bool m_completeSent = false;
     CAviSinkPin m_pin;
+    tavo::WorkQueue<CAviSinkFrame> m_queue;
 };
