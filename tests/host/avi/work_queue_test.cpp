@@ -12,6 +12,8 @@
 #include <thread>
 #include <vector>
 
+#include "tests/support/rounds.h"
+
 namespace tavo {
 namespace {
 
@@ -60,13 +62,14 @@ std::vector<int> UpTo(int count) {
 }
 
 TEST(WorkQueue, KeepsTheOrder) {
+    const int count = tavo_test::Rounds(1000);
     Worker worker;
-    worker.leave.release(1000);
+    worker.leave.release(count);
     WorkQueue<Item> queue(worker);
     ASSERT_TRUE(queue.Start(3));
-    for (int i = 0; i < 1000; ++i) ASSERT_TRUE(queue.Put(std::make_shared<int>(i)));
+    for (int i = 0; i < count; ++i) ASSERT_TRUE(queue.Put(std::make_shared<int>(i)));
     queue.Drain();
-    EXPECT_EQ(worker.done, UpTo(1000));
+    EXPECT_EQ(worker.done, UpTo(count));
 }
 
 TEST(WorkQueue, HoldsNoMoreThanItsCapacity) {
