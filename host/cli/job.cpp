@@ -12,6 +12,7 @@
 #include "host/cli/report.h"
 #include "host/cli/run_facts.h"
 #include "host/cli/statistics_text.h"
+#include "host/cli/wildcard.h"
 #include "host/graph/graph_run.h"
 #include "host/graph/graph_text.h"
 #include "host/graph/input_file.h"
@@ -66,6 +67,9 @@ int RunJob(const Options& options, const FilterFactory& factory, StopRequest& st
     Report report(options);
     InputFile input;
     std::wstring error = OpenInput(options.input, input);
+    if (!error.empty() && HasWildcard(options.input)) {
+        error += L"; wildcards want --output-folder";
+    }
     if (error.empty() && !options.ToScreen()) error = CheckOutput(options);
     if (!error.empty()) return report.Finish(kFailed, error);
 

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "host/cli/batch.h"
 #include "host/cli/console.h"
 #include "host/cli/exit_code.h"
 #include "host/cli/job.h"
@@ -52,7 +53,8 @@ int Scale(const Options& options) {
     const std::wstring error = LoadFilter(options, factory);
     if (!error.empty()) return ReportError(error, kFailed, options.json);
     StopRequest stop;
-    return RunJob(options, factory, stop);
+    return options.inputs.empty() ? RunJob(options, factory, stop)
+                                  : RunBatch(options, factory, stop);
 }
 
 int Run(const std::vector<std::wstring_view>& arguments) {
@@ -78,6 +80,11 @@ int Run(const std::vector<std::wstring_view>& arguments) {
 
 }  // namespace
 }  // namespace tavo
+
+// Wildcards in arguments are for this program to expand, and not for the C runtime.
+extern "C" {
+int _dowildcard = 0;
+}
 
 int wmain(int count, wchar_t** values) {
     try {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "host/cli/wildcard.h"
 #include "host/graph/quoted.h"
 #include "host/graph/setting_lookup.h"
 
@@ -132,6 +133,11 @@ const OptionRow kOptions[] = {
      [](Options& o, wstring_view v) { return SetNamed(o.type, TypeNames(), L"--type", v); }},
     {L"--fps", nullptr, SetFps},
     {L"--as-is", &Options::asIs, nullptr},
+    {L"--output-folder", nullptr,
+     [](Options& o, wstring_view v) {
+         o.outputFolder = v;
+         return v.empty() ? wstring(L"--output-folder wants the path of a folder") : wstring();
+     }},
     {L"--log", nullptr, SetLog},
     {L"--json", &Options::json, nullptr},
     {L"--dry-run", &Options::dryRun, nullptr},
@@ -181,7 +187,10 @@ wstring ParseOption(Options& options, std::span<const wstring_view> arguments, s
 wstring CheckFilesToWrite(const std::vector<wstring_view>& files) {
     if (files.empty()) return L"the names of the input and of the output file are missing";
     if (files.size() == 1) return L"the name of the output file is missing";
-    if (files.size() > 2) return L"one input and one output, but there is also " + Quoted(files[2]);
+    if (files.size() > 2) {
+        return L"one input and one output, but there is also " + Quoted(files[2]) +
+               L"; several inputs want --output-folder";
+    }
     return {};
 }
 
@@ -198,30 +207,59 @@ wstring CheckNothingIsWritten(const Options& options) {
         const wchar_t* name;
     } rows[] = {{options.dryRun, L"--dry-run"},
                 {options.json, L"--json"},
-                {!options.log.empty(), L"--log"}};
+                {!options.log.empty(), L"--log"},
+                {!options.outputFolder.empty(), L"--output-folder"}};
     for (const auto& row : rows) {
         if (row.given) return wstring(row.name) + L" is for runs that write a file";
     }
     return {};
 }
 
-wstring SetFiles(Options& options, const std::vector<wstring_view>& files) {
-    if (options.help || options.version) return {};
-    if (options.NeedsNoFiles()) return CheckNothingIsWritten(options);
-    if (options.play && options.pages) return L"--play and --pages exclude each other";
-    const wstring error = options.ToScreen() ? CheckFilesToPlay(files) : CheckFilesToWrite(files);
-    if (!error.empty()) return error;
-    if (std::ranges::any_of(files, &wstring_view::empty)) return L"the name of a file is empty";
+bool EndsWithSlash(wstring_view file) { return file.ends_with(L'/') || file.ends_with(L'\\'); }
+
+// A last name that ends with a slash means a folder for the outputs.
+void TakeFolder(Options& options, std::vector<wstring_view>& files) {
+    if (!options.outputFolder.empty() || files.size() < 2 || !EndsWithSlash(files.back())) return;
+    options.outputFolder = files.back();
+    files.pop_back();
+}
+
+wstring CheckChoices(const Options& options) {
     if (options.registered && !options.module.empty()) {
         return L"--registered and --module exclude each other";
     }
     if (options.asIs && options.fps > 0) return L"--as-is and --fps exclude each other";
+    return {};
+}
+
+wstring SetInputs(Options& options, const std::vector<wstring_view>& files) {
+    if (files.empty()) return L"the name of the input file is missing";
+    for (const wstring_view file : files) {
+        if (file.empty()) return L"the name of a file is empty";
+        if (HasWildcardInFolder(file)) {
+            return L"only the last part of a name may have * and ?, and not " + Quoted(file);
+        }
+        options.inputs.emplace_back(file);
+    }
+    if (!options.log.empty()) return L"--log is for one output file, and not for a folder";
+    return CheckChoices(options);
+}
+
+wstring SetFiles(Options& options, std::vector<wstring_view>& files) {
+    if (options.help || options.version) return {};
+    if (options.NeedsNoFiles()) return CheckNothingIsWritten(options);
+    if (options.play && options.pages) return L"--play and --pages exclude each other";
+    if (!options.ToScreen()) TakeFolder(options, files);
+    if (!options.ToScreen() && !options.outputFolder.empty()) return SetInputs(options, files);
+    const wstring error = options.ToScreen() ? CheckFilesToPlay(files) : CheckFilesToWrite(files);
+    if (!error.empty()) return error;
+    if (std::ranges::any_of(files, &wstring_view::empty)) return L"the name of a file is empty";
+    const wstring choices = CheckChoices(options);
+    if (!choices.empty()) return choices;
     options.input = files[0];
     if (options.ToScreen()) return CheckNothingIsWritten(options);
     options.output = files[1];
-    // A name that ends with a slash gets a better error later.
-    const bool folder = options.output.find_last_of(L"/\\") + 1 == options.output.size();
-    if (folder || HasExtension(options.output, L".avi")) return {};
+    if (HasExtension(options.output, L".avi")) return {};
     return L"the output is an AVI file: its name has to end with .avi, and not be " +
            Quoted(options.output);
 }

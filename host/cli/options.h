@@ -5,14 +5,20 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "host/graph/run_options.h"
 
 namespace tavo {
 
 struct Options : RunOptions {
-    std::wstring module;  // empty: the module beside the program
-    bool sized = false;   // by --size
+    // Several inputs, perhaps with wildcards, and the folder of their outputs. Then `input` and
+    // `output` are empty, and else these.
+    std::vector<std::wstring> inputs;
+    std::wstring outputFolder;
+    bool oneOfSeveral = false;  // the job of one of those inputs
+    std::wstring module;        // empty: the module beside the program
+    bool sized = false;         // by --size
     bool overwrite = false;
     bool dryRun = false;  // tell what would be done
     bool json = false;    // statistics for programs

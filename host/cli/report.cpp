@@ -3,6 +3,7 @@
 #include "host/cli/report.h"
 
 #include "host/cli/console.h"
+#include "host/graph/quoted.h"
 
 namespace tavo {
 namespace {
@@ -25,21 +26,33 @@ int ReportError(const std::wstring& error, int code, bool json) {
     return code;
 }
 
+void PrintText(const Options& options, const std::wstring& text) {
+    options.json ? PrintError(text) : PrintOut(text);
+}
+
 Report::Report(const Options& options) : options_(options) {
     facts_.Text(L"input", options.input);
     if (!options.ToScreen()) facts_.Text(L"output", options.output);
     if (options.dryRun) facts_.Flag(L"dryRun", true);
+    if (options.oneOfSeveral && !options.quiet) {
+        Print(L"\n" + options.input + L" -> " + options.output + L"\n");
+    }
 }
-
-void Report::Print(const std::wstring& text) { options_.json ? PrintError(text) : PrintOut(text); }
 
 void Report::Warn(const std::wstring& text) {
     PrintErrorLine(L"warning: " + text);
     warning_ = text;
 }
 
+// Of several inputs, the one that is meant.
+std::wstring Report::Named(const std::wstring& error) const {
+    const std::wstring name = Quoted(options_.input);
+    const bool isNamed = !options_.oneOfSeveral || error.find(name) != std::wstring::npos;
+    return isNamed ? error : name + L": " + error;
+}
+
 int Report::Finish(int code, const std::wstring& error) {
-    if (!error.empty()) PrintErrorLine(error);
+    if (!error.empty()) PrintErrorLine(Named(error));
     if (!options_.json) return code;
     if (!warning_.empty()) facts_.Text(L"warning", warning_);
     AddEnding(facts_, code, error);

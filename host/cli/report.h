@@ -13,6 +13,9 @@ namespace tavo {
 // `code`.
 int ReportError(const std::wstring& error, int code, bool json);
 
+// On standard output, or with --json on standard error.
+void PrintText(const Options& options, const std::wstring& text);
+
 class Report {
   public:
     // Of the job that has these options, which outlive it.
@@ -20,8 +23,7 @@ class Report {
 
     // What --json adds. Other text goes to standard error then.
     JsonObject& Facts() { return facts_; }
-    bool IsJson() const { return options_.json; }
-    void Print(const std::wstring& text);
+    void Print(const std::wstring& text) { PrintText(options_, text); }
     // Without a full stop.
     void Warn(const std::wstring& text);
 
@@ -29,6 +31,8 @@ class Report {
     int Finish(int code, const std::wstring& error = {});
 
   private:
+    std::wstring Named(const std::wstring& error) const;
+
     const Options& options_;
     JsonObject facts_;
     std::wstring warning_;

@@ -8,6 +8,7 @@ namespace tavo {
 
 std::wstring UsageText() {
     return LR"(Usage: vantrel INPUT OUTPUT.avi [options]
+       vantrel INPUT... FOLDER\ [options]
        vantrel --play INPUT [options]
        vantrel --pages INPUT [options]
        vantrel --cpu | --list
@@ -28,6 +29,9 @@ or plays it in a window.
   --type NAME     the only kind of format block that the filter may take (default AUTO: any)
   --fps N         fixed frame rate: frames are repeated and dropped; 29.97 or 30000/1001
   --as-is         write frame for frame, whatever the times of the frames
+  --output-folder FOLDER  where the outputs go: all names are inputs then, of which the last part
+                  may have * and ?; clip.mp4 becomes clip.avi. A last name that ends with a slash is
+                  such a folder. One that fails does not stop the others.
   --dry-run       print what would be done, and write nothing
   --json          print statistics, or what went wrong, as a line of JSON instead of text
   --log FILE.csv  write a line per frame: its times, whether it was taken, repeated or dropped, and

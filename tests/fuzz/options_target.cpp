@@ -41,7 +41,11 @@ void CheckAccepted(const Options& options) {
     Require(IsCodeOf(tavo::FormatNames(), options.format));
     Require(IsCodeOf(tavo::TypeNames(), options.type));
     if (options.NeedsNoFiles()) return;
-    Require(!options.input.empty() && options.output.empty() == options.ToScreen());
+    const bool several = !options.inputs.empty();
+    Require(several == !options.outputFolder.empty() && !(several && options.ToScreen()));
+    Require(options.input.empty() == several);
+    Require(options.output.empty() == (several || options.ToScreen()));
+    Require(!several || options.log.empty());
     Require(!(options.play && options.pages) && !(options.asIs && options.fps > 0));
     Require(!options.ToScreen() || !(options.dryRun || options.json || !options.log.empty()));
     Require(!options.registered || options.module.empty());

@@ -140,9 +140,34 @@ TEST(Options, TheOutputIsNamedAvi) {
         EXPECT_TRUE(Contains(Parse({L"in.mp4", bad}).error, L"end with .avi")) << bad;
         EXPECT_TRUE(Contains(Parse({L"in.mp4", bad}).error, bad)) << bad;
     }
-    // These get a better error later.
     EXPECT_EQ(Parse({L"in.mp4", L"folder\\"}).error, L"");
     EXPECT_EQ(Parse({L"--play", L"in.mp4"}).error, L"");
+}
+
+TEST(Options, SeveralInputs) {
+    const std::vector<std::wstring> inputs = {L"a.mp4", L"b\\*.avi"};
+    for (const auto& arguments : std::vector<std::vector<std::wstring_view>>{
+             {L"a.mp4", L"b\\*.avi", L"out\\"},
+             {L"a.mp4", L"--output-folder", L"out\\", L"b\\*.avi"},
+             {L"--output-folder=out\\", L"--", L"a.mp4", L"b\\*.avi"}}) {
+        const ParsedOptions parsed = ParseOptions(arguments);
+        EXPECT_EQ(parsed.error, L"");
+        EXPECT_EQ(parsed.options.inputs, inputs);
+        EXPECT_EQ(parsed.options.outputFolder, L"out\\");
+        EXPECT_EQ(parsed.options.input + parsed.options.output, L"");
+    }
+    EXPECT_EQ(Parse({L"a.mp4", L"out/"}).options.outputFolder, L"out/");
+    EXPECT_TRUE(Good({}).inputs.empty());
+    EXPECT_EQ(Parse({L"out/"}).error, L"the name of the output file is missing");
+    EXPECT_TRUE(Contains(Parse({L"a", L"b", L"c.avi"}).error, L"want --output-folder"));
+    EXPECT_TRUE(Contains(Parse({L"--output-folder", L"o"}).error, L"input file is missing"));
+    EXPECT_TRUE(Contains(Parse({L"a*\\b", L"o\\"}).error, L"\"a*\\b\""));
+    EXPECT_TRUE(Contains(Parse({L"", L"o\\"}).error, L"empty"));
+    EXPECT_TRUE(Contains(Parse({L"a", L"--output-folder="}).error, L"path of a folder"));
+    EXPECT_TRUE(Contains(Parse({L"a", L"o\\", L"--log", L"a.csv"}).error, L"--log is for one"));
+    EXPECT_TRUE(Contains(Parse({L"a", L"o\\", L"--as-is", L"--fps", L"2"}).error, L"exclude"));
+    EXPECT_TRUE(Contains(Parse({L"--play", L"a", L"--output-folder", L"o"}).error, L"that write"));
+    EXPECT_TRUE(Contains(UsageText(), L"--output-folder"));
 }
 
 TEST(Options, Fit) {

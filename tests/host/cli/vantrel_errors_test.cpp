@@ -104,7 +104,9 @@ TEST_F(VantrelErrors, AMissingDecoderIsNamed) {
 
 TEST_F(VantrelErrors, OutputsThatCannotBeWritten) {
     ExpectFailure({Path(L"in.avi"), Path(L"none\\out.avi")}, 1, "folder of");
-    ExpectFailure({Path(L"in.avi"), Path(L"")}, 1, "is a folder");
+    std::filesystem::create_directory(Path(L"folder.avi"));
+    ExpectFailure({Path(L"in.avi"), Path(L"folder.avi")}, 1, "is a folder");
+    ExpectFailure({Path(L"in.avi"), Path(L"")}, 1, "is one of the inputs");
     ExpectFailure({Path(L"in.avi"), Path(L"in.avi")}, 1, "same file");
     ExpectFailure({Path(L"in.avi"), Path(L".\\IN.AVI")}, 1, "same file");
     EXPECT_EQ(ReadMovie(Path(L"in.avi")).frames.size(), 3u);

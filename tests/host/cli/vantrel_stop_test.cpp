@@ -86,5 +86,28 @@ TEST_F(VantrelStop, CtrlCLeavesACompleteFile) {
     EXPECT_EQ(avi.streamFrames, out);
 }
 
+TEST_F(VantrelStop, CtrlCEndsAllInputs) {
+    const VideoFormat video = {PixelFormat::YVYU, FourCc('Y', 'V', 'Y', 'U'), 64, 48};
+    WriteEndlessMovie(Path(L"a.avi"), video);
+    WriteMovie(Path(L"b.avi"), video, NoiseFrames(video, 1));
+    std::filesystem::create_directory(Path(L"out"));
+    ASSERT_TRUE(tavo_test::ShareConsole()) << GetLastError();
+    RunningProgram program(tavo_test::VantrelPath(),
+                           {Path(L"?.avi"), L"--output-folder", Path(L"out")});
+    ASSERT_TRUE(tavo_test::WaitUntil([&] {
+        std::error_code error;
+        const auto size = std::filesystem::file_size(Path(L"out\\a.avi"), error);
+        return program.HasEnded() || (!error && size >= 500'000);
+    }));
+    ASSERT_FALSE(program.HasEnded());
+    ASSERT_TRUE(tavo_test::PressCtrlC()) << GetLastError();
+    const Output run = program.Wait();
+    EXPECT_EQ(run.exitCode, 3u) << run.error;
+    EXPECT_NE(run.out.find("2 files: 0 done, 0 failed, 2 stopped or not begun"), std::string::npos)
+        << run.out;
+    EXPECT_EQ(tavo_test::ReadMovie(Path(L"out\\a.avi")).avi.fault, "");
+    EXPECT_FALSE(std::filesystem::exists(Path(L"out\\b.avi")));
+}
+
 }  // namespace
 }  // namespace tavo
