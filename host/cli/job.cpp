@@ -31,7 +31,10 @@ int Write(const Options& options, VideoGraph& graph, StopRequest& stop, const In
     if (any && options.json) AddRunFacts(report.Facts(), result);
     if (any && !options.quiet && !options.json) report.Print(StatisticsText(graph, result));
     if (result.gaveNoFrame) {
-        return report.Finish(kFailed, WhyNoFrames(input.Name(), input.facts));
+        const std::wstring why = options.section.IsAll()
+                                     ? WhyNoFrames(input.Name(), input.facts)
+                                     : L"no frame of " + input.Name() + L" starts in that section";
+        return report.Finish(kFailed, why);
     }
     if (input.IsTruncated() && !result.stopped) {
         report.Warn(input.Name() + L" is cut off; all whole frames were read");

@@ -7,6 +7,7 @@
 #include <optional>
 #include <vector>
 
+#include "host/cli/time_value.h"
 #include "host/cli/wildcard.h"
 #include "host/graph/quoted.h"
 #include "host/graph/setting_lookup.h"
@@ -90,6 +91,22 @@ wstring SetFps(Options& options, wstring_view value) {
     return {};
 }
 
+wstring SetStart(Options& options, wstring_view value) {
+    const std::optional<int64_t> time = ParseTime(value);
+    if (!time) return L"--start wants seconds or H:MM:SS.fff, and not " + Quoted(value);
+    options.section.start = *time;
+    return {};
+}
+
+wstring SetDuration(Options& options, wstring_view value) {
+    const std::optional<int64_t> time = ParseTime(value);
+    if (!time || *time == 0) {
+        return L"--duration wants seconds or H:MM:SS.fff, above 0, and not " + Quoted(value);
+    }
+    options.section.duration = *time;
+    return {};
+}
+
 wstring SetNamed(int& target, std::span<const SettingName> names, const wchar_t* option,
                  wstring_view value) {
     const std::optional<int> code = FindSetting(names, value);
@@ -132,6 +149,8 @@ const OptionRow kOptions[] = {
     {L"--type", nullptr,
      [](Options& o, wstring_view v) { return SetNamed(o.type, TypeNames(), L"--type", v); }},
     {L"--fps", nullptr, SetFps},
+    {L"--start", nullptr, SetStart},
+    {L"--duration", nullptr, SetDuration},
     {L"--as-is", &Options::asIs, nullptr},
     {L"--output-folder", nullptr,
      [](Options& o, wstring_view v) {
@@ -207,6 +226,7 @@ wstring CheckNothingIsWritten(const Options& options) {
         const wchar_t* name;
     } rows[] = {{options.dryRun, L"--dry-run"},
                 {options.json, L"--json"},
+                {!options.section.IsAll(), L"--start or --duration"},
                 {!options.log.empty(), L"--log"},
                 {!options.outputFolder.empty(), L"--output-folder"}};
     for (const auto& row : rows) {

@@ -28,6 +28,8 @@ or plays it in a window.
   --format NAME   the only pixel format that the filter may take (default AUTO: any)
   --type NAME     the only kind of format block that the filter may take (default AUTO: any)
   --fps N         fixed frame rate: frames are repeated and dropped; 29.97 or 30000/1001
+  --start TIME    take the frames from TIME on, in seconds or as H:MM:SS.fff
+  --duration TIME for so long
   --as-is         write frame for frame, whatever the times of the frames
   --output-folder FOLDER  where the outputs go: all names are inputs then, of which the last part
                   may have * and ?; clip.mp4 becomes clip.avi. A last name that ends with a slash is

@@ -100,7 +100,8 @@ void CAviSourcePin::Push() {
     DeliverNewSegment(0, MAX_TIME, 1.0);
     const uint32_t count = m_source.Movie().reader.FrameCount();
     HRESULT hr = S_OK;
-    for (uint32_t i = 0; i < count && !m_stopping && SUCCEEDED(hr); ++i) hr = PushFrame(i);
+    for (uint32_t i = m_source.FirstFrame(); i < count && !m_stopping && SUCCEEDED(hr); ++i)
+        hr = PushFrame(i);
     if (!m_stopping && !tavo::ReceiverHasStopped(hr)) {
         if (FAILED(hr)) m_source.NotifyEvent(EC_ERRORABORT, hr, 0);
         DeliverEndOfStream();
@@ -140,6 +141,6 @@ HRESULT CAviSourcePin::PushFrame(uint32_t index) {
     sample->SetMediaTime(&number, &next);
     sample->SetSyncPoint(TRUE);
     sample->SetPreroll(FALSE);
-    sample->SetDiscontinuity(index == 0);
+    sample->SetDiscontinuity(index == m_source.FirstFrame());
     return Deliver(sample.Get());
 }

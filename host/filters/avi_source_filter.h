@@ -33,7 +33,7 @@ class CAviSourcePin final : public CBaseOutputPin {
     std::atomic<bool> m_stopping = false;
 };
 
-// Starts at the first frame whenever the graph leaves the stopped state. It does not seek.
+// Starts at the same frame whenever the graph leaves the stopped state. It does not seek.
 class CAviSource final : public CBaseFilter {
   public:
     // The movie is open.
@@ -44,8 +44,13 @@ class CAviSource final : public CBaseFilter {
 
     tavo::RawMovie& Movie() { return *m_movie; }
 
+    // Where it starts. Frames keep their times. While stopped.
+    void StartAt(uint32_t frame) { m_firstFrame = frame; }
+    uint32_t FirstFrame() const { return m_firstFrame; }
+
   private:
     CCritSec m_lock;
     const std::shared_ptr<tavo::RawMovie> m_movie;
+    uint32_t m_firstFrame = 0;
     CAviSourcePin m_pin;
 };

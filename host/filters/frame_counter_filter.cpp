@@ -4,6 +4,8 @@
 
 #include "host/filters/stopped_receiver.h"
 
+using tavo::TimeSection;
+
 namespace {
 
 // {A7D0C0C1-2E5B-4C44-8F0C-0E6A0B6D9C57}; never registered.
@@ -26,6 +28,74 @@ CBasePin* CFrameCounter::GetPin(int n) {
 CFrameCounter::Counts CFrameCounter::Read() {
     CAutoLock lock(&m_countsLock);
     return m_counts;
+}
+
+HRESULT CFrameCounter::Receive(IMediaSample* sample) {
+    if (m_section.IsAll()) return Pass(sample);
+    if (m_sectionEnded) return S_FALSE;
+    m_place = PlaceOf(*sample);
+    if (m_place == TimeSection::Place::Before) {
+        HoldType(*sample);
+        return S_OK;
+    }
+    if (m_place == TimeSection::Place::Behind) {
+        m_sectionEnded = true;
+        m_output.DeliverEndOfStream();
+        return S_FALSE;
+    }
+    const HRESULT hr = Shift(*sample);
+    return SUCCEEDED(hr) ? Pass(sample) : hr;
+}
+
+// A frame without a time goes where the one before it went, the first one to the beginning.
+TimeSection::Place CFrameCounter::PlaceOf(IMediaSample& sample) {
+    REFERENCE_TIME start = 0;
+    REFERENCE_TIME stop = 0;
+    if (FAILED(sample.GetTime(&start, &stop))) {
+        return m_section.start == 0 && m_place == TimeSection::Place::Before
+                   ? TimeSection::Place::Inside
+                   : m_place;
+    }
+    return m_section.PlaceOf(m_segment + start);
+}
+
+// The next frame has to bring it.
+void CFrameCounter::HoldType(IMediaSample& sample) {
+    AM_MEDIA_TYPE* type = nullptr;
+    if (sample.GetMediaType(&type) != S_OK || type == nullptr) return;
+    m_heldType.Set(*type);
+    DeleteMediaType(type);
+}
+
+HRESULT CFrameCounter::Shift(IMediaSample& sample) {
+    REFERENCE_TIME start = 0;
+    REFERENCE_TIME stop = 0;
+    const HRESULT times = sample.GetTime(&start, &stop);
+    if (SUCCEEDED(times)) {
+        const REFERENCE_TIME shift = m_segment - m_section.start;
+        start += shift;
+        stop += shift;
+        const HRESULT hr = sample.SetTime(&start, times == S_OK ? &stop : nullptr);
+        if (FAILED(hr)) return hr;
+    }
+    if (!m_heldType.IsValid()) return S_OK;
+    AM_MEDIA_TYPE* type = nullptr;
+    const bool hasOwn = sample.GetMediaType(&type) == S_OK;
+    DeleteMediaType(type);
+    const HRESULT hr = hasOwn ? S_OK : sample.SetMediaType(&m_heldType);
+    if (SUCCEEDED(hr)) m_heldType.InitMediaType();
+    return hr;
+}
+
+HRESULT CFrameCounter::NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
+    m_segment = start;
+    if (m_section.IsAll()) return m_output.DeliverNewSegment(start, stop, rate);
+    return m_output.DeliverNewSegment(0, m_section.duration, rate);
+}
+
+HRESULT CFrameCounter::EndOfStream() {
+    if (m_sectionEnded) return S_OK;
+    return m_output.DeliverEndOfStream();
 }
 
 HRESULT CFrameCounter::Pass(IMediaSample* sample) {
@@ -92,14 +162,15 @@ STDMETHODIMP CFrameCounterInput::GetAllocatorRequirements(ALLOCATOR_PROPERTIES* 
 STDMETHODIMP CFrameCounterInput::Receive(IMediaSample* sample) {
     HRESULT hr = CBaseInputPin::Receive(sample);
     if (hr != S_OK) return hr;
-    hr = m_counter.Pass(sample);
+    hr = m_counter.Receive(sample);
+    if (m_counter.HasSectionEnded()) return hr;
     // A dropped frame gives S_FALSE, which many sources take for the end of the stream.
     return hr == S_FALSE && !IsFlushing() && !IsStopped() ? S_OK : hr;
 }
 
 STDMETHODIMP CFrameCounterInput::EndOfStream() {
     const HRESULT hr = CheckStreaming();
-    return hr == S_OK ? m_counter.Output().DeliverEndOfStream() : hr;
+    return hr == S_OK ? m_counter.EndOfStream() : hr;
 }
 
 STDMETHODIMP CFrameCounterInput::BeginFlush() {
@@ -108,6 +179,7 @@ STDMETHODIMP CFrameCounterInput::BeginFlush() {
 }
 
 STDMETHODIMP CFrameCounterInput::EndFlush() {
+    m_counter.RestartSection();
     const HRESULT hr = m_counter.Output().DeliverEndFlush();
     return SUCCEEDED(hr) ? CBaseInputPin::EndFlush() : hr;
 }
@@ -115,7 +187,7 @@ STDMETHODIMP CFrameCounterInput::EndFlush() {
 STDMETHODIMP CFrameCounterInput::NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop,
                                             double rate) {
     CBaseInputPin::NewSegment(start, stop, rate);
-    return m_counter.Output().DeliverNewSegment(start, stop, rate);
+    return m_counter.NewSegment(start, stop, rate);
 }
 
 CFrameCounterOutput::CFrameCounterOutput(CFrameCounter* filter, CCritSec* lock, HRESULT* phr)

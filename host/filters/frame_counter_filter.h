@@ -8,6 +8,7 @@
 #include "dshow/com_ptr.h"
 #include "host/avi/time_stamps.h"
 #include "host/filters/frame_watch.h"
+#include "host/filters/time_section.h"
 #include "streams.h"
 
 class CFrameCounter;
@@ -81,21 +82,39 @@ class CFrameCounter final : public CBaseFilter {
     // Before the streaming, which it outlives. May be null.
     void SetWatch(tavo::FrameWatch* watch) { m_watch = watch; }
 
+    // Before the streaming. Frames outside never reach the scaling filter; the times of those
+    // inside count from its start. The first one behind it ends the stream.
+    void SetSection(const tavo::TimeSection& section) { m_section = section; }
+
     // Any thread.
     Counts Read();
 
     CFrameCounterInput& Input() { return m_input; }
     CFrameCounterOutput& Output() { return m_output; }
 
-    // Forwards the sample and counts. Streaming thread.
-    HRESULT Pass(IMediaSample* sample);
+    // On the streaming thread. S_FALSE ends the stream.
+    HRESULT Receive(IMediaSample* sample);
+    HRESULT NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate);
+    HRESULT EndOfStream();
+    bool HasSectionEnded() const { return m_sectionEnded; }
+    void RestartSection() { m_sectionEnded = false; }
 
   private:
+    HRESULT Pass(IMediaSample* sample);
+    tavo::TimeSection::Place PlaceOf(IMediaSample& sample);
+    void HoldType(IMediaSample& sample);
+    HRESULT Shift(IMediaSample& sample);
+
     CCritSec m_lock;
     CCritSec m_countsLock;
     Arrivals& m_arrivals;
     tavo::FrameWatch* m_watch = nullptr;
     Counts m_counts;
+    tavo::TimeSection m_section;
+    REFERENCE_TIME m_segment = 0;  // where the times of samples count from
+    tavo::TimeSection::Place m_place = tavo::TimeSection::Place::Before;  // of the last sample
+    CMediaType m_heldType;  // of a frame that was passed over
+    bool m_sectionEnded = false;
     CFrameCounterInput m_input;
     CFrameCounterOutput m_output;
 };

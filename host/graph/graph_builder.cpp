@@ -2,16 +2,17 @@
 
 #include "host/graph/graph_builder.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <new>
 #include <utility>
 
-#include "host/filters/avi_source_filter.h"
 #include "host/filters/video_type.h"
 #include "host/graph/display_aspect.h"
 #include "host/graph/error_text.h"
 #include "host/graph/graph_pins.h"
+#include "host/graph/movie_section.h"
 #include "host/graph/video_renderer.h"
 
 namespace tavo {
@@ -27,6 +28,8 @@ HRESULT MakeFilter(Filter*& object, ComPtr<IBaseFilter>& reference, Arguments&&.
     return hr;
 }
 
+constexpr REFERENCE_TIME kSeekMargin = 2 * kUnitsPerSecond;
+
 }  // namespace
 
 Attempt GraphBuilder::Build(Route route) {
@@ -38,6 +41,7 @@ Attempt GraphBuilder::Build(Route route) {
     }
     if (attempt_.graph->sink != nullptr) InsertCounter();
     FindDuration(route);
+    if (!options_.section.IsAll() && !TakeSection(route)) attempt_.graph.reset();
     return std::move(attempt_);
 }
 
@@ -116,8 +120,7 @@ HRESULT GraphBuilder::AddSource(Route route, ComPtr<IBaseFilter>& source) {
         return builder.AddSourceFilter(error ? options_.input.c_str() : full.c_str(), L"Source",
                                        source.Put());
     }
-    CAviSource* object = nullptr;
-    const HRESULT hr = MakeFilter(object, source, input_.movie);
+    const HRESULT hr = MakeFilter(ownSource_, source, input_.movie);
     return SUCCEEDED(hr) ? builder.AddFilter(source.Get(), L"AVI source") : hr;
 }
 
@@ -174,22 +177,55 @@ void GraphBuilder::InsertCounter() {
     builder.ConnectDirect(upstream.Get(), input.Get(), &type);
 }
 
+ComPtr<IMediaSeeking> GraphBuilder::UpstreamSeeking() const {
+    const VideoGraph& graph = *attempt_.graph;
+    const ComPtr<IPin> upstream =
+        PeerOf(graph.counter != nullptr ? &graph.counter->Input()
+                                        : FirstPin(graph.filter.Get(), PINDIR_INPUT).Get());
+    return upstream.As<IMediaSeeking>(IID_IMediaSeeking);
+}
+
 void GraphBuilder::FindDuration(Route route) {
     VideoGraph& graph = *attempt_.graph;
     if (route == Route::OwnReader) {
         graph.duration = input_.movie->Duration();
         return;
     }
-    const ComPtr<IPin> upstream =
-        PeerOf(graph.counter != nullptr ? &graph.counter->Input()
-                                        : FirstPin(graph.filter.Get(), PINDIR_INPUT).Get());
-    const auto seeking = upstream.As<IMediaSeeking>(IID_IMediaSeeking);
+    const ComPtr<IMediaSeeking> seeking = UpstreamSeeking();
     LONGLONG duration = 0;
     if (!seeking || FAILED(seeking->GetDuration(&duration)) || duration <= 0) return;
     GUID unit = TIME_FORMAT_NONE;
     if (SUCCEEDED(seeking->GetTimeFormat(&unit)) && unit == TIME_FORMAT_MEDIA_TIME) {
         graph.duration = duration;
     }
+}
+
+// The counter cuts; the source may spare it the frames in front. Decoders stamp a frame that a seek
+// meets in its middle with the time of the seek: so the seek goes to well before the section.
+bool GraphBuilder::TakeSection(Route route) {
+    VideoGraph& graph = *attempt_.graph;
+    const TimeSection& section = options_.section;
+    if (graph.counter == nullptr) {
+        attempt_.error = L"no section can be taken: the source does not connect with the counter";
+        return false;
+    }
+    graph.counter->SetSection(section);
+    if (route == Route::OwnReader) {
+        ownSource_->StartAt(FirstFrameFrom(*input_.movie, section.start));
+    } else if (section.start > kSeekMargin) {
+        // A source that does not seek is read from its beginning.
+        const ComPtr<IMediaSeeking> seeking = UpstreamSeeking();
+        LONGLONG position = section.start - kSeekMargin;
+        if (seeking) {
+            seeking->SetPositions(&position, AM_SEEKING_AbsolutePositioning, nullptr,
+                                  AM_SEEKING_NoPositioning);
+        }
+    }
+    if (graph.duration > 0) {
+        const int64_t rest = std::max<int64_t>(graph.duration - section.start, 0);
+        graph.duration = std::min(rest, section.duration);
+    }
+    return true;
 }
 
 }  // namespace tavo

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "host/filters/avi_source_filter.h"
 #include "host/graph/filter_factory.h"
 #include "host/graph/input_file.h"
 #include "host/graph/output_size.h"
@@ -41,11 +42,14 @@ class GraphBuilder {
     bool ConnectEnd();
     bool ConnectSink(IPin* output);
     void InsertCounter();
+    ComPtr<IMediaSeeking> UpstreamSeeking() const;
     void FindDuration(Route route);
+    bool TakeSection(Route route);
 
     const RunOptions& options_;
     const FilterFactory& factory_;
     const InputFile& input_;
+    CAviSource* ownSource_ = nullptr;  // the graph's, of Route::OwnReader
     Attempt attempt_;
 };
 

@@ -6,6 +6,7 @@
 
 #include "host/filters/video_type.h"
 #include "host/graph/graph_pins.h"
+#include "host/graph/movie_section.h"
 
 namespace tavo {
 namespace {
@@ -39,7 +40,7 @@ RunPlan PlanRun(const VideoGraph& graph, const RunOptions& options, const InputF
     EstimateFacts facts;
     facts.duration = graph.duration;
     facts.frameDuration = FrameDurationOf(graph.inputType);
-    if (input.movie) facts.inputFrames = input.movie->reader.FrameCount();
+    if (input.movie) facts.inputFrames = CountFrames(*input.movie, options.section);
     facts.fps = options.fps;
     facts.frameBytes = plan.frameBytes;
     plan.output = EstimateOutput(facts);

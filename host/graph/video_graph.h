@@ -33,7 +33,7 @@ struct VideoGraph {
     // Of the filter's pins.
     CMediaType inputType;
     CMediaType outputType;
-    REFERENCE_TIME duration = 0;  // of the video; 0 when it is unknown
+    REFERENCE_TIME duration = 0;  // of what is taken of the video; 0 when it is unknown
 
     PictureSize wanted;         // of the output, before rounding
     PictureSize size;           // rounded for the pixel format

@@ -48,6 +48,8 @@ void CheckAccepted(const Options& options) {
     Require(!several || options.log.empty());
     Require(!(options.play && options.pages) && !(options.asIs && options.fps > 0));
     Require(!options.ToScreen() || !(options.dryRun || options.json || !options.log.empty()));
+    Require(options.section.start >= 0 && options.section.duration > 0);
+    Require(!options.ToScreen() || options.section.IsAll());
     Require(!options.registered || options.module.empty());
 }
 

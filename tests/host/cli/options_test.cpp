@@ -170,6 +170,19 @@ TEST(Options, SeveralInputs) {
     EXPECT_TRUE(Contains(UsageText(), L"--output-folder"));
 }
 
+TEST(Options, Sections) {
+    const Options options = Good({L"--start", L"1:00.5", L"--duration=2"});
+    EXPECT_EQ(options.section, (TimeSection{605'000'000, 20'000'000}));
+    EXPECT_TRUE(Good({}).section.IsAll());
+    EXPECT_TRUE(Good({L"--start", L"0"}).section.IsAll());
+    EXPECT_TRUE(Contains(Error({L"--start", L"-1"}), L"--start wants"));
+    EXPECT_TRUE(Contains(Error({L"--duration", L"0"}), L"--duration wants"));
+    EXPECT_TRUE(Contains(Error({L"--duration", L"1s"}), L"\"1s\""));
+    EXPECT_TRUE(Contains(Parse({L"--play", L"a", L"--start", L"1"}).error, L"that write"));
+    EXPECT_TRUE(Contains(UsageText(), L"--start TIME"));
+    EXPECT_TRUE(Contains(UsageText(), L"--duration TIME"));
+}
+
 TEST(Options, Fit) {
     const Options options = Good({L"--fit", L"640x480"});
     EXPECT_TRUE(options.fit);

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "tests/host/avi/movie_files.h"
+#include "tests/host/avi/written_frames.h"
 #include "tests/host/cli/run_program.h"
 
 namespace tavo {
@@ -83,6 +86,57 @@ TEST_F(VantrelTiming, SteadyTimesGetNoNote) {
     EXPECT_EQ(movie.avi.rate, 30000u);
     EXPECT_EQ(movie.avi.repeats, std::vector<uint32_t>(30));
     EXPECT_FALSE(Contains(run.out, "Note")) << run.out;
+}
+
+// Frame numbers, by their bytes.
+std::vector<size_t> NumbersOf(const std::vector<Frame>& frames, const std::vector<Frame>& among) {
+    std::vector<size_t> numbers;
+    for (const Frame& frame : frames) {
+        numbers.push_back(static_cast<size_t>(std::ranges::find(among, frame) - among.begin()));
+    }
+    return numbers;
+}
+
+std::vector<size_t> Range(size_t begin, size_t end) {
+    std::vector<size_t> numbers;
+    for (size_t n = begin; n < end; ++n) numbers.push_back(n);
+    return numbers;
+}
+
+// Read by the program itself, and by the platform, which seeks.
+TEST_F(VantrelTiming, SectionsAreExactToTheFrame) {
+    const struct {
+        PixelFormat format;
+        const wchar_t* start;
+        const wchar_t* duration;
+        std::vector<size_t> frames;
+    } rows[] = {{PixelFormat::YVYU, L"3", L"0.2", Range(75, 80)},
+                {PixelFormat::YUY2, L"0", L"0.08", Range(0, 2)},
+                {PixelFormat::YUY2, L"2.9600001", L"0.0400001", Range(75, 76)},
+                {PixelFormat::YUY2, L"0:00:03.5", L"10", Range(88, 100)}};
+    std::vector<Frame> frames;
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << NameOf(row.format) << " from " << row.start);
+        const VideoFormat video = tavo_test::Video(row.format, 32, 16);
+        frames = NoiseFrames(video, 100);
+        WriteMovie(Path(L"in.avi"), video, frames, {25, 1});
+        const Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite",
+                                       L"--start", row.start, L"--duration", row.duration});
+        EXPECT_EQ(run.exitCode, 0u) << run.error;
+        EXPECT_EQ(NumbersOf(ReadMovie(Path(L"out.avi")).frames, frames), row.frames);
+    }
+    // The slots of a fixed rate begin with the section.
+    Output run = RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--start", L"2.4",
+                             L"--duration", L"0.4", L"--fps", L"50"});
+    EXPECT_EQ(run.exitCode, 0u) << run.error;
+    EXPECT_TRUE(Contains(run.out, "10 in, 19 out, 0 dropped, 9 repeated")) << run.out;
+    std::vector<size_t> slots;
+    for (size_t n = 0; n < 19; ++n) slots.push_back(60 + (n + 1) / 2);
+    EXPECT_EQ(NumbersOf(ReadMovie(Path(L"out.avi")).frames, frames), slots);
+    run = RunVantrel({Path(L"in.avi"), Path(L"none.avi"), L"--start", L"4"});
+    EXPECT_EQ(run.exitCode, 1u);
+    EXPECT_TRUE(Contains(run.error, "starts in that section")) << run.error;
+    EXPECT_FALSE(std::filesystem::exists(Path(L"none.avi")));
 }
 
 TEST_F(VantrelTiming, PixelsThatAreNotSquareStaySo) {

@@ -201,6 +201,50 @@ TEST_F(FrameCounter, WhatCameOutBeforeAFailureCounts) {
     Stop();
 }
 
+TEST_F(FrameCounter, ASectionIsCutAndItsTimesBeginAtZero) {
+    counter_->SetSection({1000, 500});
+    Connect();
+    Pause();
+    EXPECT_EQ(source_->pin().SendNewSegment(400, 9000, 1.0), S_OK);
+    EXPECT_EQ(sink_->pin().segments().back().start, 0);
+    // Before, without a time, at its start, without an end, at its end.
+    EXPECT_EQ(source_->pin().Deliver({.start = 599, .stop = 700}), S_OK);
+    EXPECT_EQ(source_->pin().Deliver(tavo_test::SampleSpec{}), S_OK);
+    EXPECT_EQ(sink_->pin().samples().size(), 0u);
+    EXPECT_EQ(source_->pin().Deliver({.start = 600, .stop = 700}), S_OK);
+    EXPECT_EQ(source_->pin().Deliver({.start = 1099}), S_OK);
+    EXPECT_EQ(source_->pin().Deliver(tavo_test::SampleSpec{}), S_OK);
+    EXPECT_EQ(sink_->pin().calls().Count("EndOfStream"), 0);
+    EXPECT_EQ(source_->pin().Deliver({.start = 1100, .stop = 1200}), S_FALSE);
+    EXPECT_EQ(sink_->pin().calls().Count("EndOfStream"), 1);
+    EXPECT_EQ(source_->pin().Deliver({.start = 600, .stop = 700}), S_FALSE);
+    EXPECT_EQ(source_->pin().SendEndOfStream(), S_OK);
+    EXPECT_EQ(sink_->pin().calls().Count("EndOfStream"), 1);
+    const auto samples = sink_->pin().samples();
+    ASSERT_EQ(samples.size(), 3u);
+    EXPECT_EQ(samples[0].start, 0);
+    EXPECT_EQ(samples[0].stop, 100);
+    EXPECT_EQ(samples[1].start, 499);
+    EXPECT_EQ(counter_->Read().frames, 3u);
+    EXPECT_EQ(counter_->Read().position, 499);
+    Stop();
+}
+
+TEST_F(FrameCounter, ATypeOfAFrameInFrontOfTheSectionIsNotLost) {
+    counter_->SetSection({1000, 500});
+    Connect();
+    Pause();
+    const MediaType type = Type();
+    EXPECT_EQ(source_->pin().Deliver({.start = 0, .stop = 500, .type = type}), S_OK);
+    EXPECT_EQ(source_->pin().Deliver({.start = 1000, .stop = 1001}), S_OK);
+    EXPECT_EQ(source_->pin().Deliver({.start = 1001, .stop = 1002}), S_OK);
+    const auto samples = sink_->pin().samples();
+    ASSERT_EQ(samples.size(), 2u);
+    EXPECT_TRUE(samples[0].type.has_value());
+    EXPECT_FALSE(samples[1].type.has_value());
+    Stop();
+}
+
 TEST_F(FrameCounter, FlushingPassesAndRefusesFrames) {
     Connect();
     Pause();
