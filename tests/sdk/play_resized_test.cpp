@@ -1,51 +1,23 @@
 // The example play_resized with the registered module, and its part that the README shows.
 
 #include <gtest/gtest.h>
-#include <windows.h>
 
 #include <fstream>
 #include <iterator>
 
-#include "tests/host/avi/movie_files.h"
-#include "tests/host/cli/run_program.h"
-#include "tests/support/unmanaged_windows.h"
+#include "tests/sdk/example_test.h"
 
 namespace tavo {
 namespace {
 
-using tavo_test::ModulePath;
-using tavo_test::NoiseFrames;
 using tavo_test::Output;
-using tavo_test::RunningProgram;
 
 const tavo_test::UnmanagedWindows unmanaged(L"play_resized.exe");
 
-HRESULT CallModule(const char* name) {
-    const HMODULE module = LoadLibraryW(ModulePath().c_str());
-    if (module == nullptr) return E_HANDLE;
-    const auto function =
-        reinterpret_cast<HRESULT(WINAPI*)()>(reinterpret_cast<void*>(GetProcAddress(module, name)));
-    const HRESULT result = function != nullptr ? function() : E_NOTIMPL;
-    FreeLibrary(module);
-    return result;
-}
-
-class PlayResized : public tavo_test::MovieTest {
+class PlayResized : public tavo_test::ExampleTest {
   protected:
-    void SetUp() override {
-        MovieTest::SetUp();
-        const VideoFormat video{PixelFormat::RGB24, InfoOf(PixelFormat::RGB24).compression, 160,
-                                120};
-        tavo_test::WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, 10));
-    }
-    void TearDown() override {
-        CallModule("DllUnregisterServer");
-        MovieTest::TearDown();
-    }
-
     Output Run(const std::vector<std::wstring>& arguments) {
-        const auto build = ModulePath().parent_path().parent_path();
-        return RunningProgram(build / L"examples" / L"play_resized.exe", arguments).Wait();
+        return ExampleTest::Run(L"play_resized.exe", arguments);
     }
 };
 
@@ -56,7 +28,7 @@ std::string TextOf(const std::string& path) {
 
 TEST_F(PlayResized, ShowsTheVideoInEachSize) {
     ASSERT_EQ(CallModule("DllRegisterServer"), S_OK);
-    const Output run = Run({Path(L"in.avi"), L"80x60", L"320x96"});
+    const Output run = Run({Path(L"short.avi"), L"80x60", L"320x96"});
     EXPECT_EQ(run.exitCode, 0u) << run.error;
     EXPECT_EQ(run.out.rfind("80x60, ", 0), 0u) << run.out;
     EXPECT_NE(run.out.find("\n320x96, "), std::string::npos) << run.out;
@@ -65,7 +37,7 @@ TEST_F(PlayResized, ShowsTheVideoInEachSize) {
 
 TEST_F(PlayResized, SaysWhatFailed) {
     CallModule("DllUnregisterServer");
-    const Output unregistered = Run({Path(L"in.avi"), L"80x60"});
+    const Output unregistered = Run({Path(L"short.avi"), L"80x60"});
     EXPECT_EQ(unregistered.exitCode, 1u);
     EXPECT_NE(unregistered.error.find("is it registered?"), std::string::npos);
     ASSERT_EQ(CallModule("DllRegisterServer"), S_OK);
@@ -73,12 +45,12 @@ TEST_F(PlayResized, SaysWhatFailed) {
     EXPECT_EQ(missing.exitCode, 1u);
     EXPECT_NE(missing.error.find("opening the video"), std::string::npos) << missing.error;
     for (const wchar_t* size : {L"80", L"80x60x40", L"-80x60", L"axb"}) {
-        EXPECT_EQ(Run({Path(L"in.avi"), size}).exitCode, 2u) << size;
+        EXPECT_EQ(Run({Path(L"short.avi"), size}).exitCode, 2u) << size;
     }
 }
 
 TEST_F(PlayResized, StandsInTheReadmeAsItIs) {
-    const std::string example = TextOf("examples/play_resized.cpp");
+    const std::string example = TextOf("sdk/cpp/play_resized.cpp");
     const std::string first = "// [In the README]\n";
     const size_t from = example.find(first);
     const size_t to = example.find("// [End]\n");

@@ -1,0 +1,10 @@
+// The settings header in C++, compiled as C++11 and C++20, and with CINTERFACE.
+
+#include "vantrel_settings.h"
+
+#ifdef CINTERFACE
+static_assert(sizeof(IVantrelSettingsVtbl) == 17 * sizeof(void*), "the table has 17 functions");
+#else
+static_assert(sizeof(VantrelMethodAuto) == 4, "the codes have 32 bits");
+static_assert(sizeof(IVantrelSettings) == sizeof(void*), "the interface has no fields");
+#endif
