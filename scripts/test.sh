@@ -19,7 +19,10 @@ done
 packages_preset=()
 for preset in "${presets[@]}"; do
     case $preset in
-        native | native32 | asan | win32 | win64 | tsan) ;;
+        native32 | asan | win32 | tsan) ;;
+        # The declarations and programs in other languages.
+        native) packages_preset+=(python3 mono-mcs) ;;
+        win64) packages_preset+=(fp-compiler fpc-source) ;;
         arm64) packages_preset+=(clang lld libstdc++-12-dev-arm64-cross libc6-dev-arm64-cross) ;;
         *) die "there is no build called $preset (native native32 asan tsan win32 win64 arm64)" ;;
     esac

@@ -1,0 +1,94 @@
+// Plays a video through the filter "Mira Vantrel" in a size and at a frame rate, prints what the filter
+// measures, and changes the size while the video plays.
+//
+//   LiveResize VIDEO WIDTH HEIGHT FPS NEW_WIDTH NEW_HEIGHT
+
+using System;
+using System.Globalization;
+using System.Runtime.InteropServices;
+
+static class LiveResize
+{
+    static readonly Guid FilterGraphClass = new Guid("E436EBB3-524F-11CE-9F53-0020AF0BA770");
+
+    static object Create(Guid id)
+    {
+        return Activator.CreateInstance(Type.GetTypeFromCLSID(id, true));
+    }
+
+    // Plays on for two seconds, or to the end of a shorter video.
+    static void PlayAndReport(IMediaEvent events, IVantrelSettings settings)
+    {
+        int code, width, height;
+        double milliseconds, taken, delivered;
+        events.WaitForCompletion(2000, out code);
+        settings.GetOutputSize(out width, out height);
+        settings.GetModuleTime(out milliseconds);
+        settings.GetSystemFps(out taken);
+        settings.GetGenerateFps(out delivered); // 0 without a frame rate
+        Console.WriteLine(string.Format(CultureInfo.InvariantCulture,
+            "{0}x{1}: {2:F2} ms per frame, {3:F1} frames per second scaled, {4:F1} delivered",
+            width, height, milliseconds, taken, delivered));
+    }
+
+    static void Play(string[] values)
+    {
+        var graph = (IGraphBuilder)Create(FilterGraphClass);
+        var control = (IMediaControl)graph;
+        var events = (IMediaEvent)graph;
+        var resizer = (IBaseFilter)Create(Vantrel.FilterClass);
+        var settings = (IVantrelSettings)resizer;
+
+        settings.SetOutputSize(int.Parse(values[1]), int.Parse(values[2]));
+        settings.SetFrameRate(double.Parse(values[3], CultureInfo.InvariantCulture));
+        settings.SetOutputFormat(VantrelPixelFormat.Rgb24); // what every renderer shows
+        graph.AddFilter(resizer, "Resizer");
+
+        IBaseFilter source;
+        IEnumPins pins;
+        IPin video, input, output;
+        graph.AddSourceFilter(values[0], "Source", out source);
+        source.EnumPins(out pins);
+        if (pins.Next(1, out video, IntPtr.Zero) != 0) throw new InvalidOperationException("the source has no pin");
+        resizer.FindPin("In", out input);
+        resizer.FindPin("Out", out output);
+        graph.Connect(video, input);
+        graph.Render(output);
+
+        control.Run();
+        PlayAndReport(events, settings);
+        settings.SetOutputSize(int.Parse(values[4]), int.Parse(values[5]));
+        if (settings.ApplySettings() != Vantrel.Success)
+        {
+            Console.WriteLine("The renderer takes no change while it runs: stopping.");
+            control.Stop();
+            if (settings.ApplySettings() != Vantrel.Success)
+                throw new InvalidOperationException("the new size is refused");
+            control.Run();
+        }
+        PlayAndReport(events, settings);
+        control.Stop();
+        // Before the program ends, not some time after: renderers and decoders hold devices.
+        Marshal.FinalReleaseComObject(settings);
+        Marshal.FinalReleaseComObject(graph);
+    }
+
+    static int Main(string[] values)
+    {
+        if (values.Length != 6)
+        {
+            Console.Error.WriteLine("Usage: LiveResize VIDEO WIDTH HEIGHT FPS NEW_WIDTH NEW_HEIGHT");
+            return 2;
+        }
+        try
+        {
+            Play(values);
+            return 0;
+        }
+        catch (Exception fault)
+        {
+            Console.Error.WriteLine(fault.Message);
+            return 1;
+        }
+    }
+}
