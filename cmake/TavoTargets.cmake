@@ -33,8 +33,9 @@ if(WIN32)
     target_compile_definitions(tavo_options INTERFACE
         UNICODE _UNICODE WINVER=0x0601 _WIN32_WINNT=0x0601)
     if(MINGW)
-        # One file to install: no run-time library beside the module.
-        target_link_options(tavo_options INTERFACE -static
+        # One file to install: no run-time library beside the module. The time of linking would make
+        # every build of the same sources another file.
+        target_link_options(tavo_options INTERFACE -static -Wl,--no-insert-timestamp
             -Wl,--dynamicbase -Wl,--nxcompat
             $<IF:$<BOOL:${TAVO_32BIT}>,-Wl$<COMMA>--no-seh,-Wl$<COMMA>--high-entropy-va>)
     endif()
@@ -102,9 +103,9 @@ function(tavo_ship name)
     if(MINGW)
         set(file "$<TARGET_FILE:${name}>")
         add_custom_command(TARGET ${name} POST_BUILD
-            COMMAND "${CMAKE_OBJCOPY}" --only-keep-debug "${file}" "${file}.debug"
-            COMMAND "${CMAKE_STRIP}" --strip-all "${file}"
-            COMMAND "${CMAKE_OBJCOPY}" "--add-gnu-debuglink=${file}.debug" "${file}"
+            COMMAND "${CMAKE_OBJCOPY}" --preserve-dates --only-keep-debug "${file}" "${file}.debug"
+            COMMAND "${CMAKE_STRIP}" --preserve-dates --strip-all "${file}"
+            COMMAND "${CMAKE_OBJCOPY}" --preserve-dates "--add-gnu-debuglink=${file}.debug" "${file}"
             VERBATIM)
     endif()
 endfunction()

@@ -1,10 +1,11 @@
 // What the files of the program and the module tell the system in their headers, what they need of
-// it, and that their symbols lie beside them.
+// it, that their symbols lie beside them, and that another build gives the same files.
 
 #include <gtest/gtest.h>
 #include <windows.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
@@ -39,11 +40,25 @@ class ImageFile {
     }
     std::vector<std::string> ImportedLibraries() const {
         std::vector<std::string> names;
-        const auto& table = Optional().DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
-        const auto* import = InMemory<IMAGE_IMPORT_DESCRIPTOR>(table.VirtualAddress);
-        for (; import->Name != 0; ++import) {
-            std::string& name = names.emplace_back(InMemory<char>(import->Name));
-            std::transform(name.begin(), name.end(), name.begin(), ::tolower);
+        for (const auto* import = Imports(); import->Name != 0; ++import) {
+            names.push_back(LibraryName(*import));
+        }
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+    std::vector<std::string> FunctionsFrom(const std::string& library) const {
+        std::vector<std::string> names;
+        for (const auto* import = Imports(); import->Name != 0; ++import) {
+            if (LibraryName(*import) != library) continue;
+            const auto* thunk = InMemory<IMAGE_THUNK_DATA>(import->OriginalFirstThunk);
+            for (; thunk->u1.AddressOfData != 0; ++thunk) {
+                if (IMAGE_SNAP_BY_ORDINAL(thunk->u1.Ordinal)) {
+                    names.push_back("#" + std::to_string(IMAGE_ORDINAL(thunk->u1.Ordinal)));
+                    continue;
+                }
+                const auto address = static_cast<DWORD>(thunk->u1.AddressOfData);
+                names.emplace_back(InMemory<char>(address + offsetof(IMAGE_IMPORT_BY_NAME, Name)));
+            }
         }
         std::sort(names.begin(), names.end());
         return names;
@@ -53,6 +68,15 @@ class ImageFile {
     }
 
   private:
+    const IMAGE_IMPORT_DESCRIPTOR* Imports() const {
+        const auto& table = Optional().DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT];
+        return InMemory<IMAGE_IMPORT_DESCRIPTOR>(table.VirtualAddress);
+    }
+    std::string LibraryName(const IMAGE_IMPORT_DESCRIPTOR& import) const {
+        std::string name = InMemory<char>(import.Name);
+        std::transform(name.begin(), name.end(), name.begin(), ::tolower);
+        return name;
+    }
     template <typename T>
     const T* At(size_t place) const {
         return reinterpret_cast<const T*>(bytes_.data() + place);
@@ -106,6 +130,59 @@ TEST_P(ImageHeaders, TheLibrariesThatItNeeds) {
     EXPECT_EQ(file_.ImportedLibraries(), GetParam().libraries);
 }
 
+TEST_P(ImageHeaders, NoLibraryIsLoadedLater) {
+    EXPECT_EQ(file_.Optional().DataDirectory[IMAGE_DIRECTORY_ENTRY_DELAY_IMPORT].Size, 0u);
+}
+
+// All of these are in Windows 7. One that is not would keep the module from being loaded there.
+TEST(ModuleImports, TheFunctionsOfKernel32) {
+    std::vector<std::string> names = {"AcquireSRWLockExclusive",
+                                      "CloseHandle",
+                                      "CreateEventW",
+                                      "CreateThread",
+                                      "DeleteCriticalSection",
+                                      "EnterCriticalSection",
+                                      "GetCurrentProcess",
+                                      "GetCurrentProcessId",
+                                      "GetCurrentThread",
+                                      "GetCurrentThreadId",
+                                      "GetLastError",
+                                      "GetModuleFileNameW",
+                                      "GetProcessAffinityMask",
+                                      "GetSystemInfo",
+                                      "GetSystemTimeAsFileTime",
+                                      "GetThreadPriority",
+                                      "InitializeCriticalSection",
+                                      "IsDBCSLeadByteEx",
+                                      "IsProcessorFeaturePresent",
+                                      "LeaveCriticalSection",
+                                      "MultiByteToWideChar",
+                                      "QueryPerformanceCounter",
+                                      "QueryPerformanceFrequency",
+                                      "ReleaseSRWLockExclusive",
+                                      "ReleaseSemaphore",
+                                      "ResetEvent",
+                                      "SetEvent",
+                                      "SetProcessAffinityMask",
+                                      "SetThreadPriority",
+                                      "Sleep",
+                                      "TerminateProcess",
+                                      "TlsGetValue",
+                                      "VirtualProtect",
+                                      "VirtualQuery",
+                                      "WaitForSingleObject",
+                                      "WideCharToMultiByte",
+                                      "lstrcmpiW",
+                                      "lstrcpynW"};
+    if (sizeof(void*) == 4)
+        names.insert(names.end(), {"FreeLibrary", "GetModuleHandleA", "GetModuleHandleW",
+                                   "GetProcAddress", "LoadLibraryA"});
+    std::sort(names.begin(), names.end());
+    const ImageFile module(tavo_test::ModulePath());
+    ASSERT_TRUE(module.IsWhole());
+    EXPECT_EQ(module.FunctionsFrom("kernel32.dll"), names);
+}
+
 TEST_P(ImageHeaders, TheSymbolsLieBesideIt) {
     EXPECT_EQ(file_.Header().NumberOfSymbols, 0u);
     std::filesystem::path path = GetParam().path();
@@ -118,6 +195,26 @@ TEST_P(ImageHeaders, TheSymbolsLieBesideIt) {
     EXPECT_EQ(symbols.Optional().AddressOfEntryPoint, file_.Optional().AddressOfEntryPoint);
     EXPECT_EQ(symbols.Sections().at(0).VirtualAddress, file_.Sections().at(0).VirtualAddress);
     EXPECT_EQ(symbols.Sections().at(0).Misc.VirtualSize, file_.Sections().at(0).Misc.VirtualSize);
+}
+
+TEST_P(ImageHeaders, NothingTellsWhenItWasBuilt) {
+    std::filesystem::path path = GetParam().path();
+    path += L".debug";
+    const ImageFile symbols(path);
+    ASSERT_TRUE(symbols.IsWhole());
+    EXPECT_EQ(file_.Header().TimeDateStamp, 0u);
+    EXPECT_EQ(symbols.Header().TimeDateStamp, 0u);
+}
+
+TEST_P(ImageHeaders, NothingTellsWhereItWasBuilt) {
+    std::filesystem::path path = GetParam().path();
+    path += L".debug";
+    const ImageFile symbols(path);
+    ASSERT_TRUE(symbols.IsWhole());
+    for (const char* folder : {TAVO_SOURCE_FOLDER, TAVO_BINARY_FOLDER}) {
+        EXPECT_FALSE(file_.Holds(folder));
+        EXPECT_FALSE(symbols.Holds(folder));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
