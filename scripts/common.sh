@@ -170,3 +170,5 @@ windows_path() { printf 'Z:%s' "$(realpath -m "$1" | tr / '\\')"; }
 packages_build=(cmake ninja-build g++-mingw-w64-i686-posix)
 packages_wine=(wine wine32:i386 wine64 gstreamer1.0-plugins-good:i386 gstreamer1.0-libav:i386)
 packages_display=(xvfb xauth fonts-wine)
+# What the packages are made with, and looked into.
+packages_packing=(g++-mingw-w64-x86-64-posix nsis zip unzip)

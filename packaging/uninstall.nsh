@@ -1,0 +1,50 @@
+; The uninstaller.
+
+!insertmacro DefineRefuseInUse "un."
+
+Function un.onInit
+    !insertmacro CheckBeforeStart
+FunctionEnd
+
+; Unregister FOLDER BITNESS RESULT: sets the variable to 1 when it was registered from here. One
+; that is registered from elsewhere stays.
+!macro Unregister folder bitness result
+    StrCpy ${result} ""
+    !insertmacro ReadRegistered ${folder} $3
+    ${If} $3 == "$INSTDIR\${folder}\TavoResample.ax"
+    ${AndIf} ${FileExists} "$3"
+        DetailPrint "Unregistering the filter for ${bitness} programs"
+        !insertmacro RunRegsvr32 ${folder} /u "$3" $4
+        ${If} $4 != 0
+            StrCpy $5 "The filter could not be unregistered for ${bitness} programs: regsvr32 ended with $4."
+        ${EndIf}
+        StrCpy ${result} 1
+    ${EndIf}
+!macroend
+
+Section Uninstall
+    Call un.RefuseInUse
+    StrCpy $5 ""
+    !insertmacro Unregister x86 32-bit $new32
+    !insertmacro Unregister x64 64-bit $new64
+    ${If} $5 != ""
+        ${If} $new32 == 1
+            !insertmacro RunRegsvr32 x86 "" "$INSTDIR\x86\TavoResample.ax" $4
+        ${EndIf}
+        ${If} $new64 == 1
+            !insertmacro RunRegsvr32 x64 "" "$INSTDIR\x64\TavoResample.ax" $4
+        ${EndIf}
+        MessageBox MB_OK|MB_ICONSTOP "$5$\r$\n$\r$\nNothing has been removed." /SD IDOK
+        SetErrorLevel ${NOT_REGISTERED}
+        Abort "$5"
+    ${EndIf}
+    ReadRegStr $createdFolder HKLM "${ENTRY}" "CreatedFolder"
+    ReadRegStr $olderFolder HKLM "${ENTRY}" "InstallLocation"
+    SetOutPath "$TEMP" ; the current folder cannot be removed
+    !insertmacro DeleteListed "$INSTDIR" ""
+    Delete "$INSTDIR\uninstall.exe"
+    !insertmacro RemoveCreatedFolders "$INSTDIR" "$createdFolder"
+    ${If} $olderFolder == $INSTDIR
+        DeleteRegKey HKLM "${ENTRY}"
+    ${EndIf}
+SectionEnd
