@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Installs what is missing, builds everything, and runs all tests: natively in 64 and 32 bits, under
-# the sanitizers, and under Wine in both bitnesses.
+# the sanitizers, and under Wine in both bitnesses; then installs the packages under Wine.
 # Usage: scripts/test.sh [PRESET...] [-- ARGUMENT...]
-#   PRESET      native native32 asan tsan win32 win64; all of them by default
+#   PRESET      native native32 asan tsan win32 win64, and package for the packages; all of them by
+#               default
 #               tsan: what threads share, with a sanitizer of its own
 #               arm64: in an emulator, and only when asked for
 #   ARGUMENT    for ctest, for instance -R module_test
@@ -15,7 +16,7 @@ while [ $# -gt 0 ] && [ "$1" != -- ]; do
     shift
 done
 [ $# -eq 0 ] || shift
-[ ${#presets[@]} -gt 0 ] || presets=(native native32 asan tsan win32 win64)
+[ ${#presets[@]} -gt 0 ] || presets=(native native32 asan tsan win32 win64 package)
 packages_preset=()
 for preset in "${presets[@]}"; do
     case $preset in
@@ -23,8 +24,9 @@ for preset in "${presets[@]}"; do
         # The declarations and programs in other languages.
         native) packages_preset+=(python3 mono-mcs) ;;
         win64) packages_preset+=(fp-compiler fpc-source) ;;
+        package) packages_preset+=("${packages_packing[@]}") ;;
         arm64) packages_preset+=(clang lld libstdc++-12-dev-arm64-cross libc6-dev-arm64-cross) ;;
-        *) die "there is no build called $preset (native native32 asan tsan win32 win64 arm64)" ;;
+        *) die "there is no build called $preset (native native32 asan tsan win32 win64 package arm64)" ;;
     esac
 done
 
@@ -65,9 +67,14 @@ await_ahead() { # PRESET
 failed=()
 for ((i = 0; i < ${#presets[@]}; i++)); do
     preset=${presets[i]}
+    next=${presets[i + 1]:-}
+    if [ "$preset" = package ]; then
+        "$root/scripts/test_package.sh" || failed+=(package)
+        continue
+    fi
     await_ahead "$preset"
     build_tests "$preset"
-    [ $((i + 1)) -eq ${#presets[@]} ] || build_ahead "${presets[i + 1]}"
+    [ -z "$next" ] || [ "$next" = package ] || build_ahead "$next"
     say "Testing $preset"
     runner=()
     case $preset in
@@ -85,6 +92,7 @@ done
 
 say "Result"
 for preset in "${presets[@]}"; do
+    [ "$preset" != package ] || continue
     echo "  $preset: build/$preset, log in build/$preset/Testing/Temporary/LastTest.log"
 done
 [ ${#failed[@]} -eq 0 ] || die "tests failed in: ${failed[*]}"
