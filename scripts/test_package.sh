@@ -68,7 +68,7 @@ save_registry() {
     timeout 60 wineserver -k || true
     timeout 60 wineserver -w || true
     sed -E -e '/^#time=/d' -e 's/^(\[.*\]) [0-9]+$/\1/' -e '/^"DriverDateData"=/d' \
-        -e '/^"PendingFileRenameOperations"=.*~nsu/d' "$WINEPREFIX"/{system,user,userdef}.reg |
+        -e '/^"PendingFileRenameOperations"=/{/Tavo/!d}' "$WINEPREFIX"/{system,user,userdef}.reg |
         awk 'BEGIN { RS = ""; ORS = "\n\n" } !/^\[Console\]/' >"$1"
 }
 
