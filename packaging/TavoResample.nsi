@@ -53,6 +53,7 @@ Var hasNew           ; 1 when the list in the folder is that of the new files
 Var list             ; this list while it is open, or empty
 Var createdFolder    ; the highest folder that was created for the program, or empty
 Var parts            ; the names of the chosen parts, with commas between them
+Var failure          ; what is wrong
 Var changing         ; 1 from the first change to the last
 
 ; Where an older version's files wait.

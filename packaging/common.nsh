@@ -2,13 +2,14 @@
 
 ; Fail CODE TEXT: says what is wrong, takes back what was done, and ends with the code.
 !macro Fail code text
-    DetailPrint "${text}"
+    StrCpy $failure "${text}"
+    DetailPrint "$failure"
     ${If} $changing == 1
         Call TakeBack
     ${EndIf}
-    MessageBox MB_OK|MB_ICONSTOP "${text}$\r$\n$\r$\nNothing has been changed." /SD IDOK
+    MessageBox MB_OK|MB_ICONSTOP "$failure$\r$\n$\r$\nNothing has been changed." /SD IDOK
     SetErrorLevel ${code}
-    Abort "${text}"
+    Abort "$failure"
 !macroend
 
 ; Refuse CODE TEXT: the same before there is a page.

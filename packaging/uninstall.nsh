@@ -16,7 +16,7 @@ FunctionEnd
         DetailPrint "Unregistering the filter for ${bitness} programs"
         !insertmacro RunRegsvr32 ${folder} /u "$3" $4
         ${If} $4 != 0
-            StrCpy $5 "The filter could not be unregistered for ${bitness} programs: regsvr32 ended with $4."
+            StrCpy $failure "The filter could not be unregistered for ${bitness} programs: regsvr32 ended with $4."
         ${EndIf}
         StrCpy ${result} 1
     ${EndIf}
@@ -24,19 +24,19 @@ FunctionEnd
 
 Section Uninstall
     Call un.RefuseInUse
-    StrCpy $5 ""
+    StrCpy $failure ""
     !insertmacro Unregister x86 32-bit $new32
     !insertmacro Unregister x64 64-bit $new64
-    ${If} $5 != ""
+    ${If} $failure != ""
         ${If} $new32 == 1
             !insertmacro RunRegsvr32 x86 "" "$INSTDIR\x86\TavoResample.ax" $4
         ${EndIf}
         ${If} $new64 == 1
             !insertmacro RunRegsvr32 x64 "" "$INSTDIR\x64\TavoResample.ax" $4
         ${EndIf}
-        MessageBox MB_OK|MB_ICONSTOP "$5$\r$\n$\r$\nNothing has been removed." /SD IDOK
+        MessageBox MB_OK|MB_ICONSTOP "$failure$\r$\n$\r$\nNothing has been removed." /SD IDOK
         SetErrorLevel ${NOT_REGISTERED}
-        Abort "$5"
+        Abort "$failure"
     ${EndIf}
     ReadRegStr $createdFolder HKLM "${ENTRY}" "CreatedFolder"
     ReadRegStr $olderFolder HKLM "${ENTRY}" "InstallLocation"
