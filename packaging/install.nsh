@@ -172,6 +172,9 @@ Function SetOlderAside
     !insertmacro DeleteListed "${ASIDE}" ""
     CreateDirectory "${ASIDE}"
     CopyFiles /SILENT "$INSTDIR\${LIST}" "${ASIDE}\${LIST}"
+    ${IfNot} ${FileExists} "${ASIDE}\${LIST}"
+        !insertmacro Fail ${FAILED} "The folder $INSTDIR cannot be written to."
+    ${EndIf}
     ${If} $older32 == "$INSTDIR\x86\TavoResample.ax"
         !insertmacro RunRegsvr32 x86 /u $older32 $4
     ${EndIf}
@@ -249,6 +252,9 @@ Function TakeBack
         !insertmacro MoveListed "${ASIDE}" "$INSTDIR"
         CopyFiles /SILENT "${ASIDE}\${LIST}" "$INSTDIR\${LIST}"
         !insertmacro DeleteListed "${ASIDE}" ""
+    ${EndIf}
+    ${If} $olderFolder == ""
+        DeleteRegKey HKLM "${ENTRY}"
     ${EndIf}
     !insertmacro RegisterAgain x86 $older32
     !insertmacro RegisterAgain x64 $older64
