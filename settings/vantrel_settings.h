@@ -15,34 +15,36 @@
 #ifndef VANTREL_SETTINGS_H
 #define VANTREL_SETTINGS_H
 
+#ifdef __cplusplus
+#define VANTREL_CONST static constexpr
+#define VANTREL_INT : int
+#else
+#define VANTREL_CONST static const
+#define VANTREL_INT
+#endif
+
 /* The codes stand for themselves; all else needs Windows. */
 #ifdef _WIN32
 
 #include <unknwn.h>
 
 /* {80650FA1-6CCB-4807-B027-46AA6BE5BFC9}: the filter. */
-static const CLSID CLSID_VantrelFilter = {
+VANTREL_CONST CLSID CLSID_VantrelFilter = {
     0x80650fa1, 0x6ccb, 0x4807, {0xb0, 0x27, 0x46, 0xaa, 0x6b, 0xe5, 0xbf, 0xc9}};
 
 /* {7C9F63C6-786B-4752-908E-460A061FA9D7}: the property page for size, method, format and type. */
-static const CLSID CLSID_ResamplePropertyPage = {
+VANTREL_CONST CLSID CLSID_ResamplePropertyPage = {
     0x7c9f63c6, 0x786b, 0x4752, {0x90, 0x8e, 0x46, 0x0a, 0x06, 0x1f, 0xa9, 0xd7}};
 
 /* {D7A3BD9A-E8A3-49E9-8261-CD2A7AC78403}: the property page for the frame rate. */
-static const CLSID CLSID_TimeRegulatorPropertyPage = {
+VANTREL_CONST CLSID CLSID_TimeRegulatorPropertyPage = {
     0xd7a3bd9a, 0xe8a3, 0x49e9, {0x82, 0x61, 0xcd, 0x2a, 0x7a, 0xc7, 0x84, 0x03}};
 
 /* {4E0DB2C5-3852-4FC9-ACFE-75F88F38549A} */
-static const IID IID_IVantrelSettings = {
+VANTREL_CONST IID IID_IVantrelSettings = {
     0x4e0db2c5, 0x3852, 0x4fc9, {0xac, 0xfe, 0x75, 0xf8, 0x8f, 0x38, 0x54, 0x9a}};
 
 #endif /* _WIN32 */
-
-#ifdef __cplusplus
-#define VANTREL_INT : int
-#else
-#define VANTREL_INT
-#endif
 
 /* How frames are scaled. "Auto" methods pick the instruction set of the processor; the others name
    the instruction set whose result is wanted. Codes that are not listed act like Auto. */
@@ -83,6 +85,7 @@ enum VantrelVideoType VANTREL_INT {
     VantrelTypeMpeg2 = 2
 };
 
+#undef VANTREL_CONST
 #undef VANTREL_INT
 
 #ifdef _WIN32
