@@ -16,6 +16,10 @@ PREFIXES = {"VantrelScaleMethod": "VantrelMethod", "VantrelPixelFormat": "Vantre
             "VantrelVideoType": "VantrelType"}
 
 
+# What readers raise where a declaration has another form.
+UNREADABLE = (ValueError, KeyError, AttributeError, IndexError)
+
+
 def described(text):
     """What the others are held against: identifiers, methods in the order of slots, codes."""
     data = json.loads(text)
@@ -193,7 +197,7 @@ def swapped(text, first, second):
 def reads_as(reader, text, wanted):
     try:
         return reader(text) == wanted
-    except (ValueError, KeyError, AttributeError):
+    except UNREADABLE:
         return False
 
 
@@ -203,9 +207,12 @@ def main():
     faults = []
     for name, (path, reader) in READERS.items():
         text = (root / path).read_text()
-        found = reader(text)
-        faults += [f"{name}: {key}: {found[key]} and not {wanted[key]}"
-                   for key in wanted if found[key] != wanted[key]]
+        try:
+            found = reader(text)
+            faults += [f"{name}: {key}: {found[key]} and not {wanted[key]}"
+                       for key in wanted if found[key] != wanted[key]]
+        except UNREADABLE as fault:
+            faults.append(f"{name}: it is not written as expected: {fault!r}")
         for first, second in CHANGES:
             changed = swapped(text, first, second)
             if changed != text and reads_as(reader, changed, wanted):
