@@ -34,12 +34,18 @@ class Module {
     }
     // What CoCreateInstance is for a class that is registered.
     HRESULT Create(REFCLSID clsid, REFIID iid, void** object) const {
-        using Function = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
-        const Function getClass = Find<Function>("DllGetClassObject");
-        if (getClass == nullptr) return E_NOINTERFACE;
         ComPtr<IClassFactory> factory;
-        const HRESULT hr = getClass(clsid, IID_PPV_ARGS(&factory));
+        const HRESULT hr = Factory(clsid, factory);
         return FAILED(hr) ? hr : factory->CreateInstance(nullptr, iid, object);
+    }
+    // Lets CoCreateInstance find a class in this process until CoRevokeClassObject: property frames
+    // make their pages with it.
+    HRESULT Announce(REFCLSID clsid, DWORD* cookie) const {
+        ComPtr<IClassFactory> factory;
+        const HRESULT hr = Factory(clsid, factory);
+        return FAILED(hr) ? hr
+                          : CoRegisterClassObject(clsid, factory.Get(), CLSCTX_INPROC_SERVER,
+                                                  REGCLS_MULTIPLEUSE, cookie);
     }
 
   private:
@@ -48,8 +54,24 @@ class Module {
         return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module_, name)));
     }
 
+    HRESULT Factory(REFCLSID clsid, ComPtr<IClassFactory>& factory) const {
+        using Function = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
+        const Function getClass = Find<Function>("DllGetClassObject");
+        return getClass == nullptr ? E_NOINTERFACE : getClass(clsid, IID_PPV_ARGS(&factory));
+    }
+
     HMODULE module_;
 };
+
+static HRESULT MakePage(const Module& module) {
+    DWORD cookie = 0;
+    HRESULT hr = module.Announce(CLSID_ResamplePropertyPage, &cookie);
+    if (FAILED(hr)) return hr;
+    ComPtr<IPropertyPage> page;
+    hr = CoCreateInstance(CLSID_ResamplePropertyPage, nullptr, CLSCTX_INPROC, IID_PPV_ARGS(&page));
+    CoRevokeClassObject(cookie);
+    return hr;
+}
 
 static int Use(const Module& module) {
     ComPtr<IGraphBuilder> graph;
@@ -61,6 +83,7 @@ static int Use(const Module& module) {
         hr = CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC, IID_PPV_ARGS(&graph));
     }
     if (SUCCEEDED(hr)) hr = graph->AddFilter(resizer.Get(), L"Resizer");
+    if (SUCCEEDED(hr)) hr = MakePage(module);
     if (FAILED(hr)) {
         std::fprintf(stderr, "error 0x%08lx\n", static_cast<unsigned long>(hr));
         return 1;
