@@ -13,10 +13,12 @@
 #include "host/cli/run_facts.h"
 #include "host/cli/statistics_text.h"
 #include "host/cli/wildcard.h"
+#include "host/graph/error_text.h"
 #include "host/graph/graph_run.h"
 #include "host/graph/graph_text.h"
 #include "host/graph/input_file.h"
 #include "host/graph/playback.h"
+#include "host/graph/published_graph.h"
 #include "host/graph/run_plan.h"
 #include "host/graph/video_graph.h"
 
@@ -80,6 +82,10 @@ int RunJob(const Options& options, const FilterFactory& factory, StopRequest& st
     if (!graph) return report.Finish(kFailed, error);
     if (options.json) AddGraphFacts(report.Facts(), *graph);
     if (options.graph) report.Print(GraphText(graph->builder.Get()));
+    PublishedGraph published;
+    const HRESULT hr = options.publish ? published.Register(graph->builder.Get()) : S_OK;
+    if (FAILED(hr))
+        return report.Finish(kFailed, L"the graph cannot be published: " + ErrorText(hr));
     if (stop.IsSet()) return report.Finish(kStopped, L"stopped before the first frame");
 
     if (options.dryRun) return Tell(options, *graph, input, report);

@@ -168,6 +168,7 @@ const OptionRow kOptions[] = {
      }},
     {L"--registered", &Options::registered, nullptr},
     {L"--graph", &Options::graph, nullptr},
+    {L"--publish", &Options::publish, nullptr},
     {L"--quiet", &Options::quiet, nullptr},
     {L"--play", &Options::play, nullptr},
     {L"--pages", &Options::pages, nullptr},

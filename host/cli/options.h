@@ -25,8 +25,9 @@ struct Options : RunOptions {
     bool registered = false;
     bool graph = false;
     bool quiet = false;
-    bool cpu = false;   // describe the processor and exit
-    bool list = false;  // list what the options accept, and the decoders, and exit
+    bool publish = false;  // the graph, to other programs
+    bool cpu = false;      // describe the processor and exit
+    bool list = false;     // list what the options accept, and the decoders, and exit
     bool help = false;
     bool version = false;
 

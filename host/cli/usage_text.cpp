@@ -42,6 +42,7 @@ or plays it in a window.
   --registered    use the filter that is registered on this system
   --module PATH   use the filter in this file (default: TavoResample.ax beside this program)
   --graph         print the filters, pins and media types that were connected
+  --publish       let graph editors see the graph while it runs
   --quiet         no progress and no statistics
   --cpu           print what is known of the processor and which code will run on it
   --list          print formats, methods and types by number and name, and the decoders found

@@ -183,6 +183,13 @@ TEST(Options, Sections) {
     EXPECT_TRUE(Contains(UsageText(), L"--duration TIME"));
 }
 
+TEST(Options, Publishing) {
+    EXPECT_TRUE(Good({L"--publish"}).publish);
+    EXPECT_TRUE(Parse({L"--play", L"a", L"--publish"}).options.publish);
+    EXPECT_FALSE(Good({}).publish);
+    EXPECT_TRUE(Contains(UsageText(), L"--publish"));
+}
+
 TEST(Options, Fit) {
     const Options options = Good({L"--fit", L"640x480"});
     EXPECT_TRUE(options.fit);

@@ -7,6 +7,7 @@
 
 #include "host/avi/file_store.h"
 #include "tests/host/avi/movie_files.h"
+#include "tests/host/cli/endless_movie.h"
 #include "tests/host/cli/run_program.h"
 #include "tests/support/patience.h"
 
@@ -20,33 +21,8 @@ using tavo_test::WriteMovie;
 
 class VantrelStop : public tavo_test::MovieTest {};
 
-// One frame and very many empty chunks that repeat it: a small file with a run too long to end
-// before it is interrupted.
-void WriteEndlessMovie(const std::filesystem::path& path, const VideoFormat& video) {
-    WriteMovie(path, video, NoiseFrames(video, 1), {25, 1});
-    const tavo_test::Movie movie = tavo_test::ReadMovie(path);
-    FileStore file;
-    std::vector<std::byte> start(static_cast<size_t>(movie.avi.frames[0]) + movie.avi.imageSize);
-    ASSERT_EQ(file.OpenForReading(path), IoResult::Ok);
-    ASSERT_EQ(file.ReadAt(0, start), IoResult::Ok);
-    constexpr size_t kRepeats = 2'000'000;
-    // Sizes of 0, as from an interrupted writer, reach to the end of the file.
-    for (const uint64_t at : {uint64_t{4}, movie.avi.frames[0] - 16}) {
-        std::fill_n(start.begin() + static_cast<ptrdiff_t>(at), 4, std::byte{0});
-    }
-    const size_t tail = start.size();
-    start.resize(tail + kRepeats * 8);
-    for (size_t i = 0; i < kRepeats; ++i) {
-        const char code[] = "00dc";
-        for (size_t k = 0; k < 4; ++k) start[tail + i * 8 + k] = static_cast<std::byte>(code[k]);
-    }
-    ASSERT_EQ(file.Create(path), IoResult::Ok);
-    ASSERT_EQ(file.WriteAt(0, start), IoResult::Ok);
-}
-
 TEST_F(VantrelStop, CtrlCLeavesACompleteFile) {
-    const VideoFormat video = {PixelFormat::YVYU, FourCc('Y', 'V', 'Y', 'U'), 64, 48};
-    WriteEndlessMovie(Path(L"in.avi"), video);
+    tavo_test::WriteEndlessMovie(Path(L"in.avi"));
     ASSERT_TRUE(tavo_test::ShareConsole()) << GetLastError();
     RunningProgram program(tavo_test::VantrelPath(), {Path(L"in.avi"), Path(L"out.avi")});
     ASSERT_TRUE(program.Started());
@@ -88,7 +64,7 @@ TEST_F(VantrelStop, CtrlCLeavesACompleteFile) {
 
 TEST_F(VantrelStop, CtrlCEndsAllInputs) {
     const VideoFormat video = {PixelFormat::YVYU, FourCc('Y', 'V', 'Y', 'U'), 64, 48};
-    WriteEndlessMovie(Path(L"a.avi"), video);
+    tavo_test::WriteEndlessMovie(Path(L"a.avi"));
     WriteMovie(Path(L"b.avi"), video, NoiseFrames(video, 1));
     std::filesystem::create_directory(Path(L"out"));
     ASSERT_TRUE(tavo_test::ShareConsole()) << GetLastError();
