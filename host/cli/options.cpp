@@ -310,4 +310,10 @@ ParsedOptions ParseOptions(std::span<const wstring_view> arguments) {
     return parsed;
 }
 
+std::vector<wstring_view> OptionNames() {
+    std::vector<wstring_view> names;
+    for (const OptionRow& row : kOptions) names.emplace_back(row.name);
+    return names;
+}
+
 }  // namespace tavo

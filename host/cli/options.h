@@ -44,4 +44,7 @@ struct ParsedOptions {
 // and --list need no files.
 ParsedOptions ParseOptions(std::span<const std::wstring_view> arguments);
 
+// All options, with their other names.
+std::vector<std::wstring_view> OptionNames();
+
 }  // namespace tavo

@@ -9,45 +9,43 @@ namespace tavo {
 std::wstring UsageText() {
     return LR"(Usage: vantrel INPUT OUTPUT.avi [options]
        vantrel INPUT... FOLDER\ [options]
-       vantrel --play INPUT [options]
-       vantrel --pages INPUT [options]
-       vantrel --cpu | --list
+       vantrel --play|--pages INPUT [options]
+       vantrel --cpu|--list
 
 Scales the video in INPUT with the filter Mira Vantrel and writes it, uncompressed, to OUTPUT.avi,
 or plays it in a window.
 
-  --play          play the video; ends with it, with Esc, or when its window is closed; the space
-                  bar pauses
-  --pages         play it over and over beside the filter's property pages; ends when these or the
-                  window are closed
-  --size WxH      size of the output; 0 for either keeps that side of the source, so that 640x0
-                  changes the width alone and with it the shape of the picture (default 0x0)
-  --fit WxH       the largest size within this box that keeps the shape of the picture; smaller
-                  pictures stay as they are
-  --method NAME   how to scale (default AUTO)
-  --format NAME   the only pixel format that the filter may take (default AUTO: any)
-  --type NAME     the only kind of format block that the filter may take (default AUTO: any)
-  --fps N         fixed frame rate: frames are repeated and dropped; 29.97 or 30000/1001
-  --start TIME    take the frames from TIME on, in seconds or as H:MM:SS.fff
-  --duration TIME for so long
-  --as-is         write frame for frame, whatever the times of the frames
-  --output-folder FOLDER  where the outputs go: all names are inputs then, of which the last part
-                  may have * and ?; clip.mp4 becomes clip.avi. A last name that ends with a slash is
-                  such a folder. One that fails does not stop the others.
-  --dry-run       print what would be done, and write nothing
-  --json          print statistics, or what went wrong, as a line of JSON instead of text
-  --log FILE.csv  write a line per frame: its times, whether it was taken, repeated or dropped, and
-                  how long the filter took
-  --overwrite     replace files that are there
-  --registered    use the filter that is registered on this system
-  --module PATH   use the filter in this file (default: TavoResample.ax beside this program)
-  --graph         print the filters, pins and media types that were connected
-  --publish       let graph editors see the graph while it runs
-  --quiet         no progress and no statistics
-  --cpu           print what is known of the processor and which code will run on it
-  --list          print formats, methods and types by number and name, and the decoders found
-  --help, -h, /?  this text
-  --version       version of this program
+Picture
+  --size WxH        size of the output; 0 keeps that side of the source (default 0x0)
+  --fit WxH         the largest size in this box that keeps the shape; none gets larger
+  --method NAME     how to scale (default AUTO)
+  --format NAME     the only pixel format that the filter may take (default AUTO: any)
+  --type NAME       the only kind of format block that it may take (default AUTO: any)
+Time
+  --fps N           fixed frame rate, by repeats and drops; 29.97 or 30000/1001
+  --start TIME      take the frames from TIME on, in seconds or as H:MM:SS.fff
+  --duration TIME   take the frames of so long a time
+  --as-is           write frame for frame, whatever the times of the frames
+Files
+  --output-folder DIR  for several inputs, also with * and ?: clip.mp4 becomes DIR\clip.avi; the same
+                    is meant by a last name that ends with a slash
+  --overwrite       replace files that are there
+  --dry-run         tell what would be done, and write nothing
+  --log FILE.csv    a line per frame: times, taken or repeated or dropped, milliseconds
+  --json            statistics, or what went wrong, as a line of JSON
+In a window
+  --play            play the video; the space bar pauses, Esc ends
+  --pages           play it over and over beside the filter's property pages
+Other
+  --registered      use the filter that is registered on this system
+  --module PATH     use the filter in this file (default: TavoResample.ax beside this program)
+  --graph           print the filters, pins and media types that were connected
+  --publish         let graph editors see the graph while it runs
+  --quiet           no progress and no statistics
+  --cpu             what is known of the processor, and which code runs on it
+  --list            formats, methods and types by number and name, and the decoders found
+  --help, -h, /?    this text
+  --version         version of this program
 
 Formats hold sizes of their own: planar pictures are even in width and height (YVU9: multiples of
 4), packed 4:2:2 ones even in width. Sizes between are rounded up.
