@@ -120,26 +120,36 @@ std::wstring FileError(const std::filesystem::path& output, const CAviSink::Resu
 // The log of a run, if there is one.
 class RunLog {
   public:
+    explicit RunLog(VideoGraph& graph) : graph_(graph) {}
+    // After an exception the graph may still run.
+    ~RunLog() {
+        if (!log_) return;
+        const auto control = graph_.builder.As<IMediaControl>(IID_IMediaControl);
+        if (control) control->Stop();
+        Watch(nullptr);
+    }
+    RunLog(const RunLog&) = delete;
+    RunLog& operator=(const RunLog&) = delete;
+
     // Empty on success, else one line for the user.
-    std::wstring Open(const std::wstring& path, VideoGraph& graph) {
+    std::wstring Open(const std::wstring& path) {
         if (path.empty()) return {};
-        if (graph.counter == nullptr) {
+        if (graph_.counter == nullptr) {
             return L"there can be no log: the source does not connect with the frame counter";
         }
         const IoResult opened = file_.Create(path);
         if (opened != IoResult::Ok) return Quoted(path) + L" cannot be created: " + IoText(opened);
         log_ = std::make_unique<FrameLog>(file_, Now);
-        graph.counter->SetWatch(log_.get());
-        graph.sink->SetWatch(log_.get());
+        Watch(log_.get());
         return {};
     }
 
     // The graph is stopped.
-    std::wstring Close(const std::wstring& path, VideoGraph& graph) {
+    std::wstring Close(const std::wstring& path) {
         if (!log_) return {};
-        graph.counter->SetWatch(nullptr);
-        graph.sink->SetWatch(nullptr);
+        Watch(nullptr);
         IoResult written = log_->Finish();
+        log_.reset();
         const IoResult closed = file_.Close();
         if (written == IoResult::Ok) written = closed;
         if (written == IoResult::Ok) return {};
@@ -147,11 +157,17 @@ class RunLog {
     }
 
   private:
+    void Watch(FrameWatch* watch) {
+        graph_.counter->SetWatch(watch);
+        graph_.sink->SetWatch(watch);
+    }
+
     static int64_t Now() {
         const auto time = std::chrono::steady_clock::now().time_since_epoch();
         return std::chrono::duration_cast<std::chrono::nanoseconds>(time).count();
     }
 
+    VideoGraph& graph_;
     FileStore file_;
     std::unique_ptr<FrameLog> log_;
 };
@@ -161,8 +177,8 @@ class RunLog {
 RunResult RunGraph(VideoGraph& graph, const RunOptions& options, StopRequest& stop,
                    RunDisplay* display) {
     RunResult result;
-    RunLog log;
-    result.error = log.Open(options.log, graph);
+    RunLog log(graph);
+    result.error = log.Open(options.log);
     if (!result.error.empty()) return result;
     const std::filesystem::path output = options.output;
     // Frames of a fixed rate are written as they come.
@@ -175,17 +191,18 @@ RunResult RunGraph(VideoGraph& graph, const RunOptions& options, StopRequest& st
         result.error = Quoted(output.wstring()) + L" cannot be created: " + IoText(opened);
     }
     result.file = graph.sink->FinishFile();
-    result.logError = log.Close(options.log, graph);
+    result.logError = log.Close(options.log);
     if (graph.counter != nullptr) result.input = graph.counter->Read();
     if (opened == IoResult::Ok) {
         const std::wstring error = FileError(output, result.file);
         if (!error.empty()) result.error = error;
         const bool atEnd = result.error.empty() && !result.stopped;
         result.gaveNoFrame = atEnd && result.file.frames == 0;
+    }
+    if ((!result.error.empty() || result.gaveNoFrame) && result.file.frames == 0) {
         std::error_code ignored;
-        if ((!result.error.empty() || result.gaveNoFrame) && result.file.frames == 0) {
-            std::filesystem::remove(output, ignored);
-        }
+        if (opened == IoResult::Ok) std::filesystem::remove(output, ignored);
+        if (!options.log.empty()) std::filesystem::remove(options.log, ignored);
     }
     return result;
 }

@@ -48,7 +48,7 @@ struct RunResult {
 };
 
 // Creates the output file, runs the graph, stops it and finishes the file. A failed run that wrote
-// no frame leaves no file. `display` may be null.
+// no frame leaves neither file nor log. `display` may be null.
 RunResult RunGraph(VideoGraph& graph, const RunOptions& options, StopRequest& stop,
                    RunDisplay* display);
 
