@@ -25,6 +25,12 @@
 namespace tavo {
 namespace {
 
+// Why nothing comes out.
+std::wstring WhyNone(const Options& options, const InputFile& input) {
+    if (options.section.IsAll()) return WhyNoFrames(input.Name(), input.facts);
+    return L"no frame of " + input.Name() + L" starts in that section";
+}
+
 int Write(const Options& options, VideoGraph& graph, StopRequest& stop, const InputFile& input,
           Report& report) {
     ProgressDisplay display;
@@ -33,10 +39,7 @@ int Write(const Options& options, VideoGraph& graph, StopRequest& stop, const In
     if (any && options.json) AddRunFacts(report.Facts(), result);
     if (any && !options.quiet && !options.json) report.Print(StatisticsText(graph, result));
     if (result.gaveNoFrame) {
-        const std::wstring why = options.section.IsAll()
-                                     ? WhyNoFrames(input.Name(), input.facts)
-                                     : L"no frame of " + input.Name() + L" starts in that section";
-        return report.Finish(kFailed, why);
+        return report.Finish(kFailed, WhyNone(options, input));
     }
     if (input.IsTruncated() && !result.stopped) {
         report.Warn(input.Name() + L" is cut off; all whole frames were read");
@@ -62,6 +65,7 @@ int Tell(const Options& options, const VideoGraph& graph, const InputFile& input
     if (!error.empty()) return report.Finish(kFailed, error);
     const RunPlan plan = PlanRun(graph, options, input);
     if (options.json) AddPlanFacts(report.Facts(), plan);
+    if (plan.output.frames == 0) return report.Finish(kFailed, WhyNone(options, input));
     if (!options.quiet && !options.json) report.Print(PlanText(graph, plan, options.output));
     return report.Finish(kDone);
 }

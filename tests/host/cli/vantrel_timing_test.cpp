@@ -133,10 +133,14 @@ TEST_F(VantrelTiming, SectionsAreExactToTheFrame) {
     std::vector<size_t> slots;
     for (size_t n = 0; n < 19; ++n) slots.push_back(60 + (n + 1) / 2);
     EXPECT_EQ(NumbersOf(ReadMovie(Path(L"out.avi")).frames, frames), slots);
-    run = RunVantrel({Path(L"in.avi"), Path(L"none.avi"), L"--start", L"4"});
-    EXPECT_EQ(run.exitCode, 1u);
-    EXPECT_TRUE(Contains(run.error, "starts in that section")) << run.error;
-    EXPECT_FALSE(std::filesystem::exists(Path(L"none.avi")));
+    for (const wchar_t* option : {L"--graph", L"--dry-run"}) {
+        run = RunVantrel({Path(L"in.avi"), Path(L"none.avi"), L"--start", L"4", L"--log",
+                          Path(L"none.csv"), option});
+        EXPECT_EQ(run.exitCode, 1u);
+        EXPECT_TRUE(Contains(run.error, "starts in that section")) << run.error;
+        EXPECT_FALSE(std::filesystem::exists(Path(L"none.avi")));
+        EXPECT_FALSE(std::filesystem::exists(Path(L"none.csv")));
+    }
 }
 
 TEST_F(VantrelTiming, PixelsThatAreNotSquareStaySo) {
