@@ -112,9 +112,10 @@ Words OptionsIn(const std::string& text) {
     return found;
 }
 
-TEST(Completion, HelpHasTheSame) {
+TEST(Completion, HelpAndReferenceHaveTheSame) {
     const std::wstring help = UsageText();
     EXPECT_EQ(OptionsIn({help.begin(), help.end()}), LongOptions());
+    EXPECT_EQ(OptionsIn(ReadFile("../docs/vantrel.md")), LongOptions());
     for (const wchar_t* other : {L"-h, ", L"/?"}) EXPECT_NE(help.find(other), std::wstring::npos);
 }
 
