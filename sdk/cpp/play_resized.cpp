@@ -31,7 +31,7 @@ HRESULT Query(IUnknown* object, REFIID iid, ComPtr<Interface>& result) {
     return object->QueryInterface(iid, reinterpret_cast<void**>(result.ReleaseAndGetAddressOf()));
 }
 
-// [In the README]
+// [In docs/programming.md]
 // Adds the filter to a graph; it scales to the given size.
 HRESULT AddResizer(IGraphBuilder* graph, int width, int height, ComPtr<IBaseFilter>& resizer,
                    ComPtr<IVantrelSettings>& settings) {

@@ -1,4 +1,4 @@
-// The example play_resized with the registered module, and its part that the README shows.
+// The example play_resized with the registered module, and its part that the documents show.
 
 #include <gtest/gtest.h>
 
@@ -49,16 +49,16 @@ TEST_F(PlayResized, SaysWhatFailed) {
     }
 }
 
-TEST_F(PlayResized, StandsInTheReadmeAsItIs) {
+TEST_F(PlayResized, StandsInTheDocumentsAsItIs) {
     const std::string example = TextOf("sdk/cpp/play_resized.cpp");
-    const std::string first = "// [In the README]\n";
+    const std::string first = "// [In docs/programming.md]\n";
     const size_t from = example.find(first);
     const size_t to = example.find("// [End]\n");
     ASSERT_NE(from, std::string::npos);
     ASSERT_NE(to, std::string::npos);
     const std::string part = example.substr(from + first.size(), to - from - first.size());
     EXPECT_GT(part.size(), 500u);
-    EXPECT_NE(TextOf("README.md").find("```cpp\n" + part + "```\n"), std::string::npos) << part;
+    EXPECT_NE(TextOf("docs/programming.md").find("```cpp\n" + part + "```\n"), std::string::npos) << part;
 }
 
 }  // namespace
