@@ -214,7 +214,7 @@ def check_script(runner, command, match, _):
            f"{words[0]} takes no arguments")
     for word in words[1:]:
         if words[0] == "scripts/test.sh" and re.fullmatch(r"[a-z]+\d*", word):
-            demand(word in presets(runner), f"there is no preset {word}")
+            demand(word in [*presets(runner), "package"], f"there is no preset {word}")
         if words[0] == "scripts/fuzz.sh" and re.fullmatch(r"[A-Z]\w+", word):
             demand(os.path.isdir(f"{runner.root}/tests/fuzz/corpus/{word}"), f"there is no target {word}")
         if word.startswith("--"):

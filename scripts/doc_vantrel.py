@@ -50,7 +50,10 @@ class VantrelRun:
         names = [name.replace("\\", "/") for name in self.sources]
         if self.folder is not None:
             self.folder = self.folder.replace("\\", "/").rstrip("/")
-            os.makedirs(f"{sandbox}/{self.folder}", exist_ok=True)
+            folder = os.path.realpath(f"{sandbox}/{self.folder}")
+            demand(folder.startswith(os.path.realpath(sandbox) + "/"), f"{self.folder} is no folder of its own")
+            shutil.rmtree(folder, ignore_errors=True)
+            os.makedirs(f"{sandbox}/{self.folder}")
             first = os.path.splitext(os.path.basename(names[0]))[0].replace("*", "a").replace("?", "a")
             self.target = f"{self.folder}/{first}.avi"
         for name in names:
@@ -62,8 +65,9 @@ class VantrelRun:
         if not self.target:
             return
         path = f"{sandbox}/{self.target}"
-        if os.path.exists(path):
-            os.remove(path)
+        for name in os.listdir(os.path.dirname(path)):
+            if name.lower() == os.path.basename(path).lower():  # one file for Windows
+                os.remove(os.path.join(os.path.dirname(path), name))
         if "--overwrite" in self.options:
             with open(path, "w", encoding="ascii") as file:
                 file.write("what was there before")
@@ -154,6 +158,8 @@ OPTIONS = {
     "--registered": (False, nothing_more), "--module": (True, nothing_more),
     "--graph": (False, check_graph), "--quiet": (False, check_quiet), "--play": (False, nothing_more),
     "--pages": (False, nothing_more), "--cpu": (False, check_cpu), "--list": (False, check_list),
-    "--output-folder": (True, nothing_more), "--dry-run": (False, check_dry_run), 
-    "--json": (False, check_json), "--log": (True, check_log), "--help": (False, check_help), "--version": (False, nothing_more),
+    "--output-folder": (True, nothing_more), "--dry-run": (False, check_dry_run),
+    "--start": (True, nothing_more), "--duration": (True, nothing_more),
+    "--json": (False, check_json), "--log": (True, check_log), "--publish": (False, nothing_more),
+    "--help": (False, check_help), "--version": (False, nothing_more),
 }
