@@ -28,13 +28,13 @@ void PutMainHeader(RiffBlock& block, const AviHeader& header) {
     const double fps = header.rate.Fps();
     const size_t chunk = block.Open(kMainHeader);
     block.Put32(Clamp32(1'000'000.0 / fps + 0.5));
-    block.Put32(Clamp32((FrameBytes(header) + 8.0) * fps + 0.5));
+    block.Put32(Clamp32((FrameBytes(header) + 8.0) * fps + header.sound.BytesPerSecond() + 0.5));
     block.Put32(0);  // granularity
     block.Put32(kHasIndex | kTrustChunkTypes);
     // Frames that a reader without OpenDML can reach.
-    block.Put32(header.segments.empty() ? 0 : header.segments.front().frames);
-    block.Put32(0);  // initial frames
-    block.Put32(1);  // streams
+    block.Put32(header.segments.empty() ? 0 : header.segments.front().length);
+    block.Put32(0);                               // initial frames
+    block.Put32(header.sound.IsKnown() ? 2 : 1);  // streams
     block.Put32(FrameBytes(header));
     block.Put32(static_cast<uint32_t>(header.video.width));
     block.Put32(RowCount(header.video.height));
@@ -88,19 +88,20 @@ void PutStreamFormat(RiffBlock& block, const AviHeader& header) {
     block.Close(chunk);
 }
 
-void PutSuperIndex(RiffBlock& block, const AviHeader& header) {
+void PutSuperIndex(RiffBlock& block, uint32_t code, std::span<const SegmentEntry> segments,
+                   uint32_t maxSegments) {
     const size_t chunk = block.Open(kSuperIndex);
     block.Put16(kLongsPerSuperEntry);
     block.Put16(kIndexOfIndexes << 8);  // sub type, type
-    block.Put32(static_cast<uint32_t>(header.segments.size()));
-    block.Put32(header.chunkCode);
+    block.Put32(static_cast<uint32_t>(segments.size()));
+    block.Put32(code);
     block.PutZeros(12);
-    for (const SegmentEntry& entry : header.segments) {
+    for (const SegmentEntry& entry : segments) {
         block.Put64(entry.offset);
         block.Put32(entry.size);
-        block.Put32(entry.frames);
+        block.Put32(entry.length);
     }
-    block.PutZeros((header.maxSegments - header.segments.size()) * kSuperEntryBytes);
+    block.PutZeros((maxSegments - segments.size()) * kSuperEntryBytes);
     block.Close(chunk);
 }
 
@@ -121,6 +122,45 @@ void PutVideoProperties(RiffBlock& block, const AviHeader& header) {
     block.Put32(1);  // fields per frame, then each field's rectangles
     for (const uint32_t value : {height, width, height, width, 0u, 0u, 0u, 0u}) block.Put32(value);
     block.Close(chunk);
+}
+
+void PutSoundHeader(RiffBlock& block, const AviHeader& header) {
+    const SoundFormat& sound = header.sound;
+    const size_t chunk = block.Open(kStreamHeader);
+    block.Put32(kSoundStream);
+    block.PutZeros(16);  // handler, flags, priority and language, initial frames
+    block.Put32(sound.BlockBytes());
+    block.Put32(sound.BytesPerSecond());
+    block.Put32(0);  // start
+    block.Put32(Clamp32(static_cast<double>(header.soundBlocks)));
+    block.Put32(sound.BytesPerSecond());  // buffer
+    block.Put32(kDefaultQuality);
+    block.Put32(sound.BlockBytes());
+    block.PutZeros(8);  // a rectangle
+    block.Close(chunk);
+}
+
+void PutSoundFormat(RiffBlock& block, const SoundFormat& sound) {
+    constexpr uint32_t kPcm = 1;
+    constexpr uint32_t kFloat = 3;
+    const size_t chunk = block.Open(kStreamFormat);
+    block.Put16(sound.isFloat ? kFloat : kPcm);
+    block.Put16(sound.channels);
+    block.Put32(sound.rate);
+    block.Put32(sound.BytesPerSecond());
+    block.Put16(sound.BlockBytes());
+    block.Put16(sound.bits);
+    block.Put16(0);  // more
+    block.Close(chunk);
+}
+
+void PutSoundStream(RiffBlock& block, const AviHeader& header) {
+    if (!header.sound.IsKnown()) return;
+    const size_t stream = block.OpenList(kList, kStreamList);
+    PutSoundHeader(block, header);
+    PutSoundFormat(block, header.sound);
+    PutSuperIndex(block, kSoundChunk, header.soundSegments, header.maxSegments);
+    block.Close(stream);
 }
 
 void PutExtendedHeader(RiffBlock& block, const AviHeader& header) {
@@ -146,9 +186,10 @@ std::vector<std::byte> HeaderList(const AviHeader& header) {
     const size_t stream = block.OpenList(kList, kStreamList);
     PutStreamHeader(block, header);
     PutStreamFormat(block, header);
-    PutSuperIndex(block, header);
+    PutSuperIndex(block, header.chunkCode, header.segments, header.maxSegments);
     PutVideoProperties(block, header);
     block.Close(stream);
+    PutSoundStream(block, header);
     PutExtendedHeader(block, header);
     block.Close(list);
     return block.Take();

@@ -1,4 +1,4 @@
-// The two indexes of a RIFF segment, as bytes.
+// The indexes of a RIFF segment, as bytes.
 
 #pragma once
 
@@ -8,27 +8,23 @@
 
 namespace tavo {
 
-// One chunk of the movie list: a frame, or an empty one that repeats it.
+// One chunk of the movie list. A frame of size 0 repeats the one before.
 struct IndexEntry {
     uint64_t offset;  // of the chunk, from the movi list
-    bool repeat;
-};
-
-struct MovieChunks {
-    uint32_t code = 0;       // that all chunks have
-    uint32_t frameSize = 0;  // of a frame's data
-    uint64_t movie = 0;      // of the movi list
-    std::span<const IndexEntry> entries;
+    uint32_t code;
+    uint32_t size;  // of its data
 };
 
 // Sizes of indexes with that many entries, in bytes.
 uint64_t StreamIndexSize(uint64_t entries);
 uint64_t OldIndexSize(uint64_t entries);
 
+// The index of the chunks with this code: video, or sound. `movie` is the offset of the movi list.
 // Padded with junk to the size of `reserved` entries.
-std::vector<std::byte> StreamIndex(const MovieChunks& chunks, uint64_t reserved);
+std::vector<std::byte> StreamIndex(std::span<const IndexEntry> entries, uint32_t code,
+                                   uint64_t movie, uint64_t reserved);
 
-// For readers without OpenDML.
-std::vector<std::byte> OldIndex(const MovieChunks& chunks, uint64_t reserved);
+// Of all chunks, for readers without OpenDML.
+std::vector<std::byte> OldIndex(std::span<const IndexEntry> entries, uint64_t reserved);
 
 }  // namespace tavo

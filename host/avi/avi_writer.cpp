@@ -78,13 +78,13 @@ IoResult AviWriter::EnsureOpenSegment() {
     return result == IoResult::Ok ? OpenSegment() : result;
 }
 
-IoResult AviWriter::AppendFrame(std::span<const std::byte> frame) {
+IoResult AviWriter::AppendChunk(uint32_t code, std::span<const std::byte> data) {
     std::array<std::byte, kChunkHeader> head{};
-    std::ranges::copy(Number(layout_.ChunkCode()), head.begin());
-    std::ranges::copy(Number(frame.size()), head.begin() + 4);
+    std::ranges::copy(Number(code), head.begin());
+    std::ranges::copy(Number(data.size()), head.begin() + 4);
     IoResult result = Append(head);
-    if (result == IoResult::Ok) result = Append(frame);
-    if (result == IoResult::Ok && frame.size() % 2 != 0) result = Append(std::array{std::byte{0}});
+    if (result == IoResult::Ok) result = Append(data);
+    if (result == IoResult::Ok && data.size() % 2 != 0) result = Append(std::array{std::byte{0}});
     return result;
 }
 
@@ -94,7 +94,7 @@ IoResult AviWriter::WriteFrame(std::span<const std::byte> frame) {
     if (result == IoResult::Ok) {
         const uint64_t before = position_;
         layout_.AddFrame();
-        result = AppendFrame(frame);
+        result = AppendChunk(layout_.ChunkCode(), frame);
         if (result != IoResult::Ok) {
             layout_.DropFrame();
             CutBack(before);
@@ -105,7 +105,8 @@ IoResult AviWriter::WriteFrame(std::span<const std::byte> frame) {
 }
 
 IoResult AviWriter::ReserveRepeats(uint32_t repeats) {
-    if (failed_ || finished_ || layout_.FrameCount() == 0 || layout_.LastReserved() != 0) {
+    if (failed_ || finished_ || layout_.FrameCount() == 0 || layout_.LastReserved() != 0 ||
+        layout_.LastSound() != 0) {
         return IoResult::Failed;
     }
     if (repeats == 0) return IoResult::Ok;
@@ -122,11 +123,32 @@ IoResult AviWriter::ReserveRepeats(uint32_t repeats) {
     return result;
 }
 
+IoResult AviWriter::WriteSound(std::span<const std::byte> sound) {
+    const uint32_t block = layout_.Sound().BlockBytes();
+    if (failed_ || finished_ || block == 0 || sound.size() % block != 0 ||
+        sound.size() > kMaxSoundBytes || layout_.FrameCount() == 0 || layout_.LastSound() != 0) {
+        return IoResult::Failed;
+    }
+    if (sound.empty()) return IoResult::Ok;
+    const uint64_t before = position_;
+    const IoResult result = AppendChunk(kSoundChunk, sound);
+    if (result == IoResult::Ok) {
+        layout_.SetLastSound(static_cast<uint32_t>(sound.size()));
+    } else {
+        CutBack(before);
+        failed_ = true;
+    }
+    return result;
+}
+
 IoResult AviWriter::CloseSegment(AviSegment& segment) {
     const uint64_t index = position_;
     segment.indexEntries =
         finished_ ? layout_.SlotsOf(segment) : segment.frames + segment.reservedRepeats;
     IoResult result = Append(layout_.StreamIndexOf(segment));
+    if (result == IoResult::Ok && layout_.Sound().IsKnown()) {
+        result = Append(layout_.SoundIndexOf(segment));
+    }
     const uint64_t movieEnd = position_;
     if (result == IoResult::Ok && segment.HasOldIndex()) {
         result = Append(layout_.OldIndexOf(segment));
@@ -150,24 +172,36 @@ IoResult AviWriter::WriteRepeats(const AviSegment& segment) {
             const IoResult result = store_.WriteAt(position, layout_.RepeatChunks(frame));
             if (result != IoResult::Ok) return result;
         }
-        position += layout_.ReservedSize(frame);
+        position += layout_.ReservedSize(frame) + layout_.SoundSpace(frame);
     }
     return IoResult::Ok;
 }
 
-// Of a segment that was closed before the repeats were known.
+// Of a segment that was closed before the repeats were known. Its index of sound stays.
 IoResult AviWriter::RewriteIndexes(const AviSegment& segment) {
     const std::vector<std::byte> index = layout_.StreamIndexOf(segment);
     const IoResult result = store_.WriteAt(segment.index, index);
     if (result != IoResult::Ok || !segment.HasOldIndex()) return result;
-    return store_.WriteAt(segment.index + index.size(), layout_.OldIndexOf(segment));
+    uint64_t position = segment.index + index.size();
+    if (layout_.Sound().IsKnown()) position += StreamIndexSize(segment.soundChunks);
+    return store_.WriteAt(position, layout_.OldIndexOf(segment));
 }
 
 std::vector<std::byte> AviWriter::Header() const {
     const std::vector<SegmentEntry> segments = layout_.SuperIndex();
-    const auto slots = static_cast<uint32_t>(layout_.SlotCount());
-    return HeaderList(
-        {video_, rate_, layout_.ChunkCode(), slots, segments, limits_.segments, displayAspect_});
+    const std::vector<SegmentEntry> soundSegments = layout_.SoundSuperIndex();
+    AviHeader header;
+    header.video = video_;
+    header.rate = rate_;
+    header.chunkCode = layout_.ChunkCode();
+    header.totalFrames = static_cast<uint32_t>(layout_.SlotCount());
+    header.segments = segments;
+    header.maxSegments = limits_.segments;
+    header.displayAspect = displayAspect_;
+    header.sound = layout_.Sound();
+    header.soundBlocks = layout_.SoundBlocks();
+    header.soundSegments = soundSegments;
+    return HeaderList(header);
 }
 
 IoResult AviWriter::TryFinish() {

@@ -1,5 +1,5 @@
-// Writes one stream of uncompressed video as an AVI file of any size. The first segment is a plain
-// AVI with its index; the others follow the OpenDML extension (AVI 2.0).
+// Writes a stream of uncompressed video, and one of sound, as an AVI file of any size. The first
+// segment is a plain AVI with its index; the others follow the OpenDML extension (AVI 2.0).
 
 #pragma once
 
@@ -17,7 +17,7 @@
 namespace tavo {
 
 struct AviLimits {
-    // No RIFF segment gets longer, unless by one frame alone. Below 2 GiB.
+    // No RIFF segment gets longer, unless by one frame alone and its sound. Below 2 GiB.
     uint64_t segmentBytes = uint64_t{1000} << 20;
     // How many segments the header can list.
     uint32_t segments = 1024;
@@ -33,6 +33,9 @@ class AviWriter {
     // The display aspect ratio. Before Begin.
     void SetDisplayAspect(AspectRatio aspect) { displayAspect_ = aspect; }
 
+    // The file has a stream of sound. Before Begin.
+    void SetSound(const SoundFormat& sound) { layout_.SetSound(sound); }
+
     // Writes a preliminary header. Before any frame.
     IoResult Begin();
 
@@ -42,6 +45,11 @@ class AviWriter {
 
     // Reserves space for that many repeats of the frame just written. Once per frame.
     IoResult ReserveRepeats(uint32_t repeats);
+
+    // Writes sound behind the frame just written and its repeats: whole blocks, at most
+    // kMaxSoundBytes. Once per frame.
+    static constexpr uint32_t kMaxSoundBytes = 256u << 20;
+    IoResult WriteSound(std::span<const std::byte> sound);
 
     // Any time before Finish. One number per frame: how often it is repeated, up to what was
     // reserved. A repeat is an empty chunk.
@@ -61,7 +69,7 @@ class AviWriter {
     IoResult Append(std::span<const std::byte> bytes);
     // Drops what was appended behind this position.
     void CutBack(uint64_t position);
-    IoResult AppendFrame(std::span<const std::byte> frame);
+    IoResult AppendChunk(uint32_t code, std::span<const std::byte> data);
     IoResult OpenSegment();
     IoResult CloseSegment(AviSegment& segment);
     IoResult EnsureOpenSegment();

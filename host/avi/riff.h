@@ -24,6 +24,7 @@ constexpr uint32_t kStreamHeader = FourCc('s', 't', 'r', 'h');
 constexpr uint32_t kStreamFormat = FourCc('s', 't', 'r', 'f');
 constexpr uint32_t kVideoProperties = FourCc('v', 'p', 'r', 'p');
 constexpr uint32_t kVideoStream = FourCc('v', 'i', 'd', 's');
+constexpr uint32_t kSoundStream = FourCc('a', 'u', 'd', 's');
 constexpr uint32_t kSuperIndex = FourCc('i', 'n', 'd', 'x');
 constexpr uint32_t kExtendedList = FourCc('o', 'd', 'm', 'l');
 constexpr uint32_t kExtendedHeader = FourCc('d', 'm', 'l', 'h');
@@ -31,6 +32,8 @@ constexpr uint32_t kMovieList = FourCc('m', 'o', 'v', 'i');
 constexpr uint32_t kRecordList = FourCc('r', 'e', 'c', ' ');
 constexpr uint32_t kOldIndex = FourCc('i', 'd', 'x', '1');
 constexpr uint32_t kFirstStreamIndex = FourCc('i', 'x', '0', '0');
+constexpr uint32_t kSecondStreamIndex = FourCc('i', 'x', '0', '1');
+constexpr uint32_t kSoundChunk = FourCc('0', '1', 'w', 'b');
 
 // A chunk is a code, a size and the data, padded to an even length.
 constexpr uint32_t kChunkHeader = 8;

@@ -34,6 +34,18 @@ struct CheckedAvi {
     std::vector<uint64_t> openDmlIndex;   // the same by indx and ix00
     std::vector<uint64_t> segmentStarts;  // RIFF chunks
     uint64_t longestSegment = 0;
+
+    // Of the second stream; 0 and empty without sound.
+    uint32_t soundTag = 0;
+    uint32_t channels = 0;
+    uint32_t soundRate = 0;
+    uint32_t soundBits = 0;
+    uint32_t soundBlocks = 0;  // strh
+    std::vector<std::byte> sound;
+    std::vector<uint64_t> soundChunks;    // data offsets
+    std::vector<uint32_t> framesBefore;   // frames that lie before each of them
+    std::vector<uint64_t> oldSoundIndex;  // data offsets by idx1
+    std::vector<uint64_t> openDmlSoundIndex;
 };
 
 CheckedAvi CheckAvi(tavo::ByteStore& store);
