@@ -35,18 +35,36 @@ IoResult TimedAviWriter::WriteFrame(std::span<const std::byte> frame, std::optio
     return result;
 }
 
+void TimedAviWriter::SetSound(const SoundFormat& sound) {
+    writer_.SetSound(sound);
+    sound_.emplace(sound);
+}
+
+void TimedAviWriter::AddSound(std::span<const std::byte> sound, std::optional<int64_t> start) {
+    if (sound_) sound_->Add(sound, start);
+}
+
+// Behind the frame just written.
+IoResult TimedAviWriter::WriteSound() {
+    if (!sound_ || writer_.FrameCount() == 0 || sound_->Waiting() == 0) return IoResult::Ok;
+    return writer_.WriteSound(sound_->Take(AviWriter::kMaxSoundBytes));
+}
+
 IoResult TimedAviWriter::Append(std::span<const std::byte> frame, std::optional<int64_t> start,
                                 int64_t length) {
-    if (timing_ == Timing::FrameForFrame) return writer_.WriteFrame(frame);
-    const int64_t time = times_.Next(start, TypicalInterval());
-    const int64_t last = starts_.empty() ? time : starts_.back();
-    starts_.push_back(time);
     IoResult result = IoResult::Ok;
-    if (time > last) result = writer_.ReserveRepeats(MaxRepeats(time - last));
+    if (timing_ == Timing::Kept) {
+        const int64_t time = times_.Next(start, TypicalInterval());
+        const int64_t last = starts_.empty() ? time : starts_.back();
+        starts_.push_back(time);
+        if (time > last) result = writer_.ReserveRepeats(MaxRepeats(time - last));
+    }
+    if (result == IoResult::Ok) result = WriteSound();
     if (result == IoResult::Ok) result = writer_.WriteFrame(frame);
     if (result == IoResult::Ok) {
         lastLength_ = length;
-    } else {
+        if (sound_ && writer_.FrameCount() == 1) sound_->Begin(start.value_or(0));
+    } else if (timing_ == Timing::Kept) {
         starts_.pop_back();
     }
     return result;
@@ -63,7 +81,7 @@ IoResult TimedAviWriter::SettleTiming() {
         const int64_t interval = stamps_.FirstInterval();
         if (frameDuration_ == 0 && interval > 0) rate_ = RateFromDuration(interval);
         writer_.SetRate(rate_);
-        return IoResult::Ok;
+        return WriteSound();
     }
     if (starts_.empty()) return IoResult::Ok;
     const bool says = lastLength_ > 0 && lastLength_ <= MonotonicTimes::kMaxGap;
@@ -74,7 +92,8 @@ IoResult TimedAviWriter::SettleTiming() {
     writer_.SetRate(rate_);
     const uint32_t last = timing.repeats.back();
     writer_.SetRepeats(std::move(timing.repeats));
-    return writer_.ReserveRepeats(last);
+    const IoResult reserved = writer_.ReserveRepeats(last);
+    return reserved == IoResult::Ok ? WriteSound() : reserved;
 }
 
 }  // namespace tavo

@@ -1,5 +1,5 @@
-// Writes frames that have start times: chooses the rate that fits them when the file is finished,
-// and repeats frames that last longer.
+// Writes frames that have start times, and sound: chooses the rate that fits the frames when the
+// file is finished, and repeats frames that last longer.
 
 #pragma once
 
@@ -10,6 +10,7 @@
 
 #include "host/avi/avi_writer.h"
 #include "host/avi/frame_timing.h"
+#include "host/avi/sound_track.h"
 #include "host/avi/time_stamps.h"
 
 namespace tavo {
@@ -27,11 +28,16 @@ class TimedAviWriter {
                    Timing timing);
 
     void SetDisplayAspect(AspectRatio aspect) { writer_.SetDisplayAspect(aspect); }
+    // Before Begin.
+    void SetSound(const SoundFormat& sound);
     IoResult Begin() { return writer_.Begin(); }
 
     // `start` is empty for a frame without a time; `length` is 0 when it is unknown.
     IoResult WriteFrame(std::span<const std::byte> frame, std::optional<int64_t> start,
                         int64_t length);
+
+    // After SetSound. The sound is written behind the next frame, or at the end.
+    void AddSound(std::span<const std::byte> sound, std::optional<int64_t> start);
 
     // Chooses the rate and the repeats. Fails after a failure.
     IoResult SettleTiming();
@@ -47,6 +53,7 @@ class TimedAviWriter {
   private:
     IoResult Append(std::span<const std::byte> frame, std::optional<int64_t> start, int64_t length);
     int64_t TypicalInterval() const;
+    IoResult WriteSound();
 
     AviWriter writer_;
     const int64_t frameDuration_;
@@ -56,6 +63,7 @@ class TimedAviWriter {
     std::vector<int64_t> starts_;
     int64_t lastLength_ = 0;  // of the last frame; 0 when unknown
     TimeStamps stamps_;
+    std::optional<SoundTrack> sound_;
 };
 
 }  // namespace tavo

@@ -1,0 +1,151 @@
+// Sound in time with the frames.
+
+#include "host/avi/sound_track.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "host/avi/timed_avi_writer.h"
+#include "tests/host/avi/written_frames.h"
+
+namespace tavo {
+namespace {
+
+constexpr int64_t kMs = 10'000;
+// 1000 blocks of one byte per second.
+constexpr SoundFormat kBytes = {1, 1000, 8, false};
+
+std::vector<std::byte> Blocks(uint8_t value, size_t count) {
+    return std::vector<std::byte>(count, std::byte{value});
+}
+
+std::vector<std::byte> Joined(std::initializer_list<std::vector<std::byte>> parts) {
+    std::vector<std::byte> all;
+    for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+}
+
+std::vector<std::byte> All(SoundTrack& track) { return track.Take(SIZE_MAX); }
+
+TEST(SoundTrack, PiecesFollowEachOther) {
+    SoundTrack track(kBytes);
+    track.Begin(500 * kMs);
+    track.Add(Blocks(1, 100), 500 * kMs);
+    track.Add(Blocks(2, 100), 640 * kMs);  // 40 ms late
+    track.Add(Blocks(3, 100), 660 * kMs);  // 40 ms early
+    track.Add(Blocks(4, 100), std::nullopt);
+    EXPECT_EQ(All(track), Joined({Blocks(1, 100), Blocks(2, 100), Blocks(3, 100), Blocks(4, 100)}));
+    EXPECT_EQ(track.SilentBlocks(), 0u);
+    EXPECT_EQ(track.DroppedBlocks(), 0u);
+}
+
+TEST(SoundTrack, GapsAreSilence) {
+    SoundTrack track(kBytes);
+    track.Begin(0);
+    track.Add(Blocks(1, 100), 300 * kMs);
+    track.Add(Blocks(2, 100), 441 * kMs);
+    EXPECT_EQ(All(track),
+              Joined({Blocks(0x80, 300), Blocks(1, 100), Blocks(0x80, 41), Blocks(2, 100)}));
+    EXPECT_EQ(track.SilentBlocks(), 341u);
+
+    SoundTrack wide({1, 1000, 16, false});
+    wide.Begin(0);
+    wide.Add(Blocks(1, 2), 50 * kMs);
+    EXPECT_EQ(All(wide), Joined({Blocks(0, 100), Blocks(1, 2)})) << "0 in wider samples";
+}
+
+TEST(SoundTrack, NoTimeIsThereTwice) {
+    SoundTrack track(kBytes);
+    track.Begin(0);
+    track.Add(Blocks(1, 100), 0);
+    track.Add(Blocks(2, 100), 30 * kMs);
+    track.Add(Blocks(3, 20), 50 * kMs);
+    EXPECT_EQ(All(track), Joined({Blocks(1, 100), Blocks(2, 30)}));
+    EXPECT_EQ(track.DroppedBlocks(), 90u);
+}
+
+TEST(SoundTrack, SoundBeforeTheFirstFrameIsLeftOut) {
+    SoundTrack track(kBytes);
+    track.Add(Blocks(1, 100), 0);
+    track.Add(Blocks(2, 100), 100 * kMs);
+    EXPECT_EQ(track.Waiting(), 0u);
+    track.Begin(130 * kMs);
+    EXPECT_EQ(All(track), Blocks(2, 70));
+    EXPECT_EQ(track.DroppedBlocks(), 130u);
+}
+
+TEST(SoundTrack, TimesThatCannotBeAreNotFollowed) {
+    SoundTrack track(kBytes);
+    track.Begin(0);
+    const int64_t times[] = {SoundTrack::kMaxGap + 10 * kMs, INT64_MAX, 0};
+    for (const int64_t time : times) track.Add(Blocks(1, 10), time);
+    track.Add(Blocks(2, 10), INT64_MIN);
+    EXPECT_EQ(All(track), Joined({Blocks(1, 30), Blocks(2, 10)}));
+}
+
+TEST(SoundTrack, GivesWholeBlocks) {
+    SoundTrack track({2, 1000, 16, false});
+    track.Begin(0);
+    track.Add(Blocks(1, 11), 0);
+    EXPECT_EQ(track.Waiting(), 8u);
+    EXPECT_EQ(track.Take(7).size(), 4u);
+    EXPECT_EQ(track.Take(7).size(), 4u);
+    EXPECT_EQ(track.Take(7).size(), 0u);
+}
+
+// 10 ms late blocks at odd rates must not add up over hours.
+TEST(SoundTrack, StaysInStepForHours) {
+    SoundTrack track({1, 44100, 8, false});
+    track.Begin(0);
+    const std::vector<std::byte> second = Blocks(1, 44100);
+    for (int64_t n = 0; n < 3600; ++n) {
+        track.Add(second, n * kUnitsPerSecond + 7);
+        if (track.Waiting() > 4'000'000) All(track);
+    }
+    EXPECT_EQ(track.SilentBlocks() + track.DroppedBlocks(), 0u);
+}
+
+struct Frame {
+    std::optional<int64_t> start;
+    int64_t length = 0;
+};
+
+tavo_test::CheckedAvi Write(const std::vector<Frame>& frames, TimedAviWriter::Timing timing) {
+    const VideoFormat video = tavo_test::Video(PixelFormat::YUY2, 8, 4);
+    tavo_test::MemoryStore store;
+    TimedAviWriter writer(store, video, 100 * kMs, timing);
+    writer.SetSound(kBytes);
+    EXPECT_EQ(writer.Begin(), IoResult::Ok);
+    uint8_t tenth = 0;
+    for (const Frame& frame : frames) {
+        EXPECT_EQ(writer.WriteFrame(tavo_test::Picture(video, 0), frame.start, frame.length),
+                  IoResult::Ok);
+        writer.AddSound(Blocks(tenth, 100), frame.start);
+        ++tenth;
+    }
+    EXPECT_EQ(writer.SettleTiming(), IoResult::Ok);
+    EXPECT_EQ(writer.Finish(), IoResult::Ok);
+    const tavo_test::CheckedAvi avi = tavo_test::CheckAvi(store);
+    EXPECT_EQ(avi.fault, "");
+    return avi;
+}
+
+TEST(SoundTrack, LiesBehindTheFramesOfItsTime) {
+    using Timing = TimedAviWriter::Timing;
+    const std::vector<Frame> steady = {
+        {2000 * kMs, 100 * kMs}, {2100 * kMs, 100 * kMs}, {2200 * kMs, 100 * kMs}};
+    for (const Timing timing : {Timing::Kept, Timing::FrameForFrame}) {
+        const tavo_test::CheckedAvi avi = Write(steady, timing);
+        EXPECT_EQ(avi.sound, Joined({Blocks(0, 100), Blocks(1, 100), Blocks(2, 100)}));
+        EXPECT_EQ(avi.framesBefore, (std::vector<uint32_t>{1, 2, 3}));
+    }
+    const tavo_test::CheckedAvi gap =
+        Write({{0, 100 * kMs}, {100 * kMs, 100 * kMs}, {500 * kMs, 100 * kMs}}, Timing::Kept);
+    EXPECT_EQ(gap.repeats, (std::vector<uint32_t>{0, 3, 0}));
+    EXPECT_EQ(gap.sound,
+              Joined({Blocks(0, 100), Blocks(1, 100), Blocks(0x80, 300), Blocks(2, 100)}));
+}
+
+}  // namespace
+}  // namespace tavo
