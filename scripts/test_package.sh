@@ -14,7 +14,7 @@ failures=0
 
 if [ -z "${TAVO_IN_DISPLAY:-}" ]; then
     install_packages "${packages_build[@]}" "${packages_wine[@]}" "${packages_display[@]}" \
-        "${packages_packing[@]}" ffmpeg
+        "${packages_packing[@]}" gstreamer1.0-plugins-good gstreamer1.0-libav ffmpeg
     TAVO_IN_DISPLAY=1 exec xvfb-run -a "$0" "$@"
 fi
 
