@@ -9,6 +9,8 @@ work=$root/build/reproduce
 # Two names of different length, one with a space.
 clones=("$work/a" "$work/another folder/of the sources")
 
+# A commit that is made meanwhile belongs to neither.
+commit=$(git -C "$root" rev-parse HEAD)
 # A cache of compiled files would compile nothing the second time.
 export CCACHE_DISABLE=1
 unset CMAKE_CXX_COMPILER_LAUNCHER SOURCE_DATE_EPOCH
@@ -17,6 +19,7 @@ unset CMAKE_CXX_COMPILER_LAUNCHER SOURCE_DATE_EPOCH
 package() {
     local clone=$1 log=$logs/reproduce.log
     git clone -q "$root" "$clone"
+    git -C "$clone" checkout -q "$commit"
     "$clone/scripts/package.sh" >"$log" 2>&1 || die "scripts/package.sh failed: $(tail -n 1 "$log")"
 }
 
