@@ -61,6 +61,17 @@ stage() {
     esac
 }
 
+# Links of the documents to what lies elsewhere in a package, or is not in it: those become plain text.
+mend_links() {
+    local file
+    while IFS= read -r file; do
+        (cd "$files/$(dirname "$file")" && perl -0777 -pi -e '
+            s{\]\(packaging/INSTALL\.txt\)}{](INSTALL.txt)}g;
+            s{\]\(((\.\./)*)settings/vantrel_settings\.h\)}{]($1sdk/include/vantrel_settings.h)}g;
+            s{(?<!!)\[([^\]]*)\]\(([^)#:\s]+)(#[^)\s]*)?\)}{-e $2 ? $& : $1}ge;' "$(basename "$file")")
+    done < <(listed "$files" | grep '\.md$')
+}
+
 # What is packed, under the names that it has there.
 stage_all() {
     local preset folder file
@@ -69,14 +80,13 @@ stage_all() {
             stage "$root/build/${preset%:*}/bin/$file" "${preset#*:}/$file"
         done
     done
-    for folder in docs sdk examples; do
-        for file in $(sources "$folder" 2>/dev/null); do stage "$root/$file" "$file"; done
+    for folder in docs sdk completion; do
+        for file in $(sources "$folder"); do stage "$root/$file" "$file"; done
     done
     stage "$root/settings/vantrel_settings.h" sdk/include/vantrel_settings.h
     for file in README.md CHANGELOG.md; do stage "$root/$file" "$file"; done
-    # There INSTALL.txt lies beside it.
-    sed -i 's,(packaging/INSTALL\.txt),(INSTALL.txt),' "$files/README.md"
     for file in INSTALL.txt install.cmd uninstall.cmd; do stage "$root/packaging/$file" "$file"; done
+    mend_links
     for file in "${put[@]}"; do stage "${file#*=}" "${file%%=*}"; done
 }
 
@@ -101,7 +111,7 @@ part_of() {
         x64/TavoResample.ax) echo filter64 ;;
         x86/*) echo vantrel32 ;;
         x64/*) echo vantrel64 ;;
-        sdk/* | examples/*) echo sdk ;;
+        sdk/*) echo sdk ;;
         docs/*) echo docs ;;
         install.cmd | uninstall.cmd) echo none ;;
         *) echo core ;;
