@@ -58,7 +58,8 @@ TEST_F(PlayResized, StandsInTheDocumentsAsItIs) {
     ASSERT_NE(to, std::string::npos);
     const std::string part = example.substr(from + first.size(), to - from - first.size());
     EXPECT_GT(part.size(), 500u);
-    EXPECT_NE(TextOf("docs/programming.md").find("```cpp\n" + part + "```\n"), std::string::npos) << part;
+    EXPECT_NE(TextOf("docs/programming.md").find("```cpp\n" + part + "```\n"), std::string::npos)
+        << part;
 }
 
 }  // namespace
