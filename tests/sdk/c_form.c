@@ -5,7 +5,7 @@
 
 #include "c_form.h"
 
-#ifdef VANTREL_INT
+#if defined VANTREL_INT || defined VANTREL_CONST
 #error "The header leaves a macro of its own behind."
 #endif
 

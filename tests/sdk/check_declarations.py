@@ -57,7 +57,7 @@ def c_arguments(text):
 def header_facts(text):
     ids = {}
     for comment, name, body in re.findall(
-            r"/\* \{([0-9A-F-]+)\}[^/]*\*/\nstatic const \w+ (\w+) = \{(.*?)\};", text, re.S):
+            r"/\* \{([0-9A-F-]+)\}[^/]*\*/\nVANTREL_CONST \w+ (\w+) = \{(.*?)\};", text, re.S):
         ids[name] = id_of(body)
         if comment != ids[name]:
             raise ValueError(f"{name} has another identifier in its comment")

@@ -2,6 +2,9 @@
 
 #include "vantrel_settings.h"
 
+static_assert(CLSID_VantrelFilter.Data1 == 0x80650fa1 && IID_IVantrelSettings.Data1 == 0x4e0db2c5,
+              "the identifiers are constants");
+
 #ifdef CINTERFACE
 static_assert(sizeof(IVantrelSettingsVtbl) == 17 * sizeof(void*), "the table has 17 functions");
 #else
