@@ -42,6 +42,11 @@ Section Uninstall
     ReadRegStr $olderFolder HKLM "${ENTRY}" "InstallLocation"
     SetOutPath "$TEMP" ; the current folder cannot be removed
     !insertmacro DeleteListed "$INSTDIR" ""
+    ; A program that began to use one of them just now keeps it until Windows starts again.
+    Delete /REBOOTOK "$INSTDIR\x86\TavoResample.ax"
+    Delete /REBOOTOK "$INSTDIR\x64\TavoResample.ax"
+    Delete /REBOOTOK "$INSTDIR\x86\vantrel.exe"
+    Delete /REBOOTOK "$INSTDIR\x64\vantrel.exe"
     Delete "$INSTDIR\uninstall.exe"
     !insertmacro RemoveCreatedFolders "$INSTDIR" "$createdFolder"
     ${If} $olderFolder == $INSTDIR

@@ -66,7 +66,6 @@ mend_links() {
     local file
     while IFS= read -r file; do
         (cd "$files/$(dirname "$file")" && perl -0777 -pi -e '
-            s{\]\(packaging/INSTALL\.txt\)}{](INSTALL.txt)}g;
             s{\]\(((\.\./)*)settings/vantrel_settings\.h\)}{]($1sdk/include/vantrel_settings.h)}g;
             s{(?<!!)\[([^\]]*)\]\(([^)#:\s]+)(#[^)\s]*)?\)}{-e $2 ? $& : $1}ge;' "$(basename "$file")")
     done < <(listed "$files" | grep '\.md$')
@@ -81,11 +80,15 @@ stage_all() {
         done
     done
     for folder in docs sdk completion; do
-        for file in $(sources "$folder"); do stage "$root/$file" "$file"; done
+        for file in $(sources "$folder"); do
+            case $file in docs/release.md | docs/architecture.* | docs/decisions.md | docs/windows.md) continue ;; esac
+            stage "$root/$file" "$file"
+        done
     done
     stage "$root/settings/vantrel_settings.h" sdk/include/vantrel_settings.h
-    for file in README.md CHANGELOG.md; do stage "$root/$file" "$file"; done
-    for file in INSTALL.txt install.cmd uninstall.cmd; do stage "$root/packaging/$file" "$file"; done
+    stage "$root/CHANGELOG.md" CHANGELOG.md
+    for file in README.md INSTALL.txt install.cmd uninstall.cmd; do stage "$root/packaging/$file" "$file"; done
+    sed -i 's,](\.\./,](,g' "$files/README.md"
     mend_links
     for file in "${put[@]}"; do stage "${file#*=}" "${file%%=*}"; done
 }

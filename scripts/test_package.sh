@@ -166,6 +166,10 @@ test_refusals() {
     expect "a part that does not exist" 3 "$code"
     on_wine "$work/new/TavoResample-$version-setup.exe" /S /COMPONENTS=vantrel,docs
     expect "no filter" 3 "$code"
+    on_wine "$work/new/TavoResample-$version-setup.exe" /S /WHAT
+    expect "an option that does not exist" 3 "$code"
+    on_wine "$work/new/TavoResample-$version-setup.exe" /S '/D=C:\In quotation marks'
+    expect "a folder in quotation marks" 3 "$code"
     on_wine "$work/broken/TavoResample-99.0.0-setup.exe" /S
     expect "a module that cannot be registered" 6 "$code"
     mkdir -p "$drive/Taken/README.md"

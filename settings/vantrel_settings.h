@@ -99,10 +99,11 @@ struct __declspec(uuid("4e0db2c5-3852-4fc9-acfe-75f88f38549a")) IVantrelSettings
 /* Results are plain 32-bit integers and not HRESULTs: 1 is success. Every method but ApplySettings
    returns 1 in every case. No argument is tested: out-pointers must not be null. */
 struct IVantrelSettings : public IUnknown {
-    /* Size of the output in pixels. 0 takes the width or height of the source. Takes effect when
-       the output type is settled next: on connecting, or through ApplySettings. What is read is the
-       size that was set or settled last; after ApplySettings it may be one pixel wider, since
-       packed 4:2:2 has even widths. A filter downstream may settle another one with a buffer. */
+    /* Size of the output in pixels. 0 takes the width or height of the source: connecting the input
+       puts that in its place, for good. Takes effect when the output type is settled next: on
+       connecting, or through ApplySettings. What is read is the size that was set or settled last;
+       after ApplySettings it may be one pixel wider, since packed 4:2:2 has even widths. A filter
+       downstream may settle another one with a buffer. */
     virtual int STDMETHODCALLTYPE SetOutputSize(int width, int height) = 0;
     virtual int STDMETHODCALLTYPE GetOutputSize(int* width, int* height) = 0;
 
