@@ -63,6 +63,7 @@ class AviWriter {
     uint64_t FrameCount() const { return layout_.FrameCount(); }
     // Frames and repeats; after Finish.
     uint64_t SlotCount() const { return layout_.SlotCount(); }
+    uint64_t SoundBlocks() const { return layout_.SoundBlocks(); }
     uint64_t BytesWritten() const { return position_; }
 
   private:

@@ -26,11 +26,13 @@ void SoundTrack::Begin(int64_t origin) {
     origin_ = std::clamp(origin, -kMaxTime, kMaxTime);
     for (const Piece& piece : early_) Place(piece.bytes, piece.start);
     early_.clear();
+    earlyBytes_ = 0;
 }
 
 void SoundTrack::Add(std::span<const std::byte> bytes, std::optional<int64_t> start) {
     if (origin_) return Place(bytes, start);
     early_.push_back({{bytes.begin(), bytes.end()}, start});
+    earlyBytes_ += bytes.size();
 }
 
 void SoundTrack::Place(std::span<const std::byte> bytes, std::optional<int64_t> start) {
@@ -45,7 +47,8 @@ void SoundTrack::Place(std::span<const std::byte> bytes, std::optional<int64_t> 
     if (isEarly || (isOff && off < 0)) dropped = std::min(count, static_cast<uint64_t>(-off));
     if (isOff && off > 0) silence = static_cast<uint64_t>(off);
     const auto kept = bytes.subspan(dropped * block, (count - dropped) * block);
-    waiting_.reserve(waiting_.size() + silence * block + kept.size());
+    const size_t size = waiting_.size() + silence * block + kept.size();
+    if (size > waiting_.capacity()) waiting_.reserve(std::max(size, 2 * waiting_.capacity()));
     waiting_.insert(waiting_.end(), silence * block, Silence());
     waiting_.insert(waiting_.end(), kept.begin(), kept.end());
     blocks_ += silence + count - dropped;

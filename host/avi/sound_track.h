@@ -33,6 +33,8 @@ class SoundTrack {
     // What waits to be written, in whole blocks, at most that many bytes.
     std::vector<std::byte> Take(size_t most);
     size_t Waiting() const { return waiting_.size(); }
+    // The same, with what is kept aside.
+    size_t Held() const { return waiting_.size() + earlyBytes_; }
 
     uint64_t SilentBlocks() const { return silentBlocks_; }
     uint64_t DroppedBlocks() const { return droppedBlocks_; }
@@ -52,7 +54,8 @@ class SoundTrack {
     const SoundFormat sound_;
     std::optional<int64_t> origin_;
     std::vector<Piece> early_;  // before Begin
-    uint64_t blocks_ = 0;       // in the track so far
+    size_t earlyBytes_ = 0;
+    uint64_t blocks_ = 0;  // in the track so far
     uint64_t silentBlocks_ = 0;
     uint64_t droppedBlocks_ = 0;
     std::vector<std::byte> waiting_;

@@ -40,8 +40,11 @@ void TimedAviWriter::SetSound(const SoundFormat& sound) {
     sound_.emplace(sound);
 }
 
-void TimedAviWriter::AddSound(std::span<const std::byte> sound, std::optional<int64_t> start) {
-    if (sound_) sound_->Add(sound, start);
+bool TimedAviWriter::AddSound(std::span<const std::byte> sound, std::optional<int64_t> start) {
+    if (!sound_ || soundIsCut_) return false;
+    soundIsCut_ = sound_->Held() + sound.size() > kMaxSoundHeld;
+    if (!soundIsCut_) sound_->Add(sound, start);
+    return !soundIsCut_;
 }
 
 // Behind the frame just written.

@@ -36,8 +36,10 @@ class TimedAviWriter {
     IoResult WriteFrame(std::span<const std::byte> frame, std::optional<int64_t> start,
                         int64_t length);
 
-    // After SetSound. The sound is written behind the next frame, or at the end.
-    void AddSound(std::span<const std::byte> sound, std::optional<int64_t> start);
+    // After SetSound. The sound is written behind the next frame, or at the end. False, and this
+    // and all later sound is left out, when more than kMaxSoundHeld would wait for a frame.
+    static constexpr size_t kMaxSoundHeld = 64u << 20;
+    bool AddSound(std::span<const std::byte> sound, std::optional<int64_t> start);
 
     // Chooses the rate and the repeats. Fails after a failure.
     IoResult SettleTiming();
@@ -48,6 +50,7 @@ class TimedAviWriter {
     uint64_t FrameCount() const { return writer_.FrameCount(); }
     // After Finish.
     uint64_t RepeatCount() const { return writer_.SlotCount() - writer_.FrameCount(); }
+    uint64_t SoundBlocks() const { return writer_.SoundBlocks(); }
     uint64_t BytesWritten() const { return writer_.BytesWritten(); }
 
   private:
@@ -64,6 +67,7 @@ class TimedAviWriter {
     int64_t lastLength_ = 0;  // of the last frame; 0 when unknown
     TimeStamps stamps_;
     std::optional<SoundTrack> sound_;
+    bool soundIsCut_ = false;
 };
 
 }  // namespace tavo

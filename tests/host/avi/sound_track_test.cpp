@@ -70,7 +70,9 @@ TEST(SoundTrack, SoundBeforeTheFirstFrameIsLeftOut) {
     track.Add(Blocks(1, 100), 0);
     track.Add(Blocks(2, 100), 100 * kMs);
     EXPECT_EQ(track.Waiting(), 0u);
+    EXPECT_EQ(track.Held(), 200u);
     track.Begin(130 * kMs);
+    EXPECT_EQ(track.Held(), 70u);
     EXPECT_EQ(All(track), Blocks(2, 70));
     EXPECT_EQ(track.DroppedBlocks(), 130u);
 }
@@ -145,6 +147,26 @@ TEST(SoundTrack, LiesBehindTheFramesOfItsTime) {
     EXPECT_EQ(gap.repeats, (std::vector<uint32_t>{0, 3, 0}));
     EXPECT_EQ(gap.sound,
               Joined({Blocks(0, 100), Blocks(1, 100), Blocks(0x80, 300), Blocks(2, 100)}));
+}
+
+// In pieces as small as sources give, which must not be copied again and again.
+TEST(SoundTrack, SoundFarAheadOfTheFramesEndsThere) {
+    const VideoFormat video = tavo_test::Video(PixelFormat::YUY2, 8, 4);
+    tavo_test::MemoryStore store;
+    TimedAviWriter writer(store, video, 100 * kMs, TimedAviWriter::Timing::Kept);
+    writer.SetSound(kBytes);
+    ASSERT_EQ(writer.Begin(), IoResult::Ok);
+    const std::vector<std::byte> piece = Blocks(1, 1 << 14);
+    constexpr size_t kPieces = TimedAviWriter::kMaxSoundHeld >> 14;
+    EXPECT_TRUE(writer.AddSound(piece, 0));
+    EXPECT_EQ(writer.WriteFrame(tavo_test::Picture(video, 0), 0, 0), IoResult::Ok);
+    for (size_t n = 1; n < kPieces; ++n) ASSERT_TRUE(writer.AddSound(piece, std::nullopt)) << n;
+    EXPECT_FALSE(writer.AddSound(Blocks(2, 1), std::nullopt));
+    EXPECT_EQ(writer.WriteFrame(tavo_test::Picture(video, 0), 100 * kMs, 0), IoResult::Ok);
+    EXPECT_FALSE(writer.AddSound(piece, std::nullopt)) << "it would come too early";
+    EXPECT_EQ(writer.SettleTiming(), IoResult::Ok);
+    EXPECT_EQ(writer.Finish(), IoResult::Ok);
+    EXPECT_EQ(writer.SoundBlocks(), TimedAviWriter::kMaxSoundHeld);
 }
 
 }  // namespace
