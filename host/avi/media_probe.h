@@ -36,6 +36,10 @@ struct MediaFacts {
     std::string codec;        // of the first video, as the file names it: "avc1", "V_VP9"
     AspectRatio pixelAspect;  // of the first video; unknown also when pixels are square
     int rotation = 0;         // degrees clockwise for display: 0, 90, 180, 270
+    // How much earlier the first video is shown than its frames are stamped, and the same of the
+    // first sound, in units of 100 ns.
+    int64_t videoLead = 0;
+    int64_t soundLead = 0;
 
     // Keeps the codec of the first video.
     void AddVideo(const std::string& name) {

@@ -43,6 +43,8 @@ struct Mp4 {
     std::string matrix = Big(0x10000) + std::string(12, '\0') + Big(0x10000);
     std::string pixel = {};
     uint32_t samples = 10;
+    uint32_t timescale = 1000;
+    std::string edits = {};  // a list with its box
 };
 
 std::string TrackOf(const Mp4& mp4) {
@@ -50,10 +52,11 @@ std::string TrackOf(const Mp4& mp4) {
     const std::string entry = Box(mp4.codec, std::string(78, '\0') + mp4.pixel);
     const std::string table =
         Box("stsd", Big(0) + Big(1) + entry) + Box("stsz", Big(0) + Big(100) + Big(mp4.samples));
-    return Box("trak",
-               Box("tkhd", header) + Box("mdia", Box("hdlr", std::string(8, '\0') + mp4.handler +
-                                                                 std::string(12, '\0')) +
-                                                     Box("minf", Box("stbl", table))));
+    return Box("trak", Box("tkhd", header) + Box("edts", mp4.edits) +
+                           Box("mdia", Box("mdhd", std::string(12, '\0') + Big(mp4.timescale)) +
+                                           Box("hdlr", std::string(8, '\0') + mp4.handler +
+                                                           std::string(12, '\0')) +
+                                           Box("minf", Box("stbl", table))));
 }
 
 std::string FileOf(const std::string& tracks) {
@@ -124,6 +127,33 @@ TEST(MediaProbe, Mp4RotationAndPixels) {
     EXPECT_EQ(facts.pixelAspect, (AspectRatio{64, 45}));
     EXPECT_FALSE(
         Probe(FileOf(TrackOf({.pixel = Box("pasp", Big(1) + Big(1))}))).pixelAspect.IsKnown());
+}
+
+// Reordered frames and the run-up of a sound decoder are stamped later than they are shown.
+TEST(MediaProbe, Mp4Edits) {
+    const std::string movie = Box("mvhd", std::string(12, '\0') + Big(600));
+    const std::string none = Big(UINT32_MAX);
+    const std::string large(8, '\xFF');
+    const std::string rate = Big(0x10000);
+    const std::string edits =
+        Box("elst", Big(0) + Big(2) + Big(300) + none + rate + Big(60) + Big(1024) + rate);
+    const std::string wide = Box("elst", Big(0x01000000) + Big(2) + Big(300, 8) + large + rate +
+                                             Big(60, 8) + Big(1024, 8) + rate);
+    const std::string video = TrackOf(
+        {.timescale = 12800, .edits = Box("elst", Big(0) + Big(1) + Big(2400) + Big(1024) + rate)});
+    for (const std::string& list : {edits, wide}) {
+        const MediaFacts facts = Probe(
+            FileOf(movie + TrackOf({.handler = "soun", .timescale = 48000, .edits = list}) + video +
+                   TrackOf({.edits = edits}) + TrackOf({.handler = "soun", .edits = edits})));
+        EXPECT_EQ(facts.videoLead, 800'000);
+        EXPECT_EQ(facts.soundLead, 213'333 - 5'000'000);
+    }
+    const MediaFacts plain = Probe(FileOf(movie + TrackOf({}) + TrackOf({.handler = "soun"})));
+    EXPECT_EQ(plain.videoLead, 0);
+    EXPECT_EQ(plain.soundLead, 0);
+    const std::string distant = Box("elst", Big(0) + Big(1) + Big(1) + Big(UINT32_MAX - 1) + rate);
+    EXPECT_EQ(Probe(FileOf(movie + TrackOf({.timescale = 1, .edits = distant}))).videoLead, 0);
+    EXPECT_EQ(Probe(FileOf(movie + TrackOf({.timescale = 0, .edits = distant}))).videoLead, 0);
 }
 
 std::string Element(const std::string& code, const std::string& data) {
