@@ -95,9 +95,15 @@ STDMETHODIMP CAviSinkPin::EndOfStream() {
 CAviSink::CAviSink(HRESULT* phr)
     : CBaseFilter(NAME("AVI sink"), nullptr, &m_lock, kSinkClass),
       m_pin(this, &m_lock, phr),
+      m_soundPin(this, &m_lock, phr),
       m_queue(*this) {}
 
 CAviSink::~CAviSink() { m_queue.End(); }
+
+CBasePin* CAviSink::GetPin(int n) {
+    if (n == 0) return &m_pin;
+    return n == 1 && m_hasSoundPin ? &m_soundPin : nullptr;
+}
 
 STDMETHODIMP CAviSink::NonDelegatingQueryInterface(REFIID riid, void** ppv) {
     CheckPointer(ppv, E_POINTER);
@@ -126,6 +132,7 @@ STDMETHODIMP CAviSink::Stop() {
     CAutoLock lock(&m_stateLock);
     m_running = false;
     m_endReached = false;
+    m_soundEnded = m_result.soundIsCut;
     m_completeSent = false;
     return hr;
 }
@@ -162,6 +169,7 @@ void CAviSink::SignalCompleteOnce() {
     {
         CAutoLock lock(&m_stateLock);
         if (!m_running || !m_endReached || m_completeSent || FAILED(m_failure)) return;
+        if (m_withSound && !m_soundEnded) return;
         m_completeSent = true;
     }
     NotifyEvent(EC_COMPLETE, S_OK, 0);
@@ -177,11 +185,16 @@ tavo::IoResult CAviSink::OpenStore(tavo::ByteStore& store, const FileOptions& op
     const tavo::VideoType& video = m_pin.Video();
     m_writer.emplace(store, video.video, video.frameDuration, options.timing);
     m_writer->SetDisplayAspect(options.displayAspect);
+    const tavo::SoundFormat sound =
+        m_soundPin.IsConnected() ? m_soundPin.Sound() : tavo::SoundFormat{};
+    if (sound.IsKnown()) m_writer->SetSound(sound);
     const tavo::IoResult result = m_writer->Begin();
     const long length = m_pin.QueueLength();
     const bool queued = length > 0 && m_queue.Start(static_cast<size_t>(length));
     CAutoLock state(&m_stateLock);
     m_result.rate = m_writer->Rate();
+    m_result.sound = sound;
+    m_withSound = sound.IsKnown();
     m_open = true;
     m_queued = queued;
     return result;
@@ -199,6 +212,7 @@ HRESULT CAviSink::Fail(tavo::IoResult io, HRESULT reason) {
         m_failure = reason == E_OUTOFMEMORY ? reason : E_FAIL;
         m_result.io = io;
         m_result.typeChanged = reason == VFW_E_TYPE_NOT_ACCEPTED;
+        m_result.soundChanged = reason == kSoundChanged;
     }
     NotifyEvent(EC_ERRORABORT, reason, 0);
     return Failure();
@@ -297,6 +311,7 @@ void CAviSink::CompleteFile() {
     m_result.repeats = repeats;
     m_result.frames = m_writer->FrameCount();
     m_result.bytes = m_writer->BytesWritten();
+    m_result.soundBlocks = m_writer->SoundBlocks();
     m_result.rate = m_writer->Rate();
     m_result.stamps = m_writer->Stamps();
     m_writer.reset();

@@ -1,5 +1,5 @@
-// A renderer that writes uncompressed frames to an AVI file as fast as they arrive. Frames wait in
-// a queue, in their own buffers, while a thread of the sink writes.
+// A renderer that writes uncompressed frames, and sound, to an AVI file as fast as they arrive.
+// Frames wait in a queue, in their own buffers, while a thread of the sink writes. Sound is copied.
 
 #pragma once
 
@@ -11,6 +11,7 @@
 #include "host/avi/file_store.h"
 #include "host/avi/timed_avi_writer.h"
 #include "host/avi/work_queue.h"
+#include "host/filters/avi_sink_sound_pin.h"
 #include "host/filters/frame_counter_filter.h"
 #include "host/filters/frame_watch.h"
 #include "host/filters/video_type.h"
@@ -73,15 +74,24 @@ class CAviSink final : public CBaseFilter,
     STDMETHODIMP Run(REFERENCE_TIME start) override;
     // All frames are written when it returns.
     STDMETHODIMP Stop() override;
-    int GetPinCount() override { return 1; }
-    CBasePin* GetPin(int n) override { return n == 0 ? &m_pin : nullptr; }
+    int GetPinCount() override { return m_hasSoundPin ? 2 : 1; }
+    CBasePin* GetPin(int n) override;
+
+    // While the pin is unconnected. Connected, its end belongs to the end of the run.
+    void AddSoundPin();
+    void RemoveSoundPin();
+    CAviSinkSoundPin& SoundPin() { return m_soundPin; }
 
     struct Result {
         tavo::IoResult io = tavo::IoResult::Ok;  // the first failure
         bool typeChanged = false;                // the stream changed its format
+        bool soundChanged = false;               // the sound did
+        bool soundIsCut = false;                 // too far ahead of the frames
         uint64_t frames = 0;
         uint64_t repeats = 0;  // frames repeated because they last longer than one slot
         uint64_t bytes = 0;
+        tavo::SoundFormat sound;
+        uint64_t soundBlocks = 0;
         tavo::FrameRate rate;
         tavo::TimeStamps stamps;
     };
@@ -105,6 +115,8 @@ class CAviSink final : public CBaseFilter,
     uint64_t Count() override;
     void Expect(REFERENCE_TIME start, REFERENCE_TIME stop) override;
     bool IsShown() override;
+    // Whether the sound has not ended.
+    bool WantsMore() override;
 
     // Before the streaming, which it outlives. May be null.
     void SetWatch(tavo::FrameWatch* watch) { m_watch = watch; }
@@ -116,7 +128,15 @@ class CAviSink final : public CBaseFilter,
     // Aborts the run with this reason, once; after the frames that are queued.
     HRESULT Refuse(HRESULT reason);
 
+    // Called by the pin of sound on its streaming thread.
+    HRESULT TakeSound(std::span<const std::byte> sound, std::optional<REFERENCE_TIME> start);
+    void ReachSoundEnd();
+    void RestartSound();
+    HRESULT RefuseSound();
+
   private:
+    static constexpr HRESULT kSoundChanged = VFW_E_INVALIDMEDIATYPE;
+
     bool Work(CAviSinkFrame& frame) override { return SUCCEEDED(Write(frame)); }
     HRESULT Write(const CAviSinkFrame& frame);
     HRESULT Queue(CAviSinkFrame frame);
@@ -145,6 +165,10 @@ class CAviSink final : public CBaseFilter,
     bool m_running = false;
     bool m_endReached = false;
     bool m_completeSent = false;
+    bool m_withSound = false;
+    bool m_soundEnded = false;
+    bool m_hasSoundPin = false;  // guarded by m_lock
     CAviSinkPin m_pin;
+    CAviSinkSoundPin m_soundPin;
     tavo::WorkQueue<CAviSinkFrame> m_queue;
 };

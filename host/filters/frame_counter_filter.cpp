@@ -32,7 +32,7 @@ CFrameCounter::Counts CFrameCounter::Read() {
 
 HRESULT CFrameCounter::Receive(IMediaSample* sample) {
     if (m_section.IsAll()) return Pass(sample);
-    if (m_sectionEnded) return S_FALSE;
+    if (m_sectionEnded) return m_arrivals.WantsMore() ? S_OK : S_FALSE;
     m_place = PlaceOf(*sample);
     if (m_place == TimeSection::Place::Before) {
         HoldType(*sample);
@@ -41,7 +41,7 @@ HRESULT CFrameCounter::Receive(IMediaSample* sample) {
     if (m_place == TimeSection::Place::Behind) {
         m_sectionEnded = true;
         m_output.DeliverEndOfStream();
-        return S_FALSE;
+        return m_arrivals.WantsMore() ? S_OK : S_FALSE;
     }
     const HRESULT hr = Shift(*sample);
     return SUCCEEDED(hr) ? Pass(sample) : hr;

@@ -59,6 +59,8 @@ class CFrameCounter final : public CBaseFilter {
         virtual void Expect(REFERENCE_TIME /*start*/, REFERENCE_TIME /*stop*/) {}
         // True when it is unknown.
         virtual bool IsShown() { return true; }
+        // Whether other streams of the source are wanted when this one has enough.
+        virtual bool WantsMore() { return false; }
 
       protected:
         ~Arrivals() = default;
@@ -83,7 +85,8 @@ class CFrameCounter final : public CBaseFilter {
     void SetWatch(tavo::FrameWatch* watch) { m_watch = watch; }
 
     // Before the streaming. Frames outside never reach the scaling filter; the times of those
-    // inside count from its start. The first one behind it ends the stream.
+    // inside count from its start. The first one behind it ends the stream, but the source only
+    // when no other stream is wanted.
     void SetSection(const tavo::TimeSection& section) { m_section = section; }
 
     // Any thread.
@@ -92,7 +95,7 @@ class CFrameCounter final : public CBaseFilter {
     CFrameCounterInput& Input() { return m_input; }
     CFrameCounterOutput& Output() { return m_output; }
 
-    // On the streaming thread. S_FALSE ends the stream.
+    // On the streaming thread. S_FALSE ends the source.
     HRESULT Receive(IMediaSample* sample);
     HRESULT NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate);
     HRESULT EndOfStream();

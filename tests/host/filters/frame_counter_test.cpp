@@ -75,6 +75,7 @@ class FrameCounter : public testing::Test, public CFrameCounter::Arrivals {
     uint64_t Count() override { return sink_->pin().samples().size() * (1 + extra_) + arrived_; }
     void Expect(REFERENCE_TIME start, REFERENCE_TIME stop) override { expected_ = {start, stop}; }
     bool IsShown() override { return isShown_; }
+    bool WantsMore() override { return wantsMore_; }
 
     CFrameCounter* counter_ = nullptr;
     ComPtr<IBaseFilter> reference_;
@@ -84,6 +85,7 @@ class FrameCounter : public testing::Test, public CFrameCounter::Arrivals {
     uint64_t arrived_ = 0;
     std::pair<REFERENCE_TIME, REFERENCE_TIME> expected_;
     bool isShown_ = true;
+    bool wantsMore_ = false;
     tavo_test::LiveCounts before_;
 };
 
@@ -227,6 +229,22 @@ TEST_F(FrameCounter, ASectionIsCutAndItsTimesBeginAtZero) {
     EXPECT_EQ(samples[1].start, 499);
     EXPECT_EQ(counter_->Read().frames, 3u);
     EXPECT_EQ(counter_->Read().position, 499);
+    Stop();
+}
+
+// A source that sends all streams from one thread must not end with the first one.
+TEST_F(FrameCounter, TheSourceGoesOnWhileAnotherStreamIsWanted) {
+    counter_->SetSection({1000, 500});
+    Connect();
+    Pause();
+    wantsMore_ = true;
+    EXPECT_EQ(source_->pin().Deliver({.start = 1500, .stop = 1600}), S_OK);
+    EXPECT_EQ(sink_->pin().calls().Count("EndOfStream"), 1);
+    EXPECT_EQ(source_->pin().Deliver({.start = 1600, .stop = 1700}), S_OK);
+    wantsMore_ = false;
+    EXPECT_EQ(source_->pin().Deliver({.start = 1700, .stop = 1800}), S_FALSE);
+    EXPECT_EQ(sink_->pin().calls().Count("EndOfStream"), 1);
+    EXPECT_TRUE(sink_->pin().samples().empty());
     Stop();
 }
 

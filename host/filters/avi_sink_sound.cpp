@@ -1,0 +1,141 @@
+// Sound on its way to the writer.
+
+#include <algorithm>
+#include <new>
+
+#include "host/avi/frame_rate.h"
+#include "host/filters/avi_sink_filter.h"
+#include "host/filters/sound_type.h"
+
+CAviSinkSoundPin::CAviSinkSoundPin(CAviSink* filter, CCritSec* lock, HRESULT* phr)
+    : CBaseInputPin(NAME("AVI sink sound pin"), filter, lock, phr, L"Sound"), m_sink(*filter) {}
+
+HRESULT CAviSinkSoundPin::CheckMediaType(const CMediaType* type) {
+    return tavo::ReadSoundType(*type) ? S_OK : VFW_E_TYPE_NOT_ACCEPTED;
+}
+
+HRESULT CAviSinkSoundPin::SetMediaType(const CMediaType* type) {
+    const auto sound = tavo::ReadSoundType(*type);
+    if (!sound) return VFW_E_TYPE_NOT_ACCEPTED;
+    m_sound = *sound;
+    return CBaseInputPin::SetMediaType(type);
+}
+
+HRESULT CAviSinkSoundPin::Active() {
+    m_next = Shift();
+    return CBaseInputPin::Active();
+}
+
+REFERENCE_TIME CAviSinkSoundPin::Shift() const {
+    return m_section.IsAll() ? m_delay : m_delay + m_tStart - m_section.start;
+}
+
+STDMETHODIMP CAviSinkSoundPin::NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
+    const HRESULT hr = CBaseInputPin::NewSegment(start, stop, rate);
+    m_next = Shift();
+    return hr;
+}
+
+STDMETHODIMP CAviSinkSoundPin::Receive(IMediaSample* sample) {
+    const HRESULT hr = CBaseInputPin::Receive(sample);
+    if (hr != S_OK) return hr;
+    if ((m_SampleProps.dwSampleFlags & AM_SAMPLE_TYPECHANGED) != 0 &&
+        tavo::ReadSoundType(*m_SampleProps.pMediaType) != m_sound) {
+        return m_sink.RefuseSound();
+    }
+    return Write(*sample);
+}
+
+// All is taken before the section's start; the writer leaves out what lies before the first frame.
+HRESULT CAviSinkSoundPin::Write(IMediaSample& sample) {
+    BYTE* data = nullptr;
+    const long length = std::min(sample.GetActualDataLength(), sample.GetSize());
+    if (length <= 0) return S_OK;
+    if (FAILED(sample.GetPointer(&data)) || data == nullptr) return E_FAIL;
+    size_t size = static_cast<size_t>(length);
+    REFERENCE_TIME start = 0;
+    REFERENCE_TIME stop = 0;
+    const bool timed = SUCCEEDED(sample.GetTime(&start, &stop));
+    std::optional<REFERENCE_TIME> time = timed ? std::optional(start + Shift()) : std::nullopt;
+    if (!m_section.IsAll()) {
+        if (!time) time = m_next;
+        const int64_t room = m_section.duration - std::min(*time, m_section.duration);
+        const size_t block = m_sound.BlockBytes();
+        const int64_t lasts =
+            static_cast<int64_t>(size / block) * tavo::kUnitsPerSecond / m_sound.rate;
+        if (room < lasts)
+            size = static_cast<size_t>(room * m_sound.rate / tavo::kUnitsPerSecond) * block;
+        m_next = *time + lasts;
+    }
+    const HRESULT hr = m_sink.TakeSound({reinterpret_cast<const std::byte*>(data), size}, time);
+    if (SUCCEEDED(hr) && !m_section.IsAll() && m_next >= m_section.duration) m_sink.ReachSoundEnd();
+    return hr;
+}
+
+STDMETHODIMP CAviSinkSoundPin::EndOfStream() {
+    const HRESULT hr = CheckStreaming();
+    if (hr == S_OK) m_sink.ReachSoundEnd();
+    return hr;
+}
+
+STDMETHODIMP CAviSinkSoundPin::EndFlush() {
+    m_sink.RestartSound();
+    return CBaseInputPin::EndFlush();
+}
+
+void CAviSink::AddSoundPin() {
+    m_hasSoundPin = true;
+    IncrementPinVersion();
+}
+
+void CAviSink::RemoveSoundPin() {
+    m_hasSoundPin = false;
+    IncrementPinVersion();
+}
+
+bool CAviSink::WantsMore() {
+    CAutoLock lock(&m_stateLock);
+    return m_withSound && !m_soundEnded;
+}
+
+void CAviSink::RestartSound() {
+    CAutoLock lock(&m_stateLock);
+    m_soundEnded = m_result.soundIsCut;
+}
+
+void CAviSink::ReachSoundEnd() {
+    {
+        CAutoLock lock(&m_stateLock);
+        m_soundEnded = true;
+    }
+    SignalCompleteOnce();
+}
+
+HRESULT CAviSink::RefuseSound() {
+    m_queue.Drain();
+    return Fail(tavo::IoResult::Ok, kSoundChanged);
+}
+
+HRESULT CAviSink::TakeSound(std::span<const std::byte> sound, std::optional<REFERENCE_TIME> start) {
+    {
+        CAutoLock lock(&m_stateLock);
+        if (FAILED(m_failure)) return m_failure;
+        if (!m_open || !m_withSound) return E_FAIL;
+        if (m_soundEnded) return S_OK;
+    }
+    bool taken = false;
+    try {
+        CAutoLock lock(&m_fileLock);
+        if (!m_writer) return E_FAIL;
+        taken = m_writer->AddSound(sound, start);
+    } catch (const std::bad_alloc&) {
+        return Fail(tavo::IoResult::Ok, E_OUTOFMEMORY);
+    }
+    if (taken) return S_OK;
+    {
+        CAutoLock lock(&m_stateLock);
+        m_result.soundIsCut = true;
+    }
+    ReachSoundEnd();
+    return S_OK;
+}
