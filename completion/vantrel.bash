@@ -11,7 +11,7 @@ _vantrel() {
     fi
     local IFS=$' \t\n'
     local options='--size --fit --method --format --type --fps --start --duration --as-is
-        --output-folder --overwrite --dry-run --json --log --graph --publish --quiet --play --pages
+        --no-sound --output-folder --overwrite --dry-run --json --log --graph --publish --quiet --play --pages
         --registered --module --cpu --list --help --version'
     local values=
     case $before in

@@ -4,7 +4,7 @@ Register-ArgumentCompleter -Native -CommandName vantrel, vantrel.exe -ScriptBloc
     param($wordToComplete, $commandAst, $cursorPosition)
     $options = @(
         '--size', '--fit', '--method', '--format', '--type', '--fps', '--start', '--duration',
-        '--as-is', '--output-folder', '--overwrite', '--dry-run', '--json', '--log', '--graph',
+        '--as-is', '--no-sound', '--output-folder', '--overwrite', '--dry-run', '--json', '--log', '--graph',
         '--publish', '--quiet', '--play', '--pages', '--registered', '--module', '--cpu', '--list',
         '--help', '--version')
     $values = @{

@@ -145,6 +145,10 @@ def check_quiet(run, _):
     demand(not run.output.strip(), "it prints something")
 
 
+def check_no_sound(run, _):
+    demand("Sound  " not in run.output, "there is sound")
+
+
 def nothing_more(run, _):
     pass
 
@@ -154,7 +158,7 @@ OPTIONS = {
     "--size": (True, check_size), "--fit": (True, check_fit), "--fps": (True, check_fps),
     "--method": (True, nothing_more), "--format": (True, nothing_more), "--type": (True, nothing_more),
     # Of --overwrite: a text stood there, and now there are frames.
-    "--as-is": (False, nothing_more), "--overwrite": (False, nothing_more),
+    "--as-is": (False, nothing_more), "--no-sound": (False, check_no_sound), "--overwrite": (False, nothing_more),
     "--registered": (False, nothing_more), "--module": (True, nothing_more),
     "--graph": (False, check_graph), "--quiet": (False, check_quiet), "--play": (False, nothing_more),
     "--pages": (False, nothing_more), "--cpu": (False, check_cpu), "--list": (False, check_list),

@@ -17,6 +17,7 @@
 #include "host/graph/graph_run.h"
 #include "host/graph/graph_text.h"
 #include "host/graph/input_file.h"
+#include "host/graph/number_text.h"
 #include "host/graph/playback.h"
 #include "host/graph/published_graph.h"
 #include "host/graph/run_plan.h"
@@ -43,6 +44,11 @@ int Write(const Options& options, VideoGraph& graph, StopRequest& stop, const In
     }
     if (input.IsTruncated() && !result.stopped) {
         report.Warn(input.Name() + L" is cut off; all whole frames were read");
+    }
+    if (result.file.soundIsCut) {
+        const double blocks = static_cast<double>(result.file.soundBlocks);
+        report.Warn(L"the sound is too far ahead of the video: it ends after " +
+                    ClockText(blocks / result.file.sound.rate));
     }
     if (!result.error.empty()) return report.Finish(kFailed, result.error);
     if (!result.logError.empty()) return report.Finish(kFailed, result.logError);
@@ -84,6 +90,7 @@ int RunJob(const Options& options, const FilterFactory& factory, StopRequest& st
 
     const auto graph = BuildVideoGraph(options, factory, input, error);
     if (!graph) return report.Finish(kFailed, error);
+    if (!graph->soundNote.empty()) report.Warn(graph->soundNote);
     if (options.json) AddGraphFacts(report.Facts(), *graph);
     if (options.graph) report.Print(GraphText(graph->builder.Get()));
     PublishedGraph published;

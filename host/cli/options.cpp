@@ -152,6 +152,7 @@ const OptionRow kOptions[] = {
     {L"--start", nullptr, SetStart},
     {L"--duration", nullptr, SetDuration},
     {L"--as-is", &Options::asIs, nullptr},
+    {L"--no-sound", &Options::noSound, nullptr},
     {L"--output-folder", nullptr,
      [](Options& o, wstring_view v) {
          o.outputFolder = v;
@@ -228,6 +229,7 @@ wstring CheckNothingIsWritten(const Options& options) {
     } rows[] = {{options.dryRun, L"--dry-run"},
                 {options.json, L"--json"},
                 {!options.section.IsAll(), L"--start or --duration"},
+                {options.noSound, L"--no-sound"},
                 {!options.log.empty(), L"--log"},
                 {!options.outputFolder.empty(), L"--output-folder"}};
     for (const auto& row : rows) {

@@ -41,7 +41,7 @@ Report::Report(const Options& options) : options_(options) {
 
 void Report::Warn(const std::wstring& text) {
     PrintErrorLine(L"warning: " + text);
-    warning_ = text;
+    warning_ += (warning_.empty() ? L"" : L"; ") + text;
 }
 
 // Of several inputs, the one that is meant.

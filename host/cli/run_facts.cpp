@@ -22,6 +22,12 @@ JsonObject VideoFacts(const AM_MEDIA_TYPE& type) {
     return facts.Number(L"fps", RateFromDuration(duration).Fps());
 }
 
+JsonObject SoundFacts(const SoundFormat& sound) {
+    JsonObject facts;
+    facts.Text(L"format", sound.isFloat ? L"float" : L"PCM").Count(L"channels", sound.channels);
+    return facts.Count(L"rate", sound.rate).Count(L"bits", sound.bits);
+}
+
 void AddCount(JsonObject& facts, const wchar_t* name, const std::optional<uint64_t>& count) {
     if (count) {
         facts.Count(name, *count);
@@ -35,6 +41,11 @@ void AddCount(JsonObject& facts, const wchar_t* name, const std::optional<uint64
 void AddGraphFacts(JsonObject& facts, const VideoGraph& graph) {
     facts.Object(L"source", VideoFacts(graph.inputType));
     facts.Object(L"target", VideoFacts(graph.outputType));
+    if (graph.sound.IsKnown()) {
+        facts.Object(L"sound", SoundFacts(graph.sound));
+    } else {
+        facts.Null(L"sound");
+    }
     if (graph.duration > 0) {
         facts.Number(L"sourceSeconds", static_cast<double>(graph.duration) / kUnitsPerSecond);
     } else {
@@ -62,6 +73,10 @@ void AddRunFacts(JsonObject& facts, const RunResult& result) {
     JsonObject file;
     file.Count(L"bytes", result.file.bytes).Number(L"fps", result.file.rate.Fps());
     file.Number(L"seconds", static_cast<double>(out) / result.file.rate.Fps());
+    if (result.file.sound.IsKnown()) {
+        const double blocks = static_cast<double>(result.file.soundBlocks);
+        file.Number(L"soundSeconds", blocks / result.file.sound.rate);
+    }
     facts.Object(L"file", file);
     facts.Number(L"runSeconds", result.seconds);
 }

@@ -62,8 +62,10 @@ std::wstring TimingNotes(const RunResult& result) {
 }  // namespace
 
 std::wstring TypeLines(const VideoGraph& graph) {
-    return L"Input      " + DescribeType(graph.inputType) + L"\nOutput     " +
-           DescribeType(graph.outputType) + L"\n";
+    std::wstring text = L"Input      " + DescribeType(graph.inputType) + L"\nOutput     " +
+                        DescribeType(graph.outputType) + L"\n";
+    if (graph.sound.IsKnown()) text += L"Sound      " + SoundText(graph.sound) + L"\n";
+    return text;
 }
 
 std::wstring PictureNotes(const VideoGraph& graph) {
@@ -95,7 +97,12 @@ std::wstring StatisticsText(const VideoGraph& graph, const RunResult& result) {
     const double slots = static_cast<double>(file.frames + file.repeats);
     std::wstring text = TypeLines(graph) + FrameLine(result) + FilterLines(result.figures);
     text += L"File       " + BytesText(file.bytes) + L", " + ClockText(slots / file.rate.Fps()) +
-            L" at " + NumberText(file.rate.Fps()) + L" fps\n";
+            L" at " + NumberText(file.rate.Fps()) + L" fps";
+    if (file.sound.IsKnown()) {
+        const double blocks = static_cast<double>(file.soundBlocks);
+        text += L", sound " + ClockText(blocks / file.sound.rate);
+    }
+    text += L"\n";
     text += L"Time       " + NumberText(result.seconds) + L" s";
     if (result.seconds > 0)
         text += L", " + NumberText(static_cast<double>(file.frames) / result.seconds) + L" fps";

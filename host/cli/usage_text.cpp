@@ -13,7 +13,7 @@ std::wstring UsageText() {
        vantrel --cpu|--list
 
 Scales the video in INPUT with the filter Mira Vantrel and writes it, uncompressed, to OUTPUT.avi,
-or plays it in a window.
+with its sound, or plays it in a window.
 
 Picture
   --size WxH        size of the output; 0 keeps that side of the source (default 0x0)
@@ -26,6 +26,8 @@ Time
   --start TIME      take the frames from TIME on, in seconds or as H:MM:SS.fff
   --duration TIME   take the frames of so long a time
   --as-is           write frame for frame, whatever the times of the frames
+Sound
+  --no-sound        leave the sound out
 Files
   --output-folder DIR  for several inputs, also with * and ?: clip.mp4 becomes DIR\clip.avi; the same
                     is meant by a last name that ends with a slash
@@ -61,7 +63,10 @@ Methods: )" +
            ListSettings(TypeNames()) +
            LR"(
 
-Ctrl-C stops early; what was written until then is a complete file. There is no sound.
+The file has one sound of INPUT too: uncompressed sound as it is, other sound decoded. It keeps its
+times, also with --fps. With --as-is it is in step only where the frames come at steady times.
+
+Ctrl-C stops early; what was written until then is a complete file. In a window there is no sound.
 Exit codes: 0 done, 1 failed, 2 wrong command line, 3 stopped by Ctrl-C.
 )";
 }

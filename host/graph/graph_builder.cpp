@@ -13,7 +13,9 @@
 #include "host/graph/error_text.h"
 #include "host/graph/graph_pins.h"
 #include "host/graph/movie_section.h"
+#include "host/graph/sound_connection.h"
 #include "host/graph/video_renderer.h"
+#include "host/graph/wine.h"
 
 namespace tavo {
 namespace {
@@ -34,12 +36,16 @@ constexpr REFERENCE_TIME kSeekMargin = 2 * kUnitsPerSecond;
 
 Attempt GraphBuilder::Build(Route route) {
     attempt_ = {};
+    soundSource_.Reset();
     attempt_.graph = std::make_unique<VideoGraph>();
     if (!AddScalingFilter() || !ConnectSource(route) || !SetSize() || !ConnectEnd()) {
         attempt_.graph.reset();
         return std::move(attempt_);
     }
-    if (attempt_.graph->sink != nullptr) InsertCounter();
+    if (attempt_.graph->sink != nullptr) {
+        InsertCounter();
+        if (!options_.noSound) TakeSound(route);
+    }
     FindDuration(route);
     if (!options_.section.IsAll() && !TakeSection(route)) attempt_.graph.reset();
     return std::move(attempt_);
@@ -112,16 +118,17 @@ bool GraphBuilder::SetSize() {
 }
 
 HRESULT GraphBuilder::AddSource(Route route, ComPtr<IBaseFilter>& source) {
-    IGraphBuilder& builder = *attempt_.graph->builder.Get();
-    if (route == Route::Platform) {
-        // Source filters may have another current folder.
-        std::error_code error;
-        const std::filesystem::path full = std::filesystem::absolute(options_.input, error);
-        return builder.AddSourceFilter(error ? options_.input.c_str() : full.c_str(), L"Source",
-                                       source.Put());
-    }
+    if (route == Route::Platform) return AddPlatformSource(L"Source", source);
     const HRESULT hr = MakeFilter(ownSource_, source, input_.movie);
-    return SUCCEEDED(hr) ? builder.AddFilter(source.Get(), L"AVI source") : hr;
+    return SUCCEEDED(hr) ? attempt_.graph->builder->AddFilter(source.Get(), L"AVI source") : hr;
+}
+
+HRESULT GraphBuilder::AddPlatformSource(const wchar_t* name, ComPtr<IBaseFilter>& source) {
+    // Source filters may have another current folder.
+    std::error_code error;
+    const std::filesystem::path full = std::filesystem::absolute(options_.input, error);
+    return attempt_.graph->builder->AddSourceFilter(error ? options_.input.c_str() : full.c_str(),
+                                                    name, source.Put());
 }
 
 // After the source: intelligent connect could have led the source to the sink or the renderer.
@@ -177,12 +184,46 @@ void GraphBuilder::InsertCounter() {
     builder.ConnectDirect(upstream.Get(), input.Get(), &type);
 }
 
-ComPtr<IMediaSeeking> GraphBuilder::UpstreamSeeking() const {
+// Without its sound, the video is still worth writing.
+void GraphBuilder::TakeSound(Route route) {
+    VideoGraph& graph = *attempt_.graph;
+    std::vector<ComPtr<IPin>> pins;
+    if (route == Route::Platform) pins = OpenSoundPins(Input().Get());
+    const bool isThere = input_.facts.hasSound || !pins.empty();
+    if (route == Route::OwnReader ? input_.facts.hasSound && ConnectSoundSource()
+                                  : ConnectSound(*graph.builder.Get(), pins, *graph.sink)) {
+        graph.sound = graph.sink->SoundPin().Sound();
+        if (RunsUnderWine()) {
+            // Wine ends all streams with the first one, and stamps without the edits of the file.
+            ReadLongestStream(&graph.sink->SoundPin());
+            graph.sink->SoundPin().SetDelay(input_.facts.videoLead - input_.facts.soundLead);
+        }
+    } else if (isThere) {
+        graph.soundNote =
+            L"nothing on this system decodes the sound in " + input_.Name() + L": it is left out";
+    }
+}
+
+// This program's reader has no sound. The platform reads it beside.
+bool GraphBuilder::ConnectSoundSource() {
+    VideoGraph& graph = *attempt_.graph;
+    IGraphBuilder& builder = *graph.builder.Get();
+    if (FAILED(AddPlatformSource(L"Sound source", soundSource_))) return false;
+    if (ConnectSound(builder, PinsOf(soundSource_.Get(), PINDIR_OUTPUT), *graph.sink)) return true;
+    builder.RemoveFilter(soundSource_.Get());
+    soundSource_.Reset();
+    return false;
+}
+
+// The scaling filter's input, or that of the counter in front of it.
+ComPtr<IPin> GraphBuilder::Input() const {
     const VideoGraph& graph = *attempt_.graph;
-    const ComPtr<IPin> upstream =
-        PeerOf(graph.counter != nullptr ? &graph.counter->Input()
-                                        : FirstPin(graph.filter.Get(), PINDIR_INPUT).Get());
-    return upstream.As<IMediaSeeking>(IID_IMediaSeeking);
+    if (graph.counter != nullptr) return ComPtr<IPin>(&graph.counter->Input());
+    return FirstPin(graph.filter.Get(), PINDIR_INPUT);
+}
+
+ComPtr<IMediaSeeking> GraphBuilder::UpstreamSeeking() const {
+    return PeerOf(Input().Get()).As<IMediaSeeking>(IID_IMediaSeeking);
 }
 
 void GraphBuilder::FindDuration(Route route) {
@@ -210,16 +251,19 @@ bool GraphBuilder::TakeSection(Route route) {
         return false;
     }
     graph.counter->SetSection(section);
+    graph.sink->SoundPin().SetSection(section);
     if (route == Route::OwnReader) {
         ownSource_->StartAt(FirstFrameFrom(*input_.movie, section.start));
-    } else if (section.start > kSeekMargin) {
-        // A source that does not seek is read from its beginning.
-        const ComPtr<IMediaSeeking> seeking = UpstreamSeeking();
+    }
+    // A source of both streams seeks in both.
+    const ComPtr<IMediaSeeking> seeking =
+        soundSource_ ? PeerOf(&graph.sink->SoundPin()).As<IMediaSeeking>(IID_IMediaSeeking)
+                     : UpstreamSeeking();
+    // A source that does not seek is read from its beginning.
+    if (seeking && section.start > kSeekMargin) {
         LONGLONG position = section.start - kSeekMargin;
-        if (seeking) {
-            seeking->SetPositions(&position, AM_SEEKING_AbsolutePositioning, nullptr,
-                                  AM_SEEKING_NoPositioning);
-        }
+        seeking->SetPositions(&position, AM_SEEKING_AbsolutePositioning, nullptr,
+                              AM_SEEKING_NoPositioning);
     }
     if (graph.duration > 0) {
         const int64_t rest = std::max<int64_t>(graph.duration - section.start, 0);

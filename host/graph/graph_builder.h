@@ -37,11 +37,15 @@ class GraphBuilder {
     bool Fail(HRESULT hr, const std::wstring& what);
     bool AddScalingFilter();
     HRESULT AddSource(Route route, ComPtr<IBaseFilter>& source);
+    HRESULT AddPlatformSource(const wchar_t* name, ComPtr<IBaseFilter>& source);
     bool ConnectSource(Route route);
     bool SetSize();
     bool ConnectEnd();
     bool ConnectSink(IPin* output);
     void InsertCounter();
+    void TakeSound(Route route);
+    bool ConnectSoundSource();
+    ComPtr<IPin> Input() const;
     ComPtr<IMediaSeeking> UpstreamSeeking() const;
     void FindDuration(Route route);
     bool TakeSection(Route route);
@@ -50,6 +54,7 @@ class GraphBuilder {
     const FilterFactory& factory_;
     const InputFile& input_;
     CAviSource* ownSource_ = nullptr;  // the graph's, of Route::OwnReader
+    ComPtr<IBaseFilter> soundSource_;  // the platform's, beside that one
     Attempt attempt_;
 };
 

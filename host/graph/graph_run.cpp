@@ -112,6 +112,10 @@ std::wstring FileError(const std::filesystem::path& output, const CAviSink::Resu
         return L"the stream changed its format after " + std::to_wstring(file.frames) +
                L" frames, which an AVI file cannot";
     }
+    if (file.soundChanged) {
+        return L"the sound changed its format after " + std::to_wstring(file.frames) +
+               L" frames, which an AVI file cannot; --no-sound leaves it out";
+    }
     if (file.io == IoResult::Ok) return {};
     return Quoted(output.wstring()) + L" cannot be written after " + std::to_wstring(file.frames) +
            L" frames: " + IoText(file.io);

@@ -9,8 +9,10 @@ namespace {
 
 // Most of it is the space for the list of segments.
 constexpr uint64_t kHeaderBytes = 17'000;
+constexpr uint64_t kSoundHeaderBytes = 16'600;
 // A chunk header and the entries in two indexes.
 constexpr uint64_t kBytesBesideFrame = 8 + 8 + 16;
+constexpr uint64_t kBytesBesideSound = kBytesBesideFrame;
 
 // A slot that ends with the input is not begun.
 uint64_t SlotsWithin(int64_t duration, double fps) {
@@ -36,6 +38,11 @@ OutputEstimate EstimateOutput(const EstimateFacts& facts) {
     if (!estimate.frames || facts.frameBytes == 0) return estimate;
     const uint64_t chunk = (uint64_t{facts.frameBytes} + 1) / 2 * 2 + kBytesBesideFrame;
     estimate.bytes = kHeaderBytes + *estimate.frames * chunk;
+    if (facts.soundBytesPerSecond > 0) {
+        const double seconds = static_cast<double>(facts.duration) / kUnitsPerSecond;
+        *estimate.bytes += kSoundHeaderBytes + *estimate.frames * kBytesBesideSound +
+                           static_cast<uint64_t>(seconds * facts.soundBytesPerSecond);
+    }
     return estimate;
 }
 

@@ -14,6 +14,7 @@ struct EstimateFacts {
     std::optional<uint64_t> inputFrames;  // where they were counted
     double fps = 0.0;                     // fixed rate; 0 when there is none
     uint32_t frameBytes = 0;              // of an output frame
+    uint32_t soundBytesPerSecond = 0;     // 0 without sound
 };
 
 // Empty where nothing can be said. Frames of irregular times are not foreseen.

@@ -18,11 +18,12 @@ struct RunOptions {
     int method = 0;    // codes of the filter's settings
     int format = 0;
     int type = 0;
-    double fps = 0.0;     // 0: the time regulator is off
-    TimeSection section;  // what is taken of the input
-    bool asIs = false;    // one frame each, whatever their times
-    bool play = false;    // in a window; there is no output
-    bool pages = false;   // the same, beside the property pages
+    double fps = 0.0;      // 0: the time regulator is off
+    TimeSection section;   // what is taken of the input
+    bool asIs = false;     // one frame each, whatever their times
+    bool noSound = false;  // leave the sound out
+    bool play = false;     // in a window; there is no output
+    bool pages = false;    // the same, beside the property pages
 
     bool ToScreen() const { return play || pages; }
 };

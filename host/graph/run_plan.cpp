@@ -43,6 +43,7 @@ RunPlan PlanRun(const VideoGraph& graph, const RunOptions& options, const InputF
     if (input.movie) facts.inputFrames = CountFrames(*input.movie, options.section);
     facts.fps = options.fps;
     facts.frameBytes = plan.frameBytes;
+    if (graph.sound.IsKnown()) facts.soundBytesPerSecond = graph.sound.BytesPerSecond();
     plan.output = EstimateOutput(facts);
     return plan;
 }

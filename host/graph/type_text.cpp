@@ -3,6 +3,7 @@
 #include "host/graph/type_text.h"
 
 #include "host/avi/frame_rate.h"
+#include "host/filters/sound_type.h"
 #include "host/filters/video_type.h"
 #include "host/graph/number_text.h"
 
@@ -31,6 +32,11 @@ std::wstring MajorText(const GUID& major) {
     return GuidText(major);
 }
 
+std::wstring WaveText(uint32_t channels, uint32_t rate, uint32_t bits) {
+    return L", " + std::to_wstring(channels) + (channels == 1 ? L" channel, " : L" channels, ") +
+           std::to_wstring(rate) + L" Hz, " + std::to_wstring(bits) + L" bits";
+}
+
 }  // namespace
 
 std::wstring SubtypeText(const GUID& subtype) {
@@ -40,12 +46,18 @@ std::wstring SubtypeText(const GUID& subtype) {
     }
     if (subtype == MEDIASUBTYPE_RGB32) return L"RGB32";
     if (subtype == MEDIASUBTYPE_Avi) return L"Avi";
+    if (subtype == MEDIASUBTYPE_PCM) return L"PCM";
+    if (subtype == MEDIASUBTYPE_IEEE_FLOAT) return L"float";
     if (subtype == GUID_NULL) return L"any";
     if (IsCodeSubtype(subtype)) {
         const std::wstring code = CodeText(subtype.Data1);
         if (!code.empty()) return code;
     }
     return GuidText(subtype);
+}
+
+std::wstring SoundText(const SoundFormat& sound) {
+    return (sound.isFloat ? L"float" : L"PCM") + WaveText(sound.channels, sound.rate, sound.bits);
 }
 
 std::wstring DescribeType(const AM_MEDIA_TYPE& type) {
@@ -57,6 +69,9 @@ std::wstring DescribeType(const AM_MEDIA_TYPE& type) {
         const REFERENCE_TIME duration = FrameDurationOf(type);
         if (duration > 0) text += L", " + NumberText(RateFromDuration(duration).Fps()) + L" fps";
         text += type.formattype == FORMAT_VideoInfo ? L" (VideoInfo)" : L" (VideoInfo2)";
+    }
+    if (const WAVEFORMATEX* const wave = WaveHeaderOf(type)) {
+        text += WaveText(wave->nChannels, wave->nSamplesPerSec, wave->wBitsPerSample);
     }
     return text;
 }

@@ -33,6 +33,8 @@ struct VideoGraph {
     // Of the filter's pins.
     CMediaType inputType;
     CMediaType outputType;
+    SoundFormat sound;            // that is written; unknown without
+    std::wstring soundNote;       // why sound of the source is not; one line
     REFERENCE_TIME duration = 0;  // of what is taken of the video; 0 when it is unknown
 
     PictureSize wanted;         // of the output, before rounding

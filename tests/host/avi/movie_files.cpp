@@ -4,6 +4,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <random>
 
 #include "host/avi/file_store.h"
@@ -39,6 +40,31 @@ void WriteMovie(const std::filesystem::path& path, const tavo::VideoFormat& vide
         ASSERT_EQ(writer.ReserveRepeats(repeats[n]), tavo::IoResult::Ok);
     }
     writer.SetRepeats(repeats);
+    ASSERT_EQ(writer.Finish(), tavo::IoResult::Ok);
+}
+
+Sound NoiseSound(const tavo::SoundFormat& format, size_t blocks) {
+    std::mt19937 random(format.rate);
+    Sound sound = {format, std::vector<std::byte>(blocks * format.BlockBytes())};
+    for (std::byte& value : sound.bytes) value = static_cast<std::byte>(random());
+    return sound;
+}
+
+void WriteSoundMovie(const std::filesystem::path& path, const tavo::VideoFormat& video,
+                     const std::vector<Frame>& frames, const Sound& sound) {
+    tavo::FileStore file;
+    ASSERT_EQ(file.Create(path), tavo::IoResult::Ok);
+    tavo::AviWriter writer(file, video, {25, 1});
+    writer.SetSound(sound.format);
+    ASSERT_EQ(writer.Begin(), tavo::IoResult::Ok);
+    std::span<const std::byte> rest = sound.bytes;
+    for (size_t n = 0; n < frames.size(); ++n) {
+        ASSERT_EQ(writer.WriteFrame(frames[n]), tavo::IoResult::Ok);
+        const size_t wanted = sound.format.rate / 25 * sound.format.BlockBytes();
+        const size_t size = n + 1 < frames.size() ? std::min(wanted, rest.size()) : rest.size();
+        ASSERT_EQ(writer.WriteSound(rest.first(size)), tavo::IoResult::Ok);
+        rest = rest.subspan(size);
+    }
     ASSERT_EQ(writer.Finish(), tavo::IoResult::Ok);
 }
 

@@ -26,6 +26,19 @@ void WriteMovie(const std::filesystem::path& path, const tavo::VideoFormat& vide
                 const std::vector<Frame>& frames, tavo::FrameRate rate,
                 const std::vector<uint32_t>& repeats, tavo::AspectRatio displayAspect = {});
 
+struct Sound {
+    tavo::SoundFormat format;
+    std::vector<std::byte> bytes;
+};
+
+// So many blocks of noise, the same in every run.
+Sound NoiseSound(const tavo::SoundFormat& format, size_t blocks);
+
+// A movie of 25 frames per second. Its sound lies behind the frames of its time, and what is longer
+// behind the last one.
+void WriteSoundMovie(const std::filesystem::path& path, const tavo::VideoFormat& video,
+                     const std::vector<Frame>& frames, const Sound& sound);
+
 struct Movie {
     CheckedAvi avi;
     std::vector<Frame> frames;

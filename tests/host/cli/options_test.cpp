@@ -205,6 +205,7 @@ TEST(Options, Fit) {
 
 TEST(Options, TimingAndOverwriting) {
     EXPECT_TRUE(Good({L"--as-is"}).asIs);
+    EXPECT_TRUE(Good({L"--no-sound"}).noSound);
     EXPECT_FALSE(Good({}).asIs);
     EXPECT_TRUE(Good({L"--overwrite"}).overwrite);
     EXPECT_FALSE(Good({}).overwrite);

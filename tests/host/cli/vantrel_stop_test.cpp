@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <string>
 
@@ -60,6 +61,37 @@ TEST_F(VantrelStop, CtrlCLeavesACompleteFile) {
     EXPECT_LT(avi.frames.size(), 2000000u);
     EXPECT_EQ(avi.streamFrames, avi.frames.size());
     EXPECT_EQ(avi.streamFrames, out);
+}
+
+// A minute of video, with sound from the platform.
+TEST_F(VantrelStop, CtrlCLeavesItsSoundInStep) {
+    const VideoFormat video = {PixelFormat::YUY2, FourCc('Y', 'U', 'Y', '2'), 160, 120};
+    const std::vector<tavo_test::Frame> frames(1500, tavo_test::Frame(160 * 120 * 2));
+    const tavo_test::Sound sound = tavo_test::NoiseSound({1, 8000, 16, false}, 60 * 8000);
+    tavo_test::WriteSoundMovie(Path(L"in.avi"), video, frames, sound);
+    ASSERT_TRUE(tavo_test::ShareConsole()) << GetLastError();
+    RunningProgram program(tavo_test::VantrelPath(),
+                           {Path(L"in.avi"), Path(L"out.avi"), L"--size", L"640x480"});
+    ASSERT_TRUE(tavo_test::WaitUntil([&] {
+        std::error_code error;
+        const auto size = std::filesystem::file_size(Path(L"out.avi"), error);
+        return program.HasEnded() || (!error && size >= 20'000'000);
+    }));
+    ASSERT_FALSE(program.HasEnded());
+    ASSERT_TRUE(tavo_test::PressCtrlC()) << GetLastError();
+    const Output run = program.Wait();
+    EXPECT_EQ(run.exitCode, 3u) << run.error;
+    FileStore file;
+    ASSERT_EQ(file.OpenForReading(Path(L"out.avi")), IoResult::Ok);
+    const tavo_test::CheckedAvi avi = tavo_test::CheckAvi(file);
+    EXPECT_EQ(avi.fault, "");
+    EXPECT_GT(avi.frames.size(), 20u);
+    EXPECT_LT(avi.frames.size(), 1500u);
+    ASSERT_LE(avi.sound.size(), sound.bytes.size());
+    EXPECT_TRUE(std::equal(avi.sound.begin(), avi.sound.end(), sound.bytes.begin()));
+    // GStreamer keeps some seconds ready.
+    const double seconds = static_cast<double>(avi.frames.size()) / 25;
+    EXPECT_NEAR(static_cast<double>(avi.sound.size()) / 16000, seconds, 5.0);
 }
 
 TEST_F(VantrelStop, CtrlCEndsAllInputs) {

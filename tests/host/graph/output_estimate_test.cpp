@@ -28,6 +28,13 @@ TEST(OutputEstimate, Bytes) {
               17'000u + UINT32_MAX * uint64_t{0x7FFFFFFE + 32u});
 }
 
+TEST(OutputEstimate, BytesOfSound) {
+    EXPECT_EQ(*EstimateOutput({2 * kSecond, 0, 10, 0, 99, 1000}).bytes,
+              17'000u + 10 * (100 + 32) + 16'600 + 10 * 32 + 2000);
+    EXPECT_EQ(EstimateOutput({0, 0, 10, 0, 99, 1000}).bytes,
+              17'000u + 10 * (100 + 32) + 16'600 + 10 * 32);
+}
+
 TEST(OutputEstimate, NothingIsMadeUp) {
     EXPECT_FALSE(EstimateOutput({0, 400'000, {}, 0, 100}).frames);
     EXPECT_FALSE(EstimateOutput({kSecond, 0, {}, 0, 100}).frames);
