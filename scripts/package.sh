@@ -115,7 +115,7 @@ part_of() {
         x86/*) echo vantrel32 ;;
         x64/*) echo vantrel64 ;;
         sdk/*) echo sdk ;;
-        docs/*) echo docs ;;
+        docs/* | completion/*) echo docs ;;
         install.cmd | uninstall.cmd) echo none ;;
         *) echo core ;;
     esac
