@@ -35,10 +35,17 @@ void BlendBlockRow(const Frame& frame, const ColumnBlock& block, int32_t y, cons
     const ColumnRun& columns = block.plan.columns;
     const ptrdiff_t from = frame.Bytes(columns.firstIndex);
     const int32_t pixels = columns.indices[columns.count - 1] + 2 - columns.firstIndex;
-    ops.BlendRows(blendedRow, frame.SrcRow(frame.UpperRow(y)) + from,
-                  frame.SrcRow(frame.LowerRow(y)) + from, frame.yMap->weights[y],
-                  pixels * frame.bytesPerPixel);
-    ops.BlendColumns(frame.DstRow(y) + frame.Bytes(block.first), blendedRow, block.plan);
+    uint8_t* const dst = frame.DstRow(y) + frame.Bytes(block.first);
+    const uint8_t* const upper = frame.SrcRow(frame.UpperRow(y)) + from;
+    const uint8_t* const lower = frame.SrcRow(frame.LowerRow(y)) + from;
+    const int32_t weight = frame.yMap->weights[y];
+    const int32_t bytes = pixels * frame.bytesPerPixel;
+    if (ops.BlendDownAndAcross) {
+        ops.BlendDownAndAcross(dst, blendedRow, upper, lower, weight, bytes, block.plan);
+        return;
+    }
+    ops.BlendRows(blendedRow, upper, lower, weight, bytes);
+    ops.BlendColumns(dst, blendedRow, block.plan);
 }
 
 }  // namespace

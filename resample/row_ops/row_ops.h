@@ -57,6 +57,11 @@ struct PixelOps {
 
     // Copies pixels. Needs a plan of PlanNearest.
     Apply NearestColumns;
+
+    // BlendRows of so many bytes into `row`, and BlendColumns of that. What `row` holds in between
+    // is the set's own affair. Null where there is no faster way than the two calls.
+    void (*BlendDownAndAcross)(uint8_t* dst, uint8_t* row, const uint8_t* a, const uint8_t* b,
+                               int32_t weight, int32_t bytes, const ColumnPlan& plan) = nullptr;
 };
 
 // The bytes of packed 4:2:2. Two pixels share a group of four: a luma byte each, and two chroma

@@ -25,11 +25,12 @@ struct ShuffleOps {
     using Reg = typename V::Reg;
     static constexpr int32_t kBytes = Base::kBytes;
 
-    template <typename Pixel, Rounding kRounding>
+    template <typename Pixel, Rounding kRounding, bool kIsBiased = false>
     static void BlendByteColumns(uint8_t* dst, const uint8_t* row, const ColumnPlan& plan) {
         const auto bytesOf = [](const ShuffleStep<V>& step, const auto& load) {
             const auto sums = [&](int32_t position) {
-                const Reg pairs = V::Xor(load(position), V::Set8(kBias));
+                Reg pairs = load(position);
+                if constexpr (!kIsBiased) pairs = V::Xor(pairs, V::Set8(kBias));
                 const Reg products = V::MulAddBytes(V::Load(step.weights[position]), pairs);
                 if constexpr (kRounding == Rounding::Down) return products;
                 return V::Add16(products, V::Set16(kSumBias));
@@ -38,6 +39,20 @@ struct ShuffleOps {
         };
         Base::ApplyPlan(dst, row, plan, plan.columns.count * Pixel::kSize, bytesOf,
                         [&] { BlendColumnsPlain<Pixel, kRounding>(dst, row, plan.columns, 0); });
+    }
+
+    // The row in between stays biased.
+    template <typename Pixel>
+    static void BlendBytesDownAndAcross(uint8_t* dst, uint8_t* row, const uint8_t* a,
+                                        const uint8_t* b, int32_t weight, int32_t bytes,
+                                        const ColumnPlan& plan) {
+        if (plan.window == NoWindow || bytes < kBytes) {
+            Base::BlendByteRows(row, a, b, weight, bytes);
+            BlendByteColumns<Pixel, Rounding::Down>(dst, row, plan);
+            return;
+        }
+        Base::BlendByteRowsBiased(row, a, b, weight, bytes);
+        BlendByteColumns<Pixel, Rounding::Down, true>(dst, row, plan);
     }
 
     // Moves a field of the pixels, which stands at kShift, from a toward b. The high half of the
@@ -123,6 +138,7 @@ struct ShuffleOps {
             .BlendColumns = BlendByteColumns<Pixel, Rounding::Down>,
             .BlendColumnsUp = BlendByteColumns<Pixel, Rounding::Up>,
             .NearestColumns = NearestColumns<Pixel>,
+            .BlendDownAndAcross = BlendBytesDownAndAcross<Pixel>,
         };
     }
     template <HasFields Pixel>

@@ -60,12 +60,14 @@ struct ShuffleRegisters {
     static Reg WeightPairs(int32_t weight) {
         return V::Set16(static_cast<int16_t>(weight << 8 | (256 - weight)));
     }
-    static Reg BlendBytes(const uint8_t* a, const uint8_t* b, Reg weights) {
+    static Reg BlendBytesBiased(const uint8_t* a, const uint8_t* b, Reg weights) {
         const Reg a8 = V::Load(a);
         const Reg b8 = V::Load(b);
-        const Reg sums = V::PackSigned(Sums(V::InterleaveLow8(a8, b8), weights),
-                                       Sums(V::InterleaveHigh8(a8, b8), weights));
-        return V::Xor(sums, V::Set8(kBias));
+        return V::PackSigned(Sums(V::InterleaveLow8(a8, b8), weights),
+                             Sums(V::InterleaveHigh8(a8, b8), weights));
+    }
+    static Reg BlendBytes(const uint8_t* a, const uint8_t* b, Reg weights) {
+        return V::Xor(BlendBytesBiased(a, b, weights), V::Set8(kBias));
     }
 
     static void BlendByteRows(uint8_t* dst, const uint8_t* a, const uint8_t* b, int32_t weight,
@@ -78,6 +80,20 @@ struct ShuffleRegisters {
         const Reg weights = WeightPairs(weight);
         ForRegisters(bytes,
                      [&](int32_t i) { V::Store(dst + i, BlendBytes(a + i, b + i, weights)); });
+    }
+
+    // At least one register. The result stays biased.
+    static void BlendByteRowsBiased(uint8_t* dst, const uint8_t* a, const uint8_t* b,
+                                    int32_t weight, int32_t bytes) {
+        if (weight == 0) {
+            ForRegisters(bytes, [&](int32_t i) {
+                V::Store(dst + i, V::Xor(V::Load(a + i), V::Set8(kBias)));
+            });
+            return;
+        }
+        const Reg weights = WeightPairs(weight);
+        ForRegisters(
+            bytes, [&](int32_t i) { V::Store(dst + i, BlendBytesBiased(a + i, b + i, weights)); });
     }
 
     template <int32_t kWindow>
