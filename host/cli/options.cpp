@@ -18,7 +18,6 @@ namespace {
 using std::wstring;
 using std::wstring_view;
 
-constexpr int kMaxSide = 65535;
 // The filter counts hundredths of a frame per second. A frame lasts at least 100 ns.
 constexpr double kMinFps = 0.01;
 constexpr double kMaxFps = 100000.0;
@@ -68,11 +67,13 @@ wstring SetSize(Options& options, wstring_view value) {
 
 wstring SetFit(Options& options, wstring_view value) {
     if (options.sized) return L"--size and --fit exclude each other";
-    if (ParseSides(options, value) && options.width > 0 && options.height > 0) {
+    if (ParseSides(options, value) && (options.width > 0 || options.height > 0)) {
         options.fit = true;
         return {};
     }
-    return L"--fit wants WIDTHxHEIGHT, each from 1 to 65535, and not " + Quoted(value);
+    return L"--fit wants WIDTHxHEIGHT, each from 1 to 65535, or 0 for one that does not matter, "
+           L"and not " +
+           Quoted(value);
 }
 
 // A decimal number, or a fraction such as 30000/1001.

@@ -17,7 +17,8 @@ with its sound, or plays it in a window.
 
 Picture
   --size WxH        size of the output; 0 keeps that side of the source (default 0x0)
-  --fit WxH         the largest size in this box that keeps the shape; none gets larger
+  --fit WxH         the largest size in this box that keeps the shape, 0 for a side without a limit;
+                    none gets larger
   --method NAME     how to scale (default AUTO)
   --format NAME     the only pixel format that the filter may take (default AUTO: any)
   --type NAME       the only kind of format block that it may take (default AUTO: any)

@@ -64,7 +64,8 @@ SizeChoice ChooseSize(const RunOptions& options, PixelFormat format, PictureSize
                       AspectRatio pixel) {
     SizeChoice choice;
     if (options.fit) {
-        const PictureSize box = {options.width, options.height};
+        const PictureSize box = {options.width > 0 ? options.width : kMaxSide,
+                                 options.height > 0 ? options.height : kMaxSide};
         const Steps steps = StepsOf(format);
         choice.wanted = FitInside(box, source, pixel);
         choice.rounded = RoundedFor(format, choice.wanted);

@@ -8,13 +8,15 @@
 
 namespace tavo {
 
+inline constexpr int kMaxSide = 65535;
+
 struct RunOptions {
     std::wstring input;
     std::wstring output;
     std::wstring log;  // a CSV file; empty: none
     int width = 0;     // 0: as the source
     int height = 0;
-    bool fit = false;  // width and height are a box to fit in; neither is 0
+    bool fit = false;  // width and height are a box to fit in; 0: no limit, not for both
     int method = 0;    // codes of the filter's settings
     int format = 0;
     int type = 0;

@@ -196,7 +196,9 @@ TEST(Options, Fit) {
     EXPECT_EQ(options.width, 640);
     EXPECT_EQ(options.height, 480);
     EXPECT_FALSE(Good({L"--size", L"640x480"}).fit);
-    for (const wchar_t* bad : {L"640", L"0x480", L"640x0", L"x", L"65536x1", L""}) {
+    EXPECT_EQ(Good({L"--fit", L"0x480"}).height, 480);
+    EXPECT_TRUE(Good({L"--fit", L"640x0"}).fit);
+    for (const wchar_t* bad : {L"640", L"0x0", L"-1x480", L"x", L"65536x1", L""}) {
         EXPECT_TRUE(Contains(Error({L"--fit", bad}), L"--fit wants")) << bad;
     }
     EXPECT_TRUE(Contains(Error({L"--fit", L"4x4", L"--size", L"4x4"}), L"exclude"));

@@ -140,8 +140,11 @@ TEST_F(VantrelFrames, SizesAreRoundedToWhatTheFormatHolds) {
 TEST_F(VantrelFrames, FitKeepsTheShape) {
     const VideoFormat video = Video(PixelFormat::RGB565, 160, 60);
     WriteMovie(Path(L"in.avi"), video, NoiseFrames(video, 2));
-    const std::pair<const wchar_t*, std::pair<int, int>> rows[] = {
-        {L"80x80", {80, 30}}, {L"200x15", {40, 15}}, {L"640x480", {160, 60}}};
+    const std::pair<const wchar_t*, std::pair<int, int>> rows[] = {{L"80x80", {80, 30}},
+                                                                   {L"200x15", {40, 15}},
+                                                                   {L"640x480", {160, 60}},
+                                                                   {L"80x0", {80, 30}},
+                                                                   {L"0x15", {40, 15}}};
     for (const auto& [box, size] : rows) {
         const Output run =
             RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--fit", box});
