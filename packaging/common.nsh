@@ -92,6 +92,34 @@
     !insertmacro OwnRegistryView
 !macroend
 
+; DefineRefuseUnknownOptions PREFIX HELP. /D and _?= are not among the parameters: whatever is left of
+; them was in quotation marks, or was not the last.
+!macro DefineRefuseUnknownOptions prefix help
+Function ${prefix}RefuseUnknownOptions
+    ${GetParameters} $0
+    StrCpy $0 "$0 "
+    StrCpy $1 ""
+    ${DoUntil} $0 == ""
+        StrCpy $2 $0 1
+        StrCpy $0 $0 "" 1
+        ${If} $2 != " "
+            StrCpy $1 "$1$2"
+            ${Continue}
+        ${EndIf}
+        StrCpy $3 $1 12
+        ${If} $1 != ""
+        ${AndIf} $1 != "/S"
+        ${AndIf} $1 != "/NCRC"
+        !if "${prefix}" == "" ; the uninstaller takes out all parts
+        ${AndIf} $3 != "/COMPONENTS="
+        !endif
+            !insertmacro Refuse ${WRONG_COMMAND_LINE} "$1 is no option here. ${help}"
+        ${EndIf}
+        StrCpy $1 ""
+    ${Loop}
+FunctionEnd
+!macroend
+
 ; RemoveEmptyParents FOLDER: those of the file $1 in this folder.
 !macro RemoveEmptyParents folder
     ${Do}

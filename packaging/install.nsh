@@ -1,6 +1,7 @@
 ; Functions of the installer.
 
 !insertmacro DefineRefuseInUse ""
+!insertmacro DefineRefuseUnknownOptions "" "There are /S, /COMPONENTS=PART,PART and, at the end and without quotation marks, /D=FOLDER."
 
 Function .onInit
     !insertmacro CheckBeforeStart
@@ -27,29 +28,6 @@ Function .onInit
     ${If} $parts != ""
         Call ChooseParts
     ${EndIf}
-FunctionEnd
-
-; /D is not among the parameters: whatever is left of it was in quotation marks, or was not the last.
-Function RefuseUnknownOptions
-    ${GetParameters} $0
-    StrCpy $0 "$0 "
-    StrCpy $1 ""
-    ${DoUntil} $0 == ""
-        StrCpy $2 $0 1
-        StrCpy $0 $0 "" 1
-        ${If} $2 != " "
-            StrCpy $1 "$1$2"
-            ${Continue}
-        ${EndIf}
-        StrCpy $3 $1 12
-        ${If} $1 != ""
-        ${AndIf} $1 != "/S"
-        ${AndIf} $1 != "/NCRC"
-        ${AndIf} $3 != "/COMPONENTS="
-            !insertmacro Refuse ${WRONG_COMMAND_LINE} "$1 is no option here. There are /S, /COMPONENTS=PART,PART and, at the end and without quotation marks, /D=FOLDER."
-        ${EndIf}
-        StrCpy $1 ""
-    ${Loop}
 FunctionEnd
 
 ; An older version is replaced where it lies.

@@ -1,9 +1,11 @@
 ; The uninstaller.
 
 !insertmacro DefineRefuseInUse "un."
+!insertmacro DefineRefuseUnknownOptions "un." "There are /S and, at the end and without quotation marks, _?=FOLDER."
 
 Function un.onInit
     !insertmacro CheckBeforeStart
+    Call un.RefuseUnknownOptions
 FunctionEnd
 
 ; Unregister FOLDER BITNESS RESULT: sets the variable to 1 when it was registered from here. One

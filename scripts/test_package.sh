@@ -238,6 +238,8 @@ test_installer() {
 test_parts() {
     local place folder="$drive/Program Files/TavoResample"
     say "Some parts"
+    on_wine "$work/new/TavoResample-$version-setup.exe" /S /what
+    expect "a wrong option is refused" "3 no" "$code $([ -e "$folder" ] && echo yes || echo no)"
     on_wine "$work/new/TavoResample-$version-setup.exe" /S /COMPONENTS=filter64,vantrel
     expect "are installed, and no others" \
         "0 CHANGELOG.md INSTALL.txt README.md installed.txt uninstall.exe x64/TavoResample.ax x64/vantrel.exe" \
@@ -246,6 +248,9 @@ test_parts() {
     on_wine "$work/new/TavoResample-$version-setup.exe" /S
     expect "stay chosen" "0 filter64,vantrel" "$code $(value "$entry" Components 64)"
     echo "the user's" >"$folder/mine.txt"
+    on_wine "$folder/uninstall.exe" /S /COMPONENTS=vantrel '_?=C:\Program' 'Files\TavoResample'
+    expect "a wrong option is refused by the uninstaller" "3 yes" \
+        "$code $([ -e "$folder/x64/vantrel.exe" ] && echo yes || echo no)"
     # A filter that was registered from elsewhere in the meantime is not the uninstaller's.
     run_in "$work/zip/TavoResample-$version" cmd /c install.cmd /quiet
     on_wine "$folder/uninstall.exe" /S '_?=C:\Program' 'Files\TavoResample'
