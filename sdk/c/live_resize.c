@@ -62,6 +62,7 @@ static void Play(wchar_t** values) {
     IGraphBuilder* graph = NULL;
     IMediaControl* control = NULL;
     IMediaEvent* events = NULL;
+    IMediaSeeking* seeking = NULL;
     IBaseFilter *source = NULL, *resizer = NULL;
     IVantrelSettings* settings = NULL;
     Check(CoCreateInstance(&CLSID_FilterGraph, NULL, CLSCTX_INPROC, &IID_IGraphBuilder,
@@ -69,6 +70,7 @@ static void Play(wchar_t** values) {
           "graph");
     Check(IGraphBuilder_QueryInterface(graph, &IID_IMediaControl, (void**)&control), "control");
     Check(IGraphBuilder_QueryInterface(graph, &IID_IMediaEvent, (void**)&events), "events");
+    Check(IGraphBuilder_QueryInterface(graph, &IID_IMediaSeeking, (void**)&seeking), "seeking");
     Check(CoCreateInstance(&CLSID_VantrelFilter, NULL, CLSCTX_INPROC, &IID_IBaseFilter,
                            (void**)&resizer),
           "the filter (is it registered?)");
@@ -86,11 +88,15 @@ static void Play(wchar_t** values) {
     PlayAndReport(events, settings);
     IVantrelSettings_SetOutputSize(settings, _wtoi(values[5]), _wtoi(values[6]));
     if (IVantrelSettings_ApplySettings(settings) != 1) {
+        LONGLONG position = 0;
         printf("The renderer takes no change while it runs: stopping.\n");
-        IMediaControl_Stop(control);
+        IMediaSeeking_GetCurrentPosition(seeking, &position);
+        IMediaControl_Stop(control); /* a stop can begin the video anew */
         if (IVantrelSettings_ApplySettings(settings) != 1) {
             Check(VFW_E_INVALIDMEDIATYPE, "the new size");
         }
+        IMediaSeeking_SetPositions(seeking, &position, AM_SEEKING_AbsolutePositioning, NULL,
+                                   AM_SEEKING_NoPositioning);
         Check(IMediaControl_Run(control), "playing on");
     }
     PlayAndReport(events, settings);
@@ -100,6 +106,7 @@ static void Play(wchar_t** values) {
     IVantrelSettings_Release(settings);
     IBaseFilter_Release(resizer);
     IBaseFilter_Release(source);
+    IMediaSeeking_Release(seeking);
     IMediaEvent_Release(events);
     IMediaControl_Release(control);
     IGraphBuilder_Release(graph);

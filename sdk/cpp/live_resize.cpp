@@ -47,12 +47,14 @@ static void Play(wchar_t** values) {
     ComPtr<IVantrelSettings> settings;
     ComPtr<IMediaControl> control;
     ComPtr<IMediaEvent> events;
+    ComPtr<IMediaSeeking> seeking;
     ComPtr<IEnumPins> pins;
     ComPtr<IPin> video, input, output;
     Check(CoCreateInstance(CLSID_FilterGraph, nullptr, CLSCTX_INPROC, IID_PPV_ARGS(&graph)),
           "graph");
     Check(graph->QueryInterface(IID_IMediaControl, &control), "control");
     Check(graph->QueryInterface(IID_IMediaEvent, &events), "events");
+    Check(graph->QueryInterface(IID_IMediaSeeking, &seeking), "seeking");
     Check(CoCreateInstance(CLSID_VantrelFilter, nullptr, CLSCTX_INPROC, IID_PPV_ARGS(&resizer)),
           "the filter (is it registered?)");
     Check(resizer.As(&settings), "its settings");
@@ -74,8 +76,12 @@ static void Play(wchar_t** values) {
     settings->SetOutputSize(_wtoi(values[5]), _wtoi(values[6]));
     if (settings->ApplySettings() != 1) {
         std::printf("The renderer takes no change while it runs: stopping.\n");
-        control->Stop();
+        LONGLONG position = 0;
+        seeking->GetCurrentPosition(&position);
+        control->Stop();  // a stop can begin the video anew
         if (settings->ApplySettings() != 1) Check(VFW_E_INVALIDMEDIATYPE, "the new size");
+        seeking->SetPositions(&position, AM_SEEKING_AbsolutePositioning, nullptr,
+                              AM_SEEKING_NoPositioning);
         Check(control->Run(), "playing on");
     }
     PlayAndReport(events.Get(), settings.Get());

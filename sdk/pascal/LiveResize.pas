@@ -70,8 +70,28 @@ type
     function WaitForCompletion(milliseconds: LongInt; out code: LongInt): HResult; stdcall;
   end;
 
+  IMediaSeeking = interface(IUnknown)
+    ['{36B73880-C2C8-11CF-8B46-00805F6CEF60}']
+    function GetCapabilities(out capabilities: LongWord): HResult; stdcall;
+    function CheckCapabilities(var capabilities: LongWord): HResult; stdcall;
+    function IsFormatSupported(format: PGUID): HResult; stdcall;
+    function QueryPreferredFormat(out format: TGUID): HResult; stdcall;
+    function GetTimeFormat(out format: TGUID): HResult; stdcall;
+    function IsUsingTimeFormat(format: PGUID): HResult; stdcall;
+    function SetTimeFormat(format: PGUID): HResult; stdcall;
+    function GetDuration(out duration: Int64): HResult; stdcall;
+    function GetStopPosition(out stop: Int64): HResult; stdcall;
+    function GetCurrentPosition(out current: Int64): HResult; stdcall;
+    function ConvertTimeFormat(out target: Int64; targetFormat: PGUID; source: Int64; sourceFormat: PGUID): HResult;
+      stdcall;
+    function SetPositions(var current: Int64; currentFlags: LongWord; stop: Pointer; stopFlags: LongWord): HResult;
+      stdcall;
+  end;
+
 const
   CLSID_FilterGraph: TGUID = '{E436EBB3-524F-11CE-9F53-0020AF0BA770}';
+  AM_SEEKING_NoPositioning = 0;
+  AM_SEEKING_AbsolutePositioning = 1;
 
 procedure Check(result: HResult; const step: string);
 begin
@@ -99,11 +119,13 @@ var
   graph: IGraphBuilder;
   control: IMediaControl;
   events: IMediaEvent;
+  seeking: IMediaSeeking;
   source, resizer: IBaseFilter;
   settings: IVantrelSettings;
   pins: IEnumPins;
   video, input, output: IPin;
   clock: Pointer;
+  position: Int64;
   fps: Double;
   fault: Integer;
 begin
@@ -112,6 +134,7 @@ begin
     'the filter (is it registered?)');
   control := graph as IMediaControl;
   events := graph as IMediaEvent;
+  seeking := graph as IMediaSeeking;
   settings := resizer as IVantrelSettings;
 
   Val(ParamStr(4), fps, fault); { with a point in every locale }
@@ -134,9 +157,12 @@ begin
   if settings.ApplySettings <> VantrelSuccess then
   begin
     Writeln('The renderer takes no change while it runs: stopping.');
-    control.Stop;
+    position := 0;
+    seeking.GetCurrentPosition(position);
+    control.Stop; { a stop can begin the video anew }
     if settings.ApplySettings <> VantrelSuccess then
       raise Exception.Create('the new size is refused');
+    seeking.SetPositions(position, AM_SEEKING_AbsolutePositioning, nil, AM_SEEKING_NoPositioning);
     Check(control.Run, 'playing on');
   end;
   PlayAndReport(events, settings);

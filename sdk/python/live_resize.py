@@ -5,7 +5,8 @@ filter measures, and changes the size while the video plays. Needs Windows and t
 """
 
 import sys
-from ctypes import HRESULT, POINTER, byref, c_double, c_int, c_long, c_void_p, c_wchar_p
+from ctypes import (HRESULT, POINTER, byref, c_double, c_int, c_long, c_longlong, c_ulong, c_void_p,
+                    c_wchar_p)
 
 from comtypes import CLSCTX_INPROC_SERVER, COMError, CoCreateInstance, GUID, IUnknown, STDMETHOD
 from comtypes.automation import IDispatch
@@ -78,6 +79,27 @@ class IMediaEvent(IDispatch):
     ]
 
 
+class IMediaSeeking(IUnknown):
+    _iid_ = GUID("{36B73880-C2C8-11CF-8B46-00805F6CEF60}")
+    _methods_ = [
+        STDMETHOD(HRESULT, "GetCapabilities"),
+        STDMETHOD(HRESULT, "CheckCapabilities"),
+        STDMETHOD(HRESULT, "IsFormatSupported"),
+        STDMETHOD(HRESULT, "QueryPreferredFormat"),
+        STDMETHOD(HRESULT, "GetTimeFormat"),
+        STDMETHOD(HRESULT, "IsUsingTimeFormat"),
+        STDMETHOD(HRESULT, "SetTimeFormat"),
+        STDMETHOD(HRESULT, "GetDuration"),
+        STDMETHOD(HRESULT, "GetStopPosition"),
+        # As numbers, these two: a source in which nobody can seek is no failure.
+        STDMETHOD(c_int, "GetCurrentPosition", [POINTER(c_longlong)]),
+        STDMETHOD(HRESULT, "ConvertTimeFormat"),
+        STDMETHOD(c_int, "SetPositions", [POINTER(c_longlong), c_ulong, c_void_p, c_ulong]),
+    ]
+
+
+AM_SEEKING_NoPositioning = 0
+AM_SEEKING_AbsolutePositioning = 1
 CLSID_FilterGraph = GUID("{E436EBB3-524F-11CE-9F53-0020AF0BA770}")
 
 
@@ -102,6 +124,7 @@ def play(video_path, width, height, fps, new_width, new_height):
     graph = create(CLSID_FilterGraph, IGraphBuilder)
     control = graph.QueryInterface(IMediaControl)
     events = graph.QueryInterface(IMediaEvent)
+    seeking = graph.QueryInterface(IMediaSeeking)
     resizer = create(CLSID_VantrelFilter, IBaseFilter)
     settings = resizer.QueryInterface(IVantrelSettings)
 
@@ -127,9 +150,13 @@ def play(video_path, width, height, fps, new_width, new_height):
     settings.SetOutputSize(int(new_width), int(new_height))
     if settings.ApplySettings() != SUCCESS:
         print("The renderer takes no change while it runs: stopping.")
-        control.Stop()
+        position = c_longlong()
+        seeking.GetCurrentPosition(byref(position))
+        control.Stop()  # a stop can begin the video anew
         if settings.ApplySettings() != SUCCESS:
             raise RuntimeError("the new size is refused")
+        seeking.SetPositions(byref(position), AM_SEEKING_AbsolutePositioning, None,
+                             AM_SEEKING_NoPositioning)
         control.Run()
     play_and_report(events, settings)
     control.Stop()

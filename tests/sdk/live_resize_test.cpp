@@ -3,12 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <fstream>
+#include <iterator>
+#include <memory>
+
 #include "tests/sdk/example_test.h"
 
 namespace tavo {
 namespace {
 
 using tavo_test::Contains;
+using tavo_test::Module;
 using tavo_test::ModulePath;
 using tavo_test::Output;
 using tavo_test::RunningProgram;
@@ -35,8 +40,38 @@ Line ReadLine(const std::string& text) {
     return line;
 }
 
+constexpr char kStops[] = "The renderer takes no change while it runs: stopping.\n";
+
 class LiveResize : public tavo_test::ExampleTest {
   protected:
+    void TearDown() override {
+        SetEnvironmentVariableW(L"STILL_RENDERER_LOG", nullptr);
+        renderer_.UnregisterServer();
+        ExampleTest::TearDown();
+    }
+    // With a renderer that takes no change while it runs, and logs the segments that it gets.
+    std::unique_ptr<RunningProgram> StartWithStillRenderer(
+        const wchar_t* program, const std::vector<std::wstring>& arguments,
+        const std::filesystem::path& log) {
+        EXPECT_EQ(renderer_.RegisterServer(), S_OK);
+        SetEnvironmentVariableW(L"STILL_RENDERER_LOG", log.c_str());
+        auto running = std::make_unique<RunningProgram>(Example(program), arguments);
+        SetEnvironmentVariableW(L"STILL_RENDERER_LOG", nullptr);
+        return running;
+    }
+    // It played from the start, and after the stop, which was two seconds later, from there.
+    void ExpectToGoOn(Output run, const std::filesystem::path& log) {
+        std::erase(run.out, '\r');
+        const size_t stops = run.out.find(kStops);
+        ASSERT_NE(stops, std::string::npos) << run.out;
+        run.out.erase(stops, sizeof kStops - 1);
+        ExpectBothSizes(run, true);
+        std::ifstream file(log);
+        const std::vector<LONGLONG> starts(std::istream_iterator<LONGLONG>(file), {});
+        ASSERT_GE(starts.size(), 2u);
+        EXPECT_EQ(starts.front(), 0);
+        EXPECT_GT(starts.back(), 10'000'000) << "it began anew";
+    }
     // Two lines, which tell of both sizes.
     void ExpectBothSizes(const Output& run, bool regulated) {
         ASSERT_EQ(run.exitCode, 0u) << run.error;
@@ -54,6 +89,9 @@ class LiveResize : public tavo_test::ExampleTest {
             EXPECT_EQ(line.delivered > 0, regulated) << run.out;
         }
     }
+
+  private:
+    const Module renderer_{L"still_renderer.ax"};
 };
 
 TEST_F(LiveResize, ChangesTheSizeWhileItPlays) {
@@ -62,8 +100,12 @@ TEST_F(LiveResize, ChangesTheSizeWhileItPlays) {
         Path(L"long.avi"), L"128", L"96", L"25", L"80", L"60"};
     RunningProgram cpp(Example(kPrograms[0]), arguments);
     RunningProgram c(Example(kPrograms[1]), arguments);
+    const auto stoppedCpp = StartWithStillRenderer(kPrograms[0], arguments, Path(L"cpp.txt"));
+    const auto stoppedC = StartWithStillRenderer(kPrograms[1], arguments, Path(L"c.txt"));
     ExpectBothSizes(cpp.Wait(), true);
     ExpectBothSizes(c.Wait(), true);
+    ExpectToGoOn(stoppedCpp->Wait(), Path(L"cpp.txt"));
+    ExpectToGoOn(stoppedC->Wait(), Path(L"c.txt"));
 }
 
 TEST_F(LiveResize, SaysWhatFailed) {
