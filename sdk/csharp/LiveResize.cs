@@ -16,6 +16,11 @@ static class LiveResize
         return Activator.CreateInstance(Type.GetTypeFromCLSID(id, true));
     }
 
+    static void Check(int result, string step)
+    {
+        if (result < 0) throw new InvalidOperationException(step + ": error 0x" + result.ToString("x8"));
+    }
+
     // Plays on for two seconds, or to the end of a shorter video.
     static void PlayAndReport(IMediaEvent events, IVantrelSettings settings)
     {
@@ -36,35 +41,41 @@ static class LiveResize
         var graph = (IGraphBuilder)Create(FilterGraphClass);
         var control = (IMediaControl)graph;
         var events = (IMediaEvent)graph;
+        var seeking = (IMediaSeeking)graph;
         var resizer = (IBaseFilter)Create(Vantrel.FilterClass);
         var settings = (IVantrelSettings)resizer;
 
         settings.SetOutputSize(int.Parse(values[1]), int.Parse(values[2]));
         settings.SetFrameRate(double.Parse(values[3], CultureInfo.InvariantCulture));
         settings.SetOutputFormat(VantrelPixelFormat.Rgb24); // what every renderer shows
-        graph.AddFilter(resizer, "Resizer");
+        Check(graph.AddFilter(resizer, "Resizer"), "adding the filter");
 
         IBaseFilter source;
         IEnumPins pins;
-        IPin video, input, output;
-        graph.AddSourceFilter(values[0], "Source", out source);
-        source.EnumPins(out pins);
-        if (pins.Next(1, out video, IntPtr.Zero) != 0) throw new InvalidOperationException("the source has no pin");
-        resizer.FindPin("In", out input);
-        resizer.FindPin("Out", out output);
-        graph.Connect(video, input);
-        graph.Render(output);
+        IPin input, output;
+        var video = new IPin[1];
+        int fetched;
+        Check(graph.AddSourceFilter(values[0], "Source", out source), "opening the video");
+        Check(source.EnumPins(out pins), "pins");
+        if (pins.Next(1, video, out fetched) != 0) throw new InvalidOperationException("the source has no pin");
+        Check(resizer.FindPin("In", out input), "In");
+        Check(resizer.FindPin("Out", out output), "Out");
+        Check(graph.Connect(video[0], input), "decoding into the filter");
+        Check(graph.Render(output), "showing the result");
 
-        control.Run();
+        Check(control.Run(), "playing");
         PlayAndReport(events, settings);
         settings.SetOutputSize(int.Parse(values[4]), int.Parse(values[5]));
         if (settings.ApplySettings() != Vantrel.Success)
         {
             Console.WriteLine("The renderer takes no change while it runs: stopping.");
-            control.Stop();
+            long position, end = 0;
+            seeking.GetCurrentPosition(out position);
+            control.Stop(); // a stop can begin the video anew
             if (settings.ApplySettings() != Vantrel.Success)
                 throw new InvalidOperationException("the new size is refused");
-            control.Run();
+            seeking.SetPositions(ref position, SeekingFlags.AbsolutePositioning, ref end, SeekingFlags.NoPositioning);
+            Check(control.Run(), "playing on");
         }
         PlayAndReport(events, settings);
         control.Stop();
