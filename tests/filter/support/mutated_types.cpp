@@ -1,5 +1,6 @@
 #include "tests/filter/support/mutated_types.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace tavo_test {
@@ -34,8 +35,9 @@ MediaType MutatedType(std::mt19937& random, const PixelFormat& format) {
 bool IsSmall(const MediaType& type) {
     const BITMAPINFOHEADER* const bitmap = type.Bitmap();
     if (!bitmap) return false;
-    const double bits = std::abs(double(bitmap->biWidth) * bitmap->biHeight * bitmap->biBitCount);
-    return bits < 16 << 20;
+    // A mutated type may state no bits a pixel.
+    const int bitsPerPixel = std::max<int>(bitmap->biBitCount, 32);
+    return std::abs(double(bitmap->biWidth) * bitmap->biHeight * bitsPerPixel) < 32 << 20;
 }
 
 }  // namespace tavo_test
