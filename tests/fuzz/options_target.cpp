@@ -34,7 +34,7 @@ bool IsCodeOf(std::span<const SettingName> names, int code) {
 void CheckAccepted(const Options& options) {
     const bool isSide = options.width >= 0 && options.width <= 65535 && options.height >= 0 &&
                         options.height <= 65535;
-    Require(isSide && (!options.fit || (options.width > 0 && options.height > 0)));
+    Require(isSide && (!options.fit || options.width > 0 || options.height > 0));
     Require(!options.fit || !options.sized);
     Require(options.fps == 0.0 || (options.fps >= 0.01 && options.fps <= 100000.0));
     Require(IsCodeOf(tavo::MethodNames(), options.method));
