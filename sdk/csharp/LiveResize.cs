@@ -84,6 +84,8 @@ static class LiveResize
         Marshal.FinalReleaseComObject(graph);
     }
 
+    // Without it Wine finds no renderer.
+    [STAThread]
     static int Main(string[] values)
     {
         if (values.Length != 6)
