@@ -10,6 +10,9 @@ constexpr int64_t kUnitsPerSecond = 10'000'000;
 
 // Larger times (7,300 years) are garbage. Differences within this range cannot overflow.
 constexpr int64_t kMaxTime = INT64_MAX / 4;
+constexpr int64_t BoundedTime(int64_t time) {
+    return time < -kMaxTime ? -kMaxTime : time > kMaxTime ? kMaxTime : time;
+}
 
 // rate / scale frames per second, as in an AVI stream header. Neither is 0.
 struct FrameRate {

@@ -27,7 +27,8 @@ HRESULT CAviSinkSoundPin::Active() {
 }
 
 REFERENCE_TIME CAviSinkSoundPin::Shift() const {
-    return m_section.IsAll() ? m_delay : m_delay + m_tStart - m_section.start;
+    if (m_section.IsAll()) return m_delay;
+    return m_delay + tavo::BoundedTime(m_tStart) - m_section.start;
 }
 
 STDMETHODIMP CAviSinkSoundPin::NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) {
@@ -46,6 +47,17 @@ STDMETHODIMP CAviSinkSoundPin::Receive(IMediaSample* sample) {
     return Write(*sample);
 }
 
+size_t CAviSinkSoundPin::BytesInside(size_t size, REFERENCE_TIME time) const {
+    const int64_t end = std::min(m_section.duration, tavo::kMaxTime);
+    const int64_t room = end - std::min(time, end);
+    if (room >= LengthOf(size)) return size;
+    return static_cast<size_t>(room * m_sound.rate / tavo::kUnitsPerSecond) * m_sound.BlockBytes();
+}
+
+int64_t CAviSinkSoundPin::LengthOf(size_t size) const {
+    return static_cast<int64_t>(size / m_sound.BlockBytes()) * tavo::kUnitsPerSecond / m_sound.rate;
+}
+
 // All is taken before the section's start; the writer leaves out what lies before the first frame.
 HRESULT CAviSinkSoundPin::Write(IMediaSample& sample) {
     BYTE* data = nullptr;
@@ -56,16 +68,12 @@ HRESULT CAviSinkSoundPin::Write(IMediaSample& sample) {
     REFERENCE_TIME start = 0;
     REFERENCE_TIME stop = 0;
     const bool timed = SUCCEEDED(sample.GetTime(&start, &stop));
-    std::optional<REFERENCE_TIME> time = timed ? std::optional(start + Shift()) : std::nullopt;
+    std::optional<REFERENCE_TIME> time =
+        timed ? std::optional(tavo::BoundedTime(start) + Shift()) : std::nullopt;
     if (!m_section.IsAll()) {
         if (!time) time = m_next;
-        const int64_t room = m_section.duration - std::min(*time, m_section.duration);
-        const size_t block = m_sound.BlockBytes();
-        const int64_t lasts =
-            static_cast<int64_t>(size / block) * tavo::kUnitsPerSecond / m_sound.rate;
-        if (room < lasts)
-            size = static_cast<size_t>(room * m_sound.rate / tavo::kUnitsPerSecond) * block;
-        m_next = *time + lasts;
+        m_next = tavo::BoundedTime(*time + LengthOf(size));
+        size = BytesInside(size, *time);
     }
     const HRESULT hr = m_sink.TakeSound({reinterpret_cast<const std::byte*>(data), size}, time);
     if (SUCCEEDED(hr) && !m_section.IsAll() && m_next >= m_section.duration) m_sink.ReachSoundEnd();

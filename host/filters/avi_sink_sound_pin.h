@@ -33,6 +33,9 @@ class CAviSinkSoundPin final : public CBaseInputPin {
 
   private:
     HRESULT Write(IMediaSample& sample);
+    // How much of that many bytes from this time on lies in the section.
+    size_t BytesInside(size_t size, REFERENCE_TIME time) const;
+    int64_t LengthOf(size_t size) const;
     // What is added to times. Those of a section count from its start.
     REFERENCE_TIME Shift() const;
 

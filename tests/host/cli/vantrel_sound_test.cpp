@@ -93,6 +93,9 @@ TEST_F(VantrelSound, ASectionHasItsPart) {
         EXPECT_EQ(movie.frames, std::vector<Frame>(frames_.begin() + 10, frames_.begin() + 35));
         EXPECT_TRUE(movie.avi.sound == Part(noise, 19200, 67200));
     }
+    const Movie rest = Pass(PixelFormat::YUY2, noise, {L"--start", L"0.4"});
+    EXPECT_EQ(rest.frames, std::vector<Frame>(frames_.begin() + 10, frames_.end()));
+    EXPECT_TRUE(rest.avi.sound == Part(noise, 19200, 96000));
 }
 
 TEST_F(VantrelSound, NoSoundLeavesItOut) {

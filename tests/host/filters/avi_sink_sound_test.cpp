@@ -259,6 +259,41 @@ TEST_F(AviSinkSound, ASectionIsCutToTheSample) {
     EXPECT_EQ(Finish().sound, Joined({Blocks(2, 100), Blocks(3, 150)}));
 }
 
+// Sources seek to before the section, where times are negative.
+TEST_F(AviSinkSound, ASectionWithoutAnEnd) {
+    Start({1000 * kMs, INT64_MAX});
+    EXPECT_EQ(sound_->pin().SendNewSegment(800 * kMs, INT64_MAX, 1.0), S_OK);
+    EXPECT_EQ(Sound(1, 150, 0), S_OK);
+    EXPECT_EQ(Sound(2, 150, {}), S_OK);
+    EXPECT_EQ(Frame(0), S_OK);
+    EXPECT_EQ(Sound(3, 300, 300), S_OK);
+    EXPECT_EQ(Finish().sound, Joined({Blocks(2, 100), Blocks(3, 300)}));
+}
+
+TEST_F(AviSinkSound, TimesThatCannotBe) {
+    constexpr TimeSection kSections[] = {
+        {}, {1000 * kMs, INT64_MAX}, {1000 * kMs, 250 * kMs}, {INT64_MAX / 8, INT64_MAX - 1}};
+    for (const TimeSection& section : kSections) {
+        if (graph_) {
+            TearDown();
+            store_.bytes.clear();
+            SetUp();
+        }
+        Start(section);
+        for (const int64_t segment : {INT64_MAX - 1, INT64_MIN}) {
+            sound_->pin().SendNewSegment(segment, INT64_MAX, 1.0);
+            for (const int64_t time : {INT64_MIN, INT64_MIN + 1, INT64_MAX - 1}) {
+                EXPECT_EQ(
+                    sound_->pin().Deliver({.start = time, .stop = time + 1, .bytes = {1, 2, 3}}),
+                    S_OK);
+                EXPECT_EQ(Sound(4, 3, {}), S_OK);
+            }
+        }
+        EXPECT_EQ(Frame(0), S_OK);
+        EXPECT_LE(Finish().sound.size(), 36u);
+    }
+}
+
 TEST_F(AviSinkSound, AnotherFormatEndsTheRun) {
     Start();
     EXPECT_EQ(Frame(0), S_OK);
@@ -303,7 +338,8 @@ TEST_F(AviSinkSound, FlushAndStopKeepWhatWaits) {
 
 TEST_F(AviSinkSound, FullDisk) {
     Start();
-    store_.capacity = store_.bytes.size() + 4 * (kFrameBytes + 8 + 108);
+    // Sound of all frames that wait can lie behind the first one.
+    store_.capacity = store_.bytes.size() + 12 * (kFrameBytes + 8 + 108);
     HRESULT hr = S_OK;
     for (int64_t n = 0; n < 100 && SUCCEEDED(hr); ++n) {
         hr = Frame(n * 100);
