@@ -4,10 +4,12 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
 #include <optional>
 #include <span>
 #include <vector>
 
+#include "host/avi/frame_timing.h"
 #include "host/avi/sound_format.h"
 
 namespace tavo {
@@ -18,47 +20,62 @@ class SoundTrack {
   public:
     // Sound that is off by no more than this follows the sound before: sources round their times.
     static constexpr int64_t kTolerance = 400'000;
-    // Longer gaps are errors of the source, and are not filled.
-    static constexpr int64_t kMaxGap = 600'000'000;
+    // Longer gaps are errors of the source, and are not filled: neither are those of frames.
+    static constexpr int64_t kMaxGap = MonotonicTimes::kMaxGap;
+    // The sound goes as far back as the frames do.
+    static constexpr int64_t kMaxOverlap = 2 * kUnitsPerSecond;
 
-    explicit SoundTrack(const SoundFormat& sound) : sound_(sound) {}
+    // Where times go back by more than `maxOverlap`, the source counts anew, and its sound follows
+    // the sound before. What overlaps less is left out.
+    explicit SoundTrack(const SoundFormat& sound, int64_t maxOverlap = kMaxOverlap)
+        : sound_(sound), maxOverlap_(maxOverlap) {}
 
     // The time of the first frame. Sound before it is left out.
     void Begin(int64_t origin);
 
-    // Whole blocks; a rest is left out. Sound without a time follows the sound before. Until Begin
-    // it is kept aside.
+    // Sound without a time follows the sound before. What is left of a block waits for the rest of
+    // it. Until Begin all is kept aside.
     void Add(std::span<const std::byte> bytes, std::optional<int64_t> start);
 
     // What waits to be written, in whole blocks, at most that many bytes.
     std::vector<std::byte> Take(size_t most);
-    size_t Waiting() const { return waiting_.size(); }
-    // The same, with what is kept aside.
-    size_t Held() const { return waiting_.size() + earlyBytes_; }
+    uint64_t Waiting() const { return waitingBytes_; }
+    // The memory in use. Silence takes none.
+    size_t Held() const { return heldBytes_; }
 
     uint64_t SilentBlocks() const { return silentBlocks_; }
     uint64_t DroppedBlocks() const { return droppedBlocks_; }
 
   private:
-    struct Piece {
+    struct Early {
         std::vector<std::byte> bytes;
         std::optional<int64_t> start;
     };
+    // Silence, then sound.
+    struct Piece {
+        uint64_t silence = 0;  // bytes
+        std::vector<std::byte> bytes;
+    };
 
-    // How far the track is behind that time, in blocks.
-    int64_t BlocksUntil(int64_t start) const;
     int64_t Blocks(int64_t units) const;
+    int64_t Units(uint64_t blocks) const;
+    int64_t PositionOf(int64_t start);
     void Place(std::span<const std::byte> bytes, std::optional<int64_t> start);
+    void Append(uint64_t silence, std::span<const std::byte> bytes);
     std::byte Silence() const { return std::byte(sound_.bits == 8 ? 0x80 : 0); }
 
     const SoundFormat sound_;
+    const int64_t maxOverlap_;
     std::optional<int64_t> origin_;
-    std::vector<Piece> early_;  // before Begin
-    size_t earlyBytes_ = 0;
-    uint64_t blocks_ = 0;  // in the track so far
+    std::vector<Early> early_;  // before Begin
+    uint64_t blocks_ = 0;       // in the track so far
+    int64_t next_ = 0;          // the block where sound without a time belongs
     uint64_t silentBlocks_ = 0;
     uint64_t droppedBlocks_ = 0;
-    std::vector<std::byte> waiting_;
+    std::vector<std::byte> rest_;  // less than a block
+    std::deque<Piece> waiting_;
+    uint64_t waitingBytes_ = 0;
+    size_t heldBytes_ = 0;
 };
 
 }  // namespace tavo

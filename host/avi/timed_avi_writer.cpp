@@ -37,7 +37,9 @@ IoResult TimedAviWriter::WriteFrame(std::span<const std::byte> frame, std::optio
 
 void TimedAviWriter::SetSound(const SoundFormat& sound) {
     writer_.SetSound(sound);
-    sound_.emplace(sound);
+    // Where times go back, a fixed rate has no frames until they are where they were.
+    const bool isFixed = timing_ == Timing::FrameForFrame;
+    sound_.emplace(sound, isFixed ? SoundTrack::kMaxGap : SoundTrack::kMaxOverlap);
 }
 
 bool TimedAviWriter::AddSound(std::span<const std::byte> sound, std::optional<int64_t> start) {

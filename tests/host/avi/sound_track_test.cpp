@@ -86,6 +86,77 @@ TEST(SoundTrack, TimesThatCannotBeAreNotFollowed) {
     EXPECT_EQ(All(track), Joined({Blocks(1, 30), Blocks(2, 10)}));
 }
 
+TEST(SoundTrack, BeginsWhereItBelongs) {
+    SoundTrack track(kBytes);
+    track.Begin(0);
+    track.Add(Blocks(1, 100), 30 * kMs);
+    track.Add(Blocks(2, 100), 100 * kMs);
+    EXPECT_EQ(All(track), Joined({Blocks(0x80, 30), Blocks(1, 100), Blocks(2, 100)}));
+}
+
+TEST(SoundTrack, WithoutATimeItFollowsWhatWasLeftOut) {
+    SoundTrack track(kBytes);
+    track.Add(Blocks(1, 100), 0);
+    track.Add(Blocks(2, 100), std::nullopt);
+    track.Begin(150 * kMs);
+    track.Add(Blocks(3, 100), std::nullopt);
+    EXPECT_EQ(All(track), Joined({Blocks(2, 50), Blocks(3, 100)}));
+    track.Add(Blocks(4, 20), 50 * kMs);
+    EXPECT_EQ(track.Waiting(), 0u);
+}
+
+// The gap takes no memory before it is written.
+TEST(SoundTrack, GapsAreAsLongAsThoseOfFrames) {
+    constexpr SoundFormat kWide = {6, 48000, 32, true};
+    constexpr uint64_t kHour = uint64_t{3600} * 48000 * 24;
+    SoundTrack track(kWide);
+    track.Begin(0);
+    track.Add(Blocks(1, 24), SoundTrack::kMaxGap);
+    EXPECT_EQ(track.Held(), 24u);
+    EXPECT_EQ(track.Waiting(), kHour + 24);
+    EXPECT_EQ(track.Take(2400), Blocks(0, 2400));
+    EXPECT_EQ(track.Waiting(), kHour - 2400 + 24);
+
+    SoundTrack late(kBytes);
+    late.Begin(0);
+    late.Add(Blocks(1, 10), 0);
+    late.Add(Blocks(2, 10), 70'000 * kMs);
+    late.Add(Blocks(3, 10), 70'110 * kMs);
+    EXPECT_EQ(late.Take(70'000), Joined({Blocks(1, 10), Blocks(0x80, 69'990)}));
+    EXPECT_EQ(All(late), Joined({Blocks(2, 10), Blocks(0x80, 100), Blocks(3, 10)}));
+}
+
+TEST(SoundTrack, TimesThatBeginAnewAreFollowed) {
+    SoundTrack track(kBytes);
+    track.Begin(0);
+    track.Add(Blocks(1, 5000), 0);
+    track.Add(Blocks(2, 1000), 0);
+    track.Add(Blocks(3, 1000), 1000 * kMs);
+    track.Add(Blocks(4, 10), 2100 * kMs);
+    EXPECT_EQ(All(track), Joined({Blocks(1, 5000), Blocks(2, 1000), Blocks(3, 1000),
+                                  Blocks(0x80, 100), Blocks(4, 10)}));
+
+    SoundTrack fixed(kBytes, SoundTrack::kMaxGap);
+    fixed.Begin(0);
+    fixed.Add(Blocks(1, 5000), 0);
+    fixed.Add(Blocks(2, 1000), 0);
+    fixed.Add(Blocks(3, 1000), 4500 * kMs);
+    EXPECT_EQ(All(fixed), Joined({Blocks(1, 5000), Blocks(3, 500)}));
+}
+
+// Sources may end their buffers anywhere.
+TEST(SoundTrack, BlocksInTwoPiecesStayWhole) {
+    SoundTrack track({2, 1000, 16, false});
+    track.Begin(0);
+    track.Add(Blocks(1, 6), 0);
+    track.Add(Blocks(2, 5), std::nullopt);
+    track.Add(Blocks(3, 1), 3 * kMs);
+    EXPECT_EQ(All(track), Joined({Blocks(1, 6), Blocks(2, 5), Blocks(3, 1)}));
+    track.Add(Blocks(4, 2), std::nullopt);
+    track.Add(Blocks(5, 4), 103 * kMs);
+    EXPECT_EQ(All(track), Joined({Blocks(0, 400), Blocks(5, 4)})) << "not behind a gap";
+}
+
 TEST(SoundTrack, GivesWholeBlocks) {
     SoundTrack track({2, 1000, 16, false});
     track.Begin(0);
