@@ -53,6 +53,7 @@ STDMETHODIMP CAviSink::Run(REFERENCE_TIME start) {
 }
 
 STDMETHODIMP CAviSink::Stop() {
+    m_pace.End();
     const HRESULT hr = CBaseFilter::Stop();
     m_queue.Drain();
     CAutoLock lock(&m_stateLock);
@@ -84,6 +85,7 @@ bool CAviSink::ShowsExpected(REFERENCE_TIME start, REFERENCE_TIME stop) const {
 
 void CAviSink::ReachEnd() {
     m_queue.Drain();
+    m_pace.End();
     {
         CAutoLock lock(&m_stateLock);
         m_endReached = true;
@@ -140,6 +142,7 @@ HRESULT CAviSink::Fail(tavo::IoResult io, HRESULT reason) {
         m_result.typeChanged = reason == VFW_E_TYPE_NOT_ACCEPTED;
         m_result.soundChanged = reason == kSoundChanged;
     }
+    m_pace.End();
     NotifyEvent(EC_ERRORABORT, reason, 0);
     return Failure();
 }
@@ -171,9 +174,12 @@ HRESULT CAviSink::TakeFrame(IMediaSample* sample) {
                               timed ? std::optional(start) : std::nullopt,
                               times == S_OK ? stop - start : 0});
     if (FAILED(hr)) return hr;
-    CAutoLock lock(&m_stateLock);
-    ++m_count;
-    if (!timed || ShowsExpected(start, stop)) m_shown = true;
+    {
+        CAutoLock lock(&m_stateLock);
+        ++m_count;
+        if (!timed || ShowsExpected(start, stop)) m_shown = true;
+    }
+    if (timed) m_pace.Reach(tavo::StreamPace::Stream::Frames, start);
     return S_OK;
 }
 
@@ -211,6 +217,7 @@ CAviSink::Result CAviSink::FinishFile() {
         CAutoLock lock(&m_stateLock);
         m_open = false;
     }
+    m_pace.End();
     m_queue.End();
     CAutoLock file(&m_fileLock);
     if (m_writer) CompleteFile();

@@ -9,6 +9,7 @@
 
 #include "dshow/com_ptr.h"
 #include "host/avi/file_store.h"
+#include "host/avi/stream_pace.h"
 #include "host/avi/timed_avi_writer.h"
 #include "host/avi/work_queue.h"
 #include "host/filters/avi_sink_sound_pin.h"
@@ -31,6 +32,7 @@ class CAviSinkPin final : public CBaseInputPin {
     STDMETHODIMP NotifyAllocator(IMemAllocator* allocator, BOOL readOnly) override;
     STDMETHODIMP Receive(IMediaSample* sample) override;
     STDMETHODIMP EndOfStream() override;
+    STDMETHODIMP BeginFlush() override;
     // Writing to a file may block.
     STDMETHODIMP ReceiveCanBlock() override { return S_OK; }
 
@@ -81,6 +83,10 @@ class CAviSink final : public CBaseFilter,
     void AddSoundPin();
     void RemoveSoundPin();
     CAviSinkSoundPin& SoundPin() { return m_soundPin; }
+
+    // Before the streaming. Frames and sound come from sources of their own, which can wait for
+    // each other.
+    void KeepTogether() { m_isPaced = true; }
 
     struct Result {
         tavo::IoResult io = tavo::IoResult::Ok;  // the first failure
@@ -134,6 +140,11 @@ class CAviSink final : public CBaseFilter,
     void RestartSound();
     HRESULT RefuseSound();
 
+    // Called by the pins. The streams wait for each other, if they do so at all, or no longer.
+    void StartPace();
+    void EndPace() { m_pace.End(); }
+    tavo::StreamPace& Pace() { return m_pace; }
+
   private:
     static constexpr HRESULT kSoundChanged = VFW_E_INVALIDMEDIATYPE;
 
@@ -168,6 +179,8 @@ class CAviSink final : public CBaseFilter,
     bool m_withSound = false;
     bool m_soundEnded = false;
     bool m_hasSoundPin = false;  // guarded by m_lock
+    bool m_isPaced = false;
+    tavo::StreamPace m_pace;
     CAviSinkPin m_pin;
     CAviSinkSoundPin m_soundPin;
     tavo::WorkQueue<CAviSinkFrame> m_queue;

@@ -74,6 +74,11 @@ HRESULT CAviSinkPin::WriteWatched(IMediaSample* sample, tavo::FrameWatch& watch)
     return hr;
 }
 
+STDMETHODIMP CAviSinkPin::BeginFlush() {
+    m_sink.EndPace();
+    return CBaseInputPin::BeginFlush();
+}
+
 STDMETHODIMP CAviSinkPin::EndOfStream() {
     const HRESULT hr = CheckStreaming();
     if (hr != S_OK) return hr;

@@ -23,6 +23,7 @@ HRESULT CAviSinkSoundPin::SetMediaType(const CMediaType* type) {
 
 HRESULT CAviSinkSoundPin::Active() {
     m_next = Shift();
+    m_sink.StartPace();
     return CBaseInputPin::Active();
 }
 
@@ -70,13 +71,13 @@ HRESULT CAviSinkSoundPin::Write(IMediaSample& sample) {
     const bool timed = SUCCEEDED(sample.GetTime(&start, &stop));
     std::optional<REFERENCE_TIME> time =
         timed ? std::optional(tavo::BoundedTime(start) + Shift()) : std::nullopt;
-    if (!m_section.IsAll()) {
-        if (!time) time = m_next;
-        m_next = tavo::BoundedTime(*time + LengthOf(size));
-        size = BytesInside(size, *time);
-    }
+    if (!time && !m_section.IsAll()) time = m_next;
+    m_next = tavo::BoundedTime(time.value_or(m_next) + LengthOf(size));
+    if (!m_section.IsAll()) size = BytesInside(size, *time);
     const HRESULT hr = m_sink.TakeSound({reinterpret_cast<const std::byte*>(data), size}, time);
-    if (SUCCEEDED(hr) && !m_section.IsAll() && m_next >= m_section.duration) m_sink.ReachSoundEnd();
+    if (FAILED(hr)) return hr;
+    if (!m_section.IsAll() && m_next >= m_section.duration) m_sink.ReachSoundEnd();
+    m_sink.Pace().Reach(tavo::StreamPace::Stream::Sound, m_next);
     return hr;
 }
 
@@ -84,6 +85,11 @@ STDMETHODIMP CAviSinkSoundPin::EndOfStream() {
     const HRESULT hr = CheckStreaming();
     if (hr == S_OK) m_sink.ReachSoundEnd();
     return hr;
+}
+
+STDMETHODIMP CAviSinkSoundPin::BeginFlush() {
+    m_sink.EndPace();
+    return CBaseInputPin::BeginFlush();
 }
 
 STDMETHODIMP CAviSinkSoundPin::EndFlush() {
@@ -101,6 +107,10 @@ void CAviSink::RemoveSoundPin() {
     IncrementPinVersion();
 }
 
+void CAviSink::StartPace() {
+    if (m_isPaced) m_pace.Start();
+}
+
 bool CAviSink::WantsMore() {
     CAutoLock lock(&m_stateLock);
     return m_withSound && !m_soundEnded;
@@ -116,6 +126,7 @@ void CAviSink::ReachSoundEnd() {
         CAutoLock lock(&m_stateLock);
         m_soundEnded = true;
     }
+    m_pace.End();
     SignalCompleteOnce();
 }
 

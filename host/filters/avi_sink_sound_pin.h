@@ -10,7 +10,8 @@
 
 class CAviSink;
 
-// Accepts uncompressed sound. It never waits for frames: a source may send both from one thread.
+// Accepts uncompressed sound. It does not wait for frames, unless the sink keeps both together: a
+// source may send them from one thread.
 class CAviSinkSoundPin final : public CBaseInputPin {
   public:
     CAviSinkSoundPin(CAviSink* filter, CCritSec* lock, HRESULT* phr);
@@ -20,6 +21,7 @@ class CAviSinkSoundPin final : public CBaseInputPin {
     HRESULT Active() override;
     STDMETHODIMP Receive(IMediaSample* sample) override;
     STDMETHODIMP EndOfStream() override;
+    STDMETHODIMP BeginFlush() override;
     STDMETHODIMP EndFlush() override;
     STDMETHODIMP NewSegment(REFERENCE_TIME start, REFERENCE_TIME stop, double rate) override;
     // Writing to a file may block.
@@ -43,5 +45,5 @@ class CAviSinkSoundPin final : public CBaseInputPin {
     tavo::SoundFormat m_sound;
     tavo::TimeSection m_section;
     REFERENCE_TIME m_delay = 0;
-    REFERENCE_TIME m_next = 0;  // where a sample without a time begins
+    REFERENCE_TIME m_next = 0;  // where the last sample ended
 };

@@ -209,7 +209,10 @@ bool GraphBuilder::ConnectSoundSource() {
     VideoGraph& graph = *attempt_.graph;
     IGraphBuilder& builder = *graph.builder.Get();
     if (FAILED(AddPlatformSource(L"Sound source", soundSource_))) return false;
-    if (ConnectSound(builder, PinsOf(soundSource_.Get(), PINDIR_OUTPUT), *graph.sink)) return true;
+    if (ConnectSound(builder, PinsOf(soundSource_.Get(), PINDIR_OUTPUT), *graph.sink)) {
+        graph.sink->KeepTogether();
+        return true;
+    }
     builder.RemoveFilter(soundSource_.Get());
     soundSource_.Reset();
     return false;

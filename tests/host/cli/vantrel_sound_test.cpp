@@ -32,7 +32,7 @@ class VantrelSound : public tavo_test::MovieTest {
     // A movie of two seconds with so much sound goes through.
     Movie Pass(PixelFormat format, const Sound& sound, std::vector<std::wstring> options = {}) {
         const VideoFormat video = tavo_test::Video(format, 64, 48);
-        frames_ = NoiseFrames(video, kFrames);
+        frames_ = NoiseFrames(video, frameCount_);
         WriteSoundMovie(Path(L"in.avi"), video, frames_, sound);
         std::vector<std::wstring> arguments = {Path(L"in.avi"), Path(L"out.avi"), L"--overwrite"};
         arguments.insert(arguments.end(), options.begin(), options.end());
@@ -43,6 +43,7 @@ class VantrelSound : public tavo_test::MovieTest {
         return movie;
     }
 
+    uint32_t frameCount_ = kFrames;
     std::vector<Frame> frames_;
     Output run_;
 };
@@ -70,6 +71,19 @@ TEST_F(VantrelSound, PcmComesOutAsItIs) {
         EXPECT_TRUE(Contains(run_.out, "0:02 at 25 fps, sound 0:02")) << run_.out;
         EXPECT_EQ(run_.error.find("warning"), std::string::npos) << run_.error;
     }
+}
+
+// This program and the platform read at speeds of their own.
+TEST_F(VantrelSound, LiesNearItsFramesWhoeverReadsThem) {
+    const Sound noise = NoiseSound({1, 8000, 8, false}, 10 * 8000);
+    frameCount_ = 250;
+    const Movie movie = Pass(PixelFormat::YVYU, noise, {L"--fps", L"200"});
+    EXPECT_TRUE(movie.avi.sound == noise.bytes);
+    ASSERT_FALSE(movie.avi.framesBefore.empty());
+    // A second, and the frames that can wait for the disk.
+    constexpr uint32_t kNear = 200 + 20;
+    EXPECT_LE(movie.avi.framesBefore.front(), kNear);
+    EXPECT_GE(movie.avi.framesBefore.back(), 2000 - kNear);
 }
 
 TEST_F(VantrelSound, IsInStepAtAnotherRate) {

@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 #include <mmreg.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstring>
 #include <optional>
+#include <thread>
 
 #include "host/filters/avi_sink_filter.h"
 #include "host/filters/sound_type.h"
@@ -94,7 +97,7 @@ class AviSinkSound : public testing::Test {
     }
 
     // Frames of 100 ms, and sound.
-    void Start(const TimeSection& section = {}) {
+    void Start(const TimeSection& section = {}, bool together = false) {
         VideoSpec video = {.subtype = MEDIASUBTYPE_YUY2, .width = kSide, .height = kSide};
         video.timePerFrame = 100 * kMs;
         frames_ = TestSource::Create({.types = {MakeVideoType(video)}});
@@ -107,6 +110,7 @@ class AviSinkSound : public testing::Test {
         ASSERT_EQ(graph_->Connect(&frames_->pin(), sink_->GetPin(0)), S_OK);
         ASSERT_EQ(graph_->Connect(&sound_->pin(), sink_->GetPin(1)), S_OK);
         sink_->SoundPin().SetSection(section);
+        if (together) sink_->KeepTogether();
         ASSERT_EQ(sink_->OpenStore(store_, {}), IoResult::Ok);
         ASSERT_EQ(graph_->Run(), S_OK);
     }
@@ -318,6 +322,47 @@ TEST_F(AviSinkSound, NeverWaitsForFrames) {
     EXPECT_TRUE(graph_->WaitForEvent(EC_COMPLETE));
     EXPECT_EQ(Finish().sound.size(), TimedAviWriter::kMaxSoundHeld);
     EXPECT_TRUE(result_.soundIsCut);
+}
+
+// Sources of their own may run at any speed.
+TEST_F(AviSinkSound, StreamsOfTwoSourcesWaitForEachOther) {
+    Start({}, true);
+    constexpr int64_t kTenths = 60;
+    std::atomic<int64_t> tenths = 0;
+    std::thread source([&] {
+        for (; tenths < kTenths; ++tenths) {
+            if (Sound(1, 100, {}) != S_OK) break;
+        }
+        sound_->pin().SendEndOfStream();
+    });
+    for (int64_t n = 0; n < kTenths; ++n) {
+        EXPECT_LE(tenths, n + 11);
+        EXPECT_EQ(Frame(n * 100), S_OK);
+        EXPECT_GE(tenths + 11, n);
+    }
+    EXPECT_EQ(frames_->pin().SendEndOfStream(), S_OK);
+    source.join();
+    const CheckedAvi avi = Finish();
+    EXPECT_EQ(avi.sound, Blocks(1, kTenths * 100));
+    EXPECT_EQ(avi.frames.size(), static_cast<size_t>(kTenths));
+}
+
+TEST_F(AviSinkSound, AStopReleasesTheStreamThatWaits) {
+    Start({}, true);
+    std::thread source([&] {
+        while (Sound(1, 100, {}) == S_OK) continue;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(graph_->Stop(), S_OK);
+    source.join();
+    EXPECT_EQ(graph_->Run(), S_OK);
+    std::thread frames([&] {
+        for (int64_t n = 0; Frame(n * 100) == S_OK; ++n) continue;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    sink_->FinishFile();
+    frames.join();
+    Finish();
 }
 
 TEST_F(AviSinkSound, FlushAndStopKeepWhatWaits) {
