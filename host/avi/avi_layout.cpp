@@ -11,6 +11,12 @@ namespace tavo {
 AviLayout::AviLayout(const VideoFormat& video)
     : frameSize_(tavo::FrameSize(video).value_or(0)), chunkCode_(FrameChunkCode(video)) {}
 
+void AviLayout::SetSound(const SoundFormat& sound, uint32_t aheadBytes) {
+    sound_ = sound;
+    const uint32_t blocks = 2 * sound.BlockBytes();
+    aheadChunk_ = blocks > 0 ? std::max(aheadBytes / blocks, 1u) * blocks : 0;
+}
+
 void AviLayout::AddSegment(uint64_t start, uint64_t movie) {
     AviSegment segment;
     segment.start = start;
@@ -20,23 +26,29 @@ void AviLayout::AddSegment(uint64_t start, uint64_t movie) {
 }
 
 void AviLayout::AddFrame() {
-    // So that neither grows without the other.
-    soundBytes_.reserve(soundBytes_.size() + 1);
-    reserved_.push_back(0);
-    soundBytes_.push_back(0);
+    frames_.push_back({});
     ++segments_.back().frames;
 }
 
 void AviLayout::DropFrame() {
-    --segments_.back().frames;
-    segments_.back().reservedRepeats -= reserved_.back();
     SetLastSound(0);
-    reserved_.pop_back();
-    soundBytes_.pop_back();
+    AviSegment& segment = segments_.back();
+    --segment.frames;
+    segment.reservedRepeats -= frames_.back().reserved;
+    segment.soundChunks -= frames_.back().ahead;
+    segment.soundSpace -= AheadSpace(FrameCount() - 1);
+    frames_.pop_back();
+}
+
+void AviLayout::AddAhead() {
+    AviSegment& segment = segments_.back();
+    ++frames_.back().ahead;
+    ++segment.soundChunks;
+    segment.soundSpace += kChunkHeader + aheadChunk_;
 }
 
 void AviLayout::SetReserved(uint32_t repeats) {
-    reserved_.back() = repeats;
+    frames_.back().reserved = repeats;
     segments_.back().reservedRepeats += repeats;
 }
 
@@ -44,14 +56,14 @@ void AviLayout::SetLastSound(uint32_t bytes) {
     AviSegment& segment = segments_.back();
     const uint32_t last = FrameCount() - 1;
     segment.soundSpace -= SoundSpace(last);
-    segment.soundChunks -= soundBytes_.back() > 0 ? 1 : 0;
-    soundBytes_.back() = bytes;
+    segment.soundChunks -= LastSound() > 0 ? 1 : 0;
+    frames_.back().sound = bytes;
     segment.soundSpace += SoundSpace(last);
     segment.soundChunks += bytes > 0 ? 1 : 0;
 }
 
 uint32_t AviLayout::RepeatsOf(uint32_t frame) const {
-    return frame < repeats_.size() ? std::min(repeats_[frame], reserved_[frame]) : 0;
+    return frame < repeats_.size() ? std::min(repeats_[frame], frames_[frame].reserved) : 0;
 }
 
 uint32_t AviLayout::SlotsOf(const AviSegment& segment) const {
@@ -68,12 +80,17 @@ uint64_t AviLayout::SlotCount() const {
 
 uint64_t AviLayout::FrameChunkSize() const { return kChunkHeader + Padded(frameSize_); }
 
+uint64_t AviLayout::AheadSpace(uint32_t frame) const {
+    return uint64_t{frames_[frame].ahead} * (kChunkHeader + aheadChunk_);
+}
+
 uint64_t AviLayout::ReservedSize(uint32_t frame) const {
-    return uint64_t{reserved_[frame]} * kChunkHeader;
+    return uint64_t{frames_[frame].reserved} * kChunkHeader;
 }
 
 uint64_t AviLayout::SoundSpace(uint32_t frame) const {
-    return soundBytes_[frame] > 0 ? kChunkHeader + Padded(soundBytes_[frame]) : 0;
+    const uint32_t bytes = frames_[frame].sound;
+    return bytes > 0 ? kChunkHeader + Padded(bytes) : 0;
 }
 
 uint64_t AviLayout::FramesEnd(const AviSegment& segment) const {
@@ -108,11 +125,17 @@ std::vector<IndexEntry> AviLayout::EntriesOf(const AviSegment& segment) const {
         const uint32_t frame = segment.firstFrame + i;
         entries.push_back({offset, chunkCode_, frameSize_});
         offset += FrameChunkSize();
+        for (uint64_t n = 0; n < frames_[frame].ahead; ++n) {
+            entries.push_back(
+                {offset + n * (kChunkHeader + aheadChunk_), kSoundChunk, aheadChunk_});
+        }
+        offset += AheadSpace(frame);
         for (uint64_t n = 0; n < RepeatsOf(frame); ++n) {
             entries.push_back({offset + n * kChunkHeader, chunkCode_, 0});
         }
         offset += ReservedSize(frame);
-        if (soundBytes_[frame] > 0) entries.push_back({offset, kSoundChunk, soundBytes_[frame]});
+        const uint32_t sound = frames_[frame].sound;
+        if (sound > 0) entries.push_back({offset, kSoundChunk, sound});
         offset += SoundSpace(frame);
     }
     return entries;
@@ -152,7 +175,10 @@ std::vector<SegmentEntry> AviLayout::SoundSuperIndex() const {
 
 uint64_t AviLayout::SoundBlocksOf(const AviSegment& segment) const {
     uint64_t bytes = 0;
-    for (uint32_t i = 0; i < segment.frames; ++i) bytes += soundBytes_[segment.firstFrame + i];
+    for (uint32_t i = 0; i < segment.frames; ++i) {
+        const Behind& behind = frames_[segment.firstFrame + i];
+        bytes += uint64_t{behind.ahead} * aheadChunk_ + behind.sound;
+    }
     return bytes / sound_.BlockBytes();
 }
 

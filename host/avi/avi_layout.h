@@ -12,8 +12,8 @@
 
 namespace tavo {
 
-// A RIFF segment: a movie list of frames, each followed by space reserved for repeats and by sound,
-// then its indexes.
+// A RIFF segment: a movie list of frames, each followed by sound far ahead, by space reserved for
+// repeats and by sound, then its indexes.
 struct AviSegment {
     uint64_t start = 0;  // of the RIFF chunk
     uint64_t movie = 0;  // of its movi list
@@ -39,13 +39,16 @@ class AviLayout {
     // `video` has a frame size.
     explicit AviLayout(const VideoFormat& video);
 
-    // Before the first segment. Files without sound have no index of it.
-    void SetSound(const SoundFormat& sound) { sound_ = sound; }
+    // Before the first segment. Files without sound have no index of it. Sound far ahead comes in
+    // chunks of about `aheadBytes`.
+    void SetSound(const SoundFormat& sound, uint32_t aheadBytes);
     const SoundFormat& Sound() const { return sound_; }
+    // Whole blocks, and an even number; 0 without sound.
+    uint32_t AheadChunkBytes() const { return aheadChunk_; }
 
     uint32_t FrameSize() const { return frameSize_; }
     uint32_t ChunkCode() const { return chunkCode_; }
-    uint32_t FrameCount() const { return static_cast<uint32_t>(reserved_.size()); }
+    uint32_t FrameCount() const { return static_cast<uint32_t>(frames_.size()); }
     // Frames and repeats.
     uint64_t SlotCount() const;
 
@@ -56,23 +59,25 @@ class AviLayout {
     void AddSegment(uint64_t start, uint64_t movie);
     void DropSegment() { segments_.pop_back(); }
 
-    // Of the last segment: adds a frame, drops the last one and its sound, reserves space behind
-    // it, adds its sound.
+    // Of the last segment: adds a frame, drops the last one and its sound, adds a chunk of sound
+    // far ahead behind it, reserves space, adds its sound.
     void AddFrame();
     void DropFrame();
+    void AddAhead();
     void SetReserved(uint32_t repeats);
-    uint32_t LastReserved() const { return reserved_.back(); }
+    uint32_t LastReserved() const { return frames_.back().reserved; }
     void SetLastSound(uint32_t bytes);
-    uint32_t LastSound() const { return soundBytes_.back(); }
+    uint32_t LastSound() const { return frames_.back().sound; }
 
     // How often each frame is repeated, up to what was reserved.
     void SetRepeats(std::vector<uint32_t> repeats) { repeats_ = std::move(repeats); }
     uint32_t RepeatsOf(uint32_t frame) const;
     uint32_t SlotsOf(const AviSegment& segment) const;
 
-    // Bytes of a frame with its chunk header, of the space reserved behind it, and of its sound
-    // with its header.
+    // Bytes of a frame with its chunk header, of the sound far ahead and of the space reserved
+    // behind it, and of its sound, with their headers.
     uint64_t FrameChunkSize() const;
+    uint64_t AheadSpace(uint32_t frame) const;
     uint64_t ReservedSize(uint32_t frame) const;
     uint64_t SoundSpace(uint32_t frame) const;
     uint64_t FramesEnd(const AviSegment& segment) const;
@@ -93,6 +98,13 @@ class AviLayout {
     uint64_t SoundBlocks() const;
 
   private:
+    // What lies behind a frame.
+    struct Behind {
+        uint32_t ahead = 0;     // chunks
+        uint32_t reserved = 0;  // repeats
+        uint32_t sound = 0;     // bytes
+    };
+
     std::vector<IndexEntry> EntriesOf(const AviSegment& segment) const;
     uint64_t SoundBlocksOf(const AviSegment& segment) const;
 
@@ -100,8 +112,8 @@ class AviLayout {
     const uint32_t chunkCode_;
     std::vector<AviSegment> segments_;
     SoundFormat sound_;
-    std::vector<uint32_t> reserved_;    // of each frame
-    std::vector<uint32_t> soundBytes_;  // behind each frame
+    uint32_t aheadChunk_ = 0;
+    std::vector<Behind> frames_;
     std::vector<uint32_t> repeats_;
 };
 

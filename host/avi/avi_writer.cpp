@@ -104,6 +104,27 @@ IoResult AviWriter::WriteFrame(std::span<const std::byte> frame) {
     return result;
 }
 
+bool AviWriter::CanWriteAhead() const {
+    if (failed_ || finished_ || layout_.FrameCount() == 0 || !layout_.Sound().IsKnown())
+        return false;
+    if (layout_.LastReserved() != 0 || layout_.LastSound() != 0) return false;
+    const uint64_t end = position_ + kChunkHeader + layout_.AheadChunkBytes();
+    return end - layout_.Segments().back().start <= limits_.segmentBytes + limits_.aheadBytes;
+}
+
+IoResult AviWriter::WriteAhead(std::span<const std::byte> sound) {
+    if (!CanWriteAhead() || sound.size() != layout_.AheadChunkBytes()) return IoResult::Failed;
+    const uint64_t before = position_;
+    const IoResult result = AppendChunk(kSoundChunk, sound);
+    if (result == IoResult::Ok) {
+        layout_.AddAhead();
+    } else {
+        CutBack(before);
+        failed_ = true;
+    }
+    return result;
+}
+
 IoResult AviWriter::ReserveRepeats(uint32_t repeats) {
     if (failed_ || finished_ || layout_.FrameCount() == 0 || layout_.LastReserved() != 0 ||
         layout_.LastSound() != 0) {
@@ -167,7 +188,7 @@ IoResult AviWriter::WriteRepeats(const AviSegment& segment) {
     uint64_t position = segment.movie + kListHeader;
     for (uint32_t i = 0; i < segment.frames; ++i) {
         const uint32_t frame = segment.firstFrame + i;
-        position += layout_.FrameChunkSize();
+        position += layout_.FrameChunkSize() + layout_.AheadSpace(frame);
         if (layout_.RepeatsOf(frame) > 0) {
             const IoResult result = store_.WriteAt(position, layout_.RepeatChunks(frame));
             if (result != IoResult::Ok) return result;

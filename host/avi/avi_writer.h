@@ -21,6 +21,9 @@ struct AviLimits {
     uint64_t segmentBytes = uint64_t{1000} << 20;
     // How many segments the header can list.
     uint32_t segments = 1024;
+    // How much longer a segment gets by sound far ahead, and in chunks of what size.
+    uint64_t aheadBytes = uint64_t{512} << 20;
+    uint32_t aheadChunkBytes = 4u << 20;
 };
 
 // Not thread-safe. The constructor and the destructor write nothing; the file is complete after
@@ -34,7 +37,7 @@ class AviWriter {
     void SetDisplayAspect(AspectRatio aspect) { displayAspect_ = aspect; }
 
     // The file has a stream of sound. Before Begin.
-    void SetSound(const SoundFormat& sound) { layout_.SetSound(sound); }
+    void SetSound(const SoundFormat& sound) { layout_.SetSound(sound, limits_.aheadChunkBytes); }
 
     // Writes a preliminary header. Before any frame.
     IoResult Begin();
@@ -42,6 +45,12 @@ class AviWriter {
     // `frame` has the size of a frame. After a failure nothing more can be appended; the file ends
     // with the frame before, and Finish still completes it. TooLarge when all segments are used.
     IoResult WriteFrame(std::span<const std::byte> frame);
+
+    // Sound behind the frame just written that must not wait for its repeats: AheadChunkBytes each,
+    // any number while CanWriteAhead. Before ReserveRepeats.
+    bool CanWriteAhead() const;
+    uint32_t AheadChunkBytes() const { return layout_.AheadChunkBytes(); }
+    IoResult WriteAhead(std::span<const std::byte> sound);
 
     // Reserves space for that many repeats of the frame just written. Once per frame.
     IoResult ReserveRepeats(uint32_t repeats);

@@ -9,6 +9,8 @@ namespace tavo {
 namespace {
 
 constexpr FrameRate kUnknownRate = {25, 1};
+// Chunks of sound that wait for the next frame.
+constexpr uint64_t kChunksThatWait = 4;
 
 FrameRate NominalRate(int64_t frameDuration) {
     return frameDuration > 0 ? RateFromDuration(frameDuration) : kUnknownRate;
@@ -17,8 +19,8 @@ FrameRate NominalRate(int64_t frameDuration) {
 }  // namespace
 
 TimedAviWriter::TimedAviWriter(ByteStore& store, const VideoFormat& video, int64_t frameDuration,
-                               Timing timing)
-    : writer_(store, video, NominalRate(frameDuration)),
+                               Timing timing, AviLimits limits)
+    : writer_(store, video, NominalRate(frameDuration), limits),
       frameDuration_(frameDuration),
       timing_(timing),
       rate_(NominalRate(frameDuration)) {}
@@ -47,6 +49,25 @@ bool TimedAviWriter::AddSound(std::span<const std::byte> sound, std::optional<in
     soundIsCut_ = sound_->Held() + sound.size() > kMaxSoundHeld;
     if (!soundIsCut_) sound_->Add(sound, start);
     return !soundIsCut_;
+}
+
+IoResult TimedAviWriter::WriteAhead() { return WriteAhead(kChunksThatWait); }
+
+IoResult TimedAviWriter::WriteAhead(uint64_t chunks) {
+    IoResult result = IoResult::Ok;
+    const uint32_t bytes = writer_.AheadChunkBytes();
+    while (result == IoResult::Ok && sound_ && sound_->Waiting() >= chunks * bytes &&
+           writer_.CanWriteAhead()) {
+        result = writer_.WriteAhead(sound_->Take(bytes));
+    }
+    return result;
+}
+
+// Behind the last frame.
+IoResult TimedAviWriter::WriteRest(uint32_t repeats) {
+    IoResult result = WriteAhead(1);
+    if (result == IoResult::Ok && timing_ == Timing::Kept) result = writer_.ReserveRepeats(repeats);
+    return result == IoResult::Ok ? WriteSound() : result;
 }
 
 // Behind the frame just written.
@@ -86,7 +107,7 @@ IoResult TimedAviWriter::SettleTiming() {
         const int64_t interval = stamps_.FirstInterval();
         if (frameDuration_ == 0 && interval > 0) rate_ = RateFromDuration(interval);
         writer_.SetRate(rate_);
-        return WriteSound();
+        return WriteRest(0);
     }
     if (starts_.empty()) return IoResult::Ok;
     const bool says = lastLength_ > 0 && lastLength_ <= MonotonicTimes::kMaxGap;
@@ -97,8 +118,7 @@ IoResult TimedAviWriter::SettleTiming() {
     writer_.SetRate(rate_);
     const uint32_t last = timing.repeats.back();
     writer_.SetRepeats(std::move(timing.repeats));
-    const IoResult reserved = writer_.ReserveRepeats(last);
-    return reserved == IoResult::Ok ? WriteSound() : reserved;
+    return WriteRest(last);
 }
 
 }  // namespace tavo

@@ -24,8 +24,8 @@ class TimedAviWriter {
     enum class Timing { Kept, FrameForFrame };
 
     // As AviWriter. `frameDuration` is the one that the source names, or 0.
-    TimedAviWriter(ByteStore& store, const VideoFormat& video, int64_t frameDuration,
-                   Timing timing);
+    TimedAviWriter(ByteStore& store, const VideoFormat& video, int64_t frameDuration, Timing timing,
+                   AviLimits limits = {});
 
     void SetDisplayAspect(AspectRatio aspect) { writer_.SetDisplayAspect(aspect); }
     // Before Begin.
@@ -40,6 +40,8 @@ class TimedAviWriter {
     // and all later sound is left out, when more than kMaxSoundHeld would wait for a frame.
     static constexpr size_t kMaxSoundHeld = 64u << 20;
     bool AddSound(std::span<const std::byte> sound, std::optional<int64_t> start);
+    // Writes sound that is far ahead of the next frame. To be called after AddSound.
+    IoResult WriteAhead();
 
     // Chooses the rate and the repeats. Fails after a failure.
     IoResult SettleTiming();
@@ -51,12 +53,17 @@ class TimedAviWriter {
     // After Finish.
     uint64_t RepeatCount() const { return writer_.SlotCount() - writer_.FrameCount(); }
     uint64_t SoundBlocks() const { return writer_.SoundBlocks(); }
+    // After SettleTiming: whether sound has found no place.
+    bool HasSoundLeft() const { return sound_ && sound_->Waiting() > 0; }
     uint64_t BytesWritten() const { return writer_.BytesWritten(); }
 
   private:
     IoResult Append(std::span<const std::byte> frame, std::optional<int64_t> start, int64_t length);
     int64_t TypicalInterval() const;
+    // Chunks of sound, until less than so many wait.
+    IoResult WriteAhead(uint64_t chunks);
     IoResult WriteSound();
+    IoResult WriteRest(uint32_t repeats);
 
     AviWriter writer_;
     const int64_t frameDuration_;

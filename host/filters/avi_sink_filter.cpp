@@ -11,12 +11,12 @@ namespace {
 constexpr CLSID kSinkClass = {
     0x5d7b0e3c, 0x9c0a, 0x4b52, {0x8a, 0x0e, 0x0c, 0x2f, 0x6b, 0x1d, 0x7a, 0x29}};
 
-HRESULT ReasonOf(tavo::IoResult io) {
+}  // namespace
+
+HRESULT CAviSink::ReasonOf(tavo::IoResult io) {
     return io == tavo::IoResult::DiskFull ? HRESULT_FROM_WIN32(ERROR_DISK_FULL)
                                           : HRESULT_FROM_WIN32(ERROR_WRITE_FAULT);
 }
-
-}  // namespace
 
 CAviSink::CAviSink(HRESULT* phr)
     : CBaseFilter(NAME("AVI sink"), nullptr, &m_lock, kSinkClass),
@@ -245,6 +245,7 @@ void CAviSink::CompleteFile() {
     m_result.frames = m_writer->FrameCount();
     m_result.bytes = m_writer->BytesWritten();
     m_result.soundBlocks = m_writer->SoundBlocks();
+    if (settled == tavo::IoResult::Ok && m_writer->HasSoundLeft()) m_result.soundIsCut = true;
     m_result.rate = m_writer->Rate();
     m_result.stamps = m_writer->Stamps();
     m_writer.reset();

@@ -151,6 +151,7 @@ class CAviSink final : public CBaseFilter,
     bool Work(CAviSinkFrame& frame) override { return SUCCEEDED(Write(frame)); }
     HRESULT Write(const CAviSinkFrame& frame);
     HRESULT Queue(CAviSinkFrame frame);
+    static HRESULT ReasonOf(tavo::IoResult io);
     // Aborts the run, once. The result is for the source.
     HRESULT Fail(tavo::IoResult io, HRESULT reason);
     HRESULT Failure();

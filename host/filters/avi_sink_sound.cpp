@@ -143,13 +143,16 @@ HRESULT CAviSink::TakeSound(std::span<const std::byte> sound, std::optional<REFE
         if (m_soundEnded) return S_OK;
     }
     bool taken = false;
+    tavo::IoResult written = tavo::IoResult::Ok;
     try {
         CAutoLock lock(&m_fileLock);
         if (!m_writer) return E_FAIL;
         taken = m_writer->AddSound(sound, start);
+        written = m_writer->WriteAhead();
     } catch (const std::bad_alloc&) {
         return Fail(tavo::IoResult::Ok, E_OUTOFMEMORY);
     }
+    if (written != tavo::IoResult::Ok) return Fail(written, ReasonOf(written));
     if (taken) return S_OK;
     {
         CAutoLock lock(&m_stateLock);

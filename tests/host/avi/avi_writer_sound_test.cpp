@@ -37,6 +37,18 @@ struct Written {
     std::vector<std::byte> sound;
 };
 
+// Up to 2 chunks of sound far ahead, where these are small, behind each frame.
+IoResult WriteAhead(AviWriter& writer, const SoundFormat& sound, const AviLimits& limits,
+                    uint32_t frame, size_t& blocks) {
+    const uint32_t chunks = limits.aheadChunkBytes < 100 ? frame % 3 : 0;
+    const size_t count = writer.AheadChunkBytes() / sound.BlockBytes();
+    for (uint32_t n = 0; n < chunks; ++n, blocks += count) {
+        const IoResult result = writer.WriteAhead(Blocks(sound, blocks, count));
+        if (result != IoResult::Ok) return result;
+    }
+    return IoResult::Ok;
+}
+
 // 0 to 4 blocks of sound behind each frame.
 Written Write(MemoryStore& store, const SoundFormat& sound, uint32_t frames, AviLimits limits = {},
               uint32_t repeats = 0) {
@@ -44,18 +56,18 @@ Written Write(MemoryStore& store, const SoundFormat& sound, uint32_t frames, Avi
     AviWriter writer(store, video, {25, 1}, limits);
     writer.SetSound(sound);
     EXPECT_EQ(writer.Begin(), IoResult::Ok);
-    std::vector<std::byte> all;
+    size_t blocks = 0;
     for (uint32_t n = 0; n < frames; ++n) {
         EXPECT_EQ(writer.WriteFrame(Picture(video, n)), IoResult::Ok);
+        EXPECT_EQ(WriteAhead(writer, sound, limits, n, blocks), IoResult::Ok);
         EXPECT_EQ(writer.ReserveRepeats(repeats), IoResult::Ok);
-        const auto more = Blocks(sound, all.size() / sound.BlockBytes(), n % 5);
-        EXPECT_EQ(writer.WriteSound(more), IoResult::Ok);
-        std::ranges::copy(more, std::back_inserter(all));
+        EXPECT_EQ(writer.WriteSound(Blocks(sound, blocks, n % 5)), IoResult::Ok);
+        blocks += n % 5;
     }
     writer.SetRepeats(std::vector<uint32_t>(frames, repeats / 2));
     EXPECT_EQ(writer.Finish(), IoResult::Ok);
     EXPECT_EQ(writer.BytesWritten(), store.bytes.size());
-    return {CheckAvi(store), all};
+    return {CheckAvi(store), Blocks(sound, 0, blocks)};
 }
 
 TEST(AviWriterSound, EveryBlockIsThereInItsPlace) {
@@ -87,6 +99,44 @@ TEST(AviWriterSound, SegmentsAndRepeats) {
         EXPECT_EQ(written.avi.sound, written.sound);
         EXPECT_EQ(written.avi.repeats, std::vector<uint32_t>(60, repeats / 2));
     }
+}
+
+TEST(AviWriterSound, SoundFarAheadLiesInFrontOfTheRepeats) {
+    for (const uint32_t repeats : {0u, 3u}) {
+        MemoryStore store;
+        const Written written = Write(store, kOddBytes, 60, {1500, 20, 200, 25}, repeats);
+        ASSERT_EQ(written.avi.fault, "");
+        EXPECT_GT(written.avi.segmentStarts.size(), 3u);
+        EXPECT_EQ(written.avi.sound, written.sound);
+        EXPECT_EQ(written.avi.repeats, std::vector<uint32_t>(60, repeats / 2));
+        const std::vector<uint32_t> start(written.avi.framesBefore.begin(),
+                                          written.avi.framesBefore.begin() + 6);
+        EXPECT_EQ(start, (std::vector<uint32_t>{2, 2, 3, 3, 3, 4}));
+    }
+}
+
+TEST(AviWriterSound, SoundFarAheadHasItsPlace) {
+    MemoryStore store;
+    AviWriter writer(store, Video(PixelFormat::YUY2, 8, 4), {25, 1}, {200, 6, 100, 24});
+    writer.SetSound(kOddBytes);
+    ASSERT_EQ(writer.Begin(), IoResult::Ok);
+    const auto chunk = Blocks(kOddBytes, 0, 8);
+    EXPECT_EQ(writer.AheadChunkBytes(), chunk.size());
+    EXPECT_EQ(writer.WriteAhead(chunk), IoResult::Failed) << "no frame yet";
+    tavo_test::WriteFrames(writer, Video(PixelFormat::YUY2, 8, 4), 1);
+    EXPECT_FALSE(writer.CanWriteAhead()) << "the header alone is longer";
+    tavo_test::WriteFrames(writer, Video(PixelFormat::YUY2, 8, 4), 1);
+    EXPECT_EQ(writer.WriteAhead(Blocks(kOddBytes, 0, 7)), IoResult::Failed) << "another size";
+    size_t chunks = 0;
+    for (; writer.CanWriteAhead(); ++chunks) ASSERT_EQ(writer.WriteAhead(chunk), IoResult::Ok);
+    EXPECT_EQ(chunks, 6u);
+    EXPECT_EQ(writer.WriteAhead(chunk), IoResult::Failed) << "enough";
+    tavo_test::WriteFrames(writer, Video(PixelFormat::YUY2, 8, 4), 1);
+    EXPECT_EQ(writer.ReserveRepeats(1), IoResult::Ok);
+    EXPECT_FALSE(writer.CanWriteAhead()) << "behind repeats";
+    EXPECT_EQ(writer.Finish(), IoResult::Ok);
+    EXPECT_EQ(CheckAvi(store).fault, "");
+    EXPECT_EQ(CheckAvi(store).soundBlocks, 48u);
 }
 
 TEST(AviWriterSound, ASilentStreamIsOne) {
@@ -129,7 +179,7 @@ TEST(AviWriterSound, WrongCallsAreRefused) {
 // The disk fills up at every possible byte.
 TEST(AviWriterSound, FullDiskLeavesASoundFile) {
     const VideoFormat video = Video(PixelFormat::YUY2, 8, 4);
-    constexpr AviLimits kLimits = {900, 6};
+    constexpr AviLimits kLimits = {900, 9, 200, 12};
     MemoryStore whole;
     const size_t end = (Write(whole, kOddBytes, 24, kLimits), whole.bytes.size());
     size_t most = 0;
@@ -143,6 +193,8 @@ TEST(AviWriterSound, FullDiskLeavesASoundFile) {
         size_t blocks = 0;
         for (uint32_t n = 0; n < 24 && result == IoResult::Ok; ++n) {
             result = writer.WriteFrame(Picture(video, n));
+            if (result != IoResult::Ok) break;
+            result = WriteAhead(writer, kOddBytes, kLimits, n, blocks);
             if (result != IoResult::Ok) break;
             result = writer.WriteSound(Blocks(kOddBytes, blocks, n % 5));
             blocks += n % 5;

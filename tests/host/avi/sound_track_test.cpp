@@ -220,6 +220,52 @@ TEST(SoundTrack, LiesBehindTheFramesOfItsTime) {
               Joined({Blocks(0, 100), Blocks(1, 100), Blocks(0x80, 300), Blocks(2, 100)}));
 }
 
+// Not only the sound of the next frames, but also of pictures that stand still.
+TEST(SoundTrack, SoundOfAFrameThatLastsIsWritten) {
+    using Timing = TimedAviWriter::Timing;
+    const VideoFormat video = tavo_test::Video(PixelFormat::YUY2, 8, 4);
+    for (const Timing timing : {Timing::Kept, Timing::FrameForFrame}) {
+        tavo_test::MemoryStore store;
+        TimedAviWriter writer(store, video, 100 * kMs, timing, {.aheadChunkBytes = 100});
+        writer.SetSound(kBytes);
+        ASSERT_EQ(writer.Begin(), IoResult::Ok);
+        const std::vector<std::byte> frame = tavo_test::Picture(video, 0);
+        const size_t header = store.bytes.size();
+        EXPECT_EQ(writer.WriteFrame(frame, 0, 0), IoResult::Ok);
+        for (const int64_t start : {100, 700}) {
+            EXPECT_EQ(writer.WriteFrame(frame, start * kMs, 0), IoResult::Ok);
+            for (uint8_t n = 0; n < 60; ++n) {
+                EXPECT_TRUE(writer.AddSound(Blocks(n, start == 100 ? 10 : 77), std::nullopt));
+                EXPECT_EQ(writer.WriteAhead(), IoResult::Ok);
+            }
+        }
+        EXPECT_GE(store.bytes.size(), header + 60 * 87 - 400);
+        EXPECT_EQ(writer.SettleTiming(), IoResult::Ok);
+        EXPECT_FALSE(writer.HasSoundLeft());
+        EXPECT_EQ(writer.Finish(), IoResult::Ok);
+        const tavo_test::CheckedAvi avi = tavo_test::CheckAvi(store);
+        EXPECT_EQ(avi.fault, "");
+        ASSERT_EQ(avi.sound.size(), 60u * 87u);
+        for (size_t n = 0; n < 60; ++n) {
+            EXPECT_EQ(avi.sound[n * 10], std::byte(n));
+            EXPECT_EQ(avi.sound[600 + n * 77 + 76], std::byte(n));
+        }
+        EXPECT_EQ(avi.repeats[1], timing == Timing::Kept ? 5u : 0u);
+    }
+}
+
+TEST(SoundTrack, SoundWithoutAPlaceIsLeft) {
+    const VideoFormat video = tavo_test::Video(PixelFormat::YUY2, 8, 4);
+    tavo_test::MemoryStore store;
+    TimedAviWriter writer(store, video, 100 * kMs, TimedAviWriter::Timing::Kept);
+    writer.SetSound({64, 1'000'000, 64, true});
+    ASSERT_EQ(writer.Begin(), IoResult::Ok);
+    EXPECT_EQ(writer.WriteFrame(tavo_test::Picture(video, 0), 0, 0), IoResult::Ok);
+    EXPECT_FALSE(writer.HasSoundLeft());
+    EXPECT_TRUE(writer.AddSound(Blocks(1, 512), SoundTrack::kMaxGap));
+    EXPECT_TRUE(writer.HasSoundLeft());
+}
+
 // In pieces as small as sources give, which must not be copied again and again.
 TEST(SoundTrack, SoundFarAheadOfTheFramesEndsThere) {
     const VideoFormat video = tavo_test::Video(PixelFormat::YUY2, 8, 4);

@@ -111,7 +111,7 @@ class AviSinkSound : public testing::Test {
         ASSERT_EQ(graph_->Connect(&sound_->pin(), sink_->GetPin(1)), S_OK);
         sink_->SoundPin().SetSection(section);
         if (together) sink_->KeepTogether();
-        ASSERT_EQ(sink_->OpenStore(store_, {}), IoResult::Ok);
+        ASSERT_EQ(sink_->OpenStore(*target_, {}), IoResult::Ok);
         ASSERT_EQ(graph_->Run(), S_OK);
     }
 
@@ -136,6 +136,7 @@ class AviSinkSound : public testing::Test {
     }
 
     tavo_test::MemoryStore store_;
+    ByteStore* target_ = &store_;
     CAviSink* sink_ = nullptr;
     ComPtr<IBaseFilter> reference_;
     tavo_test::ComPtr<TestSource> frames_;
@@ -322,6 +323,34 @@ TEST_F(AviSinkSound, NeverWaitsForFrames) {
     EXPECT_TRUE(graph_->WaitForEvent(EC_COMPLETE));
     EXPECT_EQ(Finish().sound.size(), TimedAviWriter::kMaxSoundHeld);
     EXPECT_TRUE(result_.soundIsCut);
+}
+
+TEST_F(AviSinkSound, OfAPictureThatStandsStillItIsWhole) {
+    tavo_test::SparseStore file;
+    target_ = &file;
+    Start();
+    EXPECT_EQ(Frame(0), S_OK);
+    constexpr size_t kPieces = (TimedAviWriter::kMaxSoundHeld >> 16) + 300;
+    for (size_t n = 0; n < kPieces; ++n) ASSERT_EQ(Sound(1, 1 << 16, {}), S_OK);
+    EXPECT_TRUE(sink_->WantsMore());
+    EXPECT_EQ(graph_->Stop(), S_OK);
+    result_ = sink_->FinishFile();
+    EXPECT_EQ(result_.io, IoResult::Ok);
+    EXPECT_FALSE(result_.soundIsCut);
+    EXPECT_EQ(result_.soundBlocks, kPieces << 16);
+}
+
+TEST_F(AviSinkSound, AFullDiskEndsTheRunAlsoBetweenFrames) {
+    Start();
+    EXPECT_EQ(Frame(0), S_OK);
+    store_.capacity = store_.bytes.size() + (10 << 20);
+    HRESULT hr = S_OK;
+    for (size_t n = 0; n < 600 && SUCCEEDED(hr); ++n) hr = Sound(1, 1 << 16, {});
+    EXPECT_EQ(hr, E_FAIL);
+    EXPECT_TRUE(graph_->WaitForEvent(EC_ERRORABORT));
+    EXPECT_EQ(Frame(100), E_FAIL);
+    EXPECT_EQ(Finish().sound.size(), 8u << 20);
+    EXPECT_EQ(result_.io, IoResult::DiskFull);
 }
 
 // Sources of their own may run at any speed.
