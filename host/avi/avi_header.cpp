@@ -10,6 +10,7 @@ namespace tavo {
 namespace {
 
 constexpr uint32_t kHasIndex = 0x10;
+constexpr uint32_t kIsInterleaved = 0x100;
 constexpr uint32_t kTrustChunkTypes = 0x800;
 constexpr uint32_t kDefaultQuality = 0xFFFFFFFF;
 constexpr uint32_t kIndexOfIndexes = 0;
@@ -30,7 +31,8 @@ void PutMainHeader(RiffBlock& block, const AviHeader& header) {
     block.Put32(Clamp32(1'000'000.0 / fps + 0.5));
     block.Put32(Clamp32((FrameBytes(header) + 8.0) * fps + header.sound.BytesPerSecond() + 0.5));
     block.Put32(0);  // granularity
-    block.Put32(kHasIndex | kTrustChunkTypes);
+    const uint32_t interleaved = header.sound.IsKnown() ? kIsInterleaved : 0;
+    block.Put32(kHasIndex | interleaved | kTrustChunkTypes);
     // Frames that a reader without OpenDML can reach.
     block.Put32(header.segments.empty() ? 0 : header.segments.front().length);
     block.Put32(0);                               // initial frames

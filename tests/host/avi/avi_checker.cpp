@@ -80,6 +80,7 @@ class Checker {
     void Header(uint64_t at, uint64_t end) {
         Chunks(at, end, [&](const std::string& code, uint64_t data, uint32_t length) {
             if (code == "avih") {
+                avi_.mainFlags = U32(data + 12);
                 avi_.mainFrames = U32(data + 16);
                 streams_ = U32(data + 24);
                 if (length != 56 || streams_ < 1 || streams_ > 2) Fault("avih");

@@ -22,6 +22,7 @@ struct CheckedAvi {
     std::vector<uint32_t> masks;
     uint32_t rate = 0;
     uint32_t scale = 0;
+    uint32_t mainFlags = 0;     // avih
     uint32_t mainFrames = 0;    // avih
     uint32_t streamFrames = 0;  // strh
     uint32_t totalFrames = 0;   // dmlh

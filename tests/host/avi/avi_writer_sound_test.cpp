@@ -77,6 +77,7 @@ TEST(AviWriterSound, EveryBlockIsThereInItsPlace) {
         const Written written = Write(store, sound, 20);
         const CheckedAvi& avi = written.avi;
         ASSERT_EQ(avi.fault, "");
+        EXPECT_EQ(avi.mainFlags, 0x910u) << "with an index, interleaved";
         EXPECT_EQ(avi.soundTag, sound.isFloat ? 3u : 1u);
         EXPECT_EQ(avi.channels, sound.channels);
         EXPECT_EQ(avi.soundRate, sound.rate);
