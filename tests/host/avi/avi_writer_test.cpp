@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -24,6 +25,20 @@ using tavo_test::SparseStore;
 using tavo_test::Video;
 using tavo_test::WriteAndCheck;
 using tavo_test::WriteFrames;
+
+// Milliseconds, where each frame does not move those before.
+TEST(AviWriter, ManyFramesTakeNoLongerEach) {
+    AviLayout layout(Video(PixelFormat::YUY2, 8, 4));
+    layout.AddSegment(0, 0);
+    const auto start = std::chrono::steady_clock::now();
+    constexpr uint32_t kFrames = 1'000'000;
+    uint32_t frames = 0;
+    while (frames < kFrames &&
+           std::chrono::steady_clock::now() - start < std::chrono::seconds(10)) {
+        for (int n = 0; n < 1000; ++n, ++frames) layout.AddFrame();
+    }
+    EXPECT_EQ(frames, kFrames);
+}
 
 TEST(AviWriter, HeaderOfEveryFormat) {
     struct Row {
