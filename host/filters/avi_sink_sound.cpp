@@ -130,10 +130,8 @@ void CAviSink::ReachSoundEnd() {
     SignalCompleteOnce();
 }
 
-HRESULT CAviSink::RefuseSound() {
-    m_queue.Drain();
-    return Fail(tavo::IoResult::Ok, kSoundChanged);
-}
+// Frames that are queued are still written. Not waiting for them: others may come all the time.
+HRESULT CAviSink::RefuseSound() { return Fail(tavo::IoResult::Ok, kSoundChanged); }
 
 HRESULT CAviSink::TakeSound(std::span<const std::byte> sound, std::optional<REFERENCE_TIME> start) {
     {

@@ -5,7 +5,9 @@
 
 #include <atomic>
 #include <chrono>
+#include <condition_variable>
 #include <cstring>
+#include <mutex>
 #include <optional>
 #include <thread>
 
@@ -76,6 +78,29 @@ std::vector<std::byte> Joined(std::initializer_list<std::vector<std::byte>> part
     for (const auto& part : parts) all.insert(all.end(), part.begin(), part.end());
     return all;
 }
+
+// A disk on which frames wait until it is opened.
+class SlowStore final : public tavo_test::MemoryStore {
+  public:
+    IoResult WriteAt(uint64_t offset, std::span<const std::byte> source) override {
+        if (source.size() == kFrameBytes) {
+            std::unique_lock lock(mutex_);
+            opened_.wait(lock, [&] { return open_; });
+        }
+        return MemoryStore::WriteAt(offset, source);
+    }
+
+    void Open() {
+        const std::lock_guard lock(mutex_);
+        open_ = true;
+        opened_.notify_all();
+    }
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable opened_;
+    bool open_ = false;
+};
 
 class AviSinkSound : public testing::Test {
   protected:
@@ -310,6 +335,28 @@ TEST_F(AviSinkSound, AnotherFormatEndsTheRun) {
     EXPECT_EQ(Finish().sound, Blocks(1, 2));
     EXPECT_TRUE(result_.soundChanged);
     EXPECT_FALSE(result_.typeChanged);
+}
+
+TEST_F(AviSinkSound, AnotherFormatDoesNotWaitForTheDisk) {
+    SlowStore slow;
+    target_ = &slow;
+    Start();
+    EXPECT_EQ(Frame(0), S_OK);
+    std::atomic<bool> done = false;
+    std::thread source([&] {
+        EXPECT_EQ(sound_->pin().Deliver({.bytes = {2, 2}, .type = MakeSoundType({.rate = 2000})}),
+                  E_FAIL);
+        done = true;
+    });
+    EXPECT_TRUE(tavo_test::WaitUntil([&] { return done.load(); }));
+    slow.Open();
+    source.join();
+    EXPECT_EQ(Frame(100), E_FAIL);
+    EXPECT_EQ(graph_->Stop(), S_OK);
+    result_ = sink_->FinishFile();
+    EXPECT_TRUE(result_.soundChanged);
+    EXPECT_EQ(result_.frames, 1u);
+    EXPECT_EQ(CheckAvi(slow).fault, "");
 }
 
 // A source that sends both from one thread would stand still for ever if it had to wait.
