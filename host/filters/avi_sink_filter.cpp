@@ -232,6 +232,9 @@ void CAviSink::CompleteFile() {
     try {
         // After a failed write this fails, and the file is finished all the same.
         settled = m_writer->SettleTiming();
+    } catch (const std::bad_alloc&) {
+    }
+    try {
         result = m_writer->Finish();
         repeats = m_writer->RepeatCount();
     } catch (const std::bad_alloc&) {
