@@ -74,7 +74,9 @@ HRESULT CAviSinkSoundPin::Write(IMediaSample& sample) {
     if (!time && !m_section.IsAll()) time = m_next;
     m_next = tavo::BoundedTime(time.value_or(m_next) + LengthOf(size));
     if (!m_section.IsAll()) size = BytesInside(size, *time);
-    const HRESULT hr = m_sink.TakeSound({reinterpret_cast<const std::byte*>(data), size}, time);
+    const std::span sound(reinterpret_cast<const std::byte*>(data), size);
+    // Nothing at all behind a section, neither the silence up to there.
+    const HRESULT hr = size > 0 ? m_sink.TakeSound(sound, time) : S_OK;
     if (FAILED(hr)) return hr;
     if (!m_section.IsAll() && m_next >= m_section.duration) m_sink.ReachSoundEnd();
     m_sink.Pace().Reach(tavo::StreamPace::Stream::Sound, m_next);

@@ -289,6 +289,16 @@ TEST_F(AviSinkSound, ASectionIsCutToTheSample) {
     EXPECT_EQ(Finish().sound, Joined({Blocks(2, 100), Blocks(3, 150)}));
 }
 
+TEST_F(AviSinkSound, ASectionIsNotFilledUpToLaterSound) {
+    Start({1000 * kMs, 250 * kMs});
+    EXPECT_EQ(Frame(0), S_OK);
+    EXPECT_EQ(Sound(1, 100, 1000), S_OK);
+    EXPECT_EQ(Sound(2, 100, 50'000), S_OK);
+    EXPECT_EQ(frames_->pin().SendEndOfStream(), S_OK);
+    EXPECT_TRUE(graph_->WaitForEvent(EC_COMPLETE));
+    EXPECT_EQ(Finish().sound, Blocks(1, 100));
+}
+
 // Sources seek to before the section, where times are negative.
 TEST_F(AviSinkSound, ASectionWithoutAnEnd) {
     Start({1000 * kMs, INT64_MAX});
