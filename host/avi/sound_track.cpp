@@ -31,11 +31,12 @@ int64_t SoundTrack::Units(uint64_t blocks) const {
 
 void SoundTrack::Begin(int64_t origin) {
     origin_ = BoundedTime(origin);
-    for (const Early& piece : early_) {
-        heldBytes_ -= piece.bytes.size();
+    // There may be much of it: memory is given back on the way.
+    for (; !early_.empty(); early_.pop_front()) {
+        const Early& piece = early_.front();
         Place(piece.bytes, piece.start);
+        heldBytes_ -= piece.bytes.size();
     }
-    early_.clear();
 }
 
 void SoundTrack::Add(std::span<const std::byte> bytes, std::optional<int64_t> start) {

@@ -67,9 +67,9 @@ class SoundTrack {
     const SoundFormat sound_;
     const int64_t maxOverlap_;
     std::optional<int64_t> origin_;
-    std::vector<Early> early_;  // before Begin
-    uint64_t blocks_ = 0;       // in the track so far
-    int64_t next_ = 0;          // the block where sound without a time belongs
+    std::deque<Early> early_;  // before Begin
+    uint64_t blocks_ = 0;      // in the track so far
+    int64_t next_ = 0;         // the block where sound without a time belongs
     uint64_t silentBlocks_ = 0;
     uint64_t droppedBlocks_ = 0;
     std::vector<std::byte> rest_;  // less than a block

@@ -46,7 +46,7 @@ void TimedAviWriter::SetSound(const SoundFormat& sound) {
 
 bool TimedAviWriter::AddSound(std::span<const std::byte> sound, std::optional<int64_t> start) {
     if (!sound_ || soundIsCut_) return false;
-    soundIsCut_ = sound_->Held() + sound.size() > kMaxSoundHeld;
+    soundIsCut_ = sound_->Held() + sound.size() > maxSoundHeld_;
     if (!soundIsCut_) sound_->Add(sound, start);
     return !soundIsCut_;
 }

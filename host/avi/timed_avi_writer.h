@@ -30,6 +30,7 @@ class TimedAviWriter {
     void SetDisplayAspect(AspectRatio aspect) { writer_.SetDisplayAspect(aspect); }
     // Before Begin.
     void SetSound(const SoundFormat& sound);
+    void SetMaxSoundHeld(size_t bytes) { maxSoundHeld_ = bytes; }
     IoResult Begin() { return writer_.Begin(); }
 
     // `start` is empty for a frame without a time; `length` is 0 when it is unknown.
@@ -37,8 +38,8 @@ class TimedAviWriter {
                         int64_t length);
 
     // After SetSound. The sound is written behind the next frame, or at the end. False, and this
-    // and all later sound is left out, when more than kMaxSoundHeld would wait for a frame.
-    static constexpr size_t kMaxSoundHeld = 64u << 20;
+    // and all later sound is left out, when more than SetMaxSoundHeld would wait for a frame.
+    static constexpr size_t kMaxSoundHeld = 256u << 20;
     bool AddSound(std::span<const std::byte> sound, std::optional<int64_t> start);
     // Writes sound that is far ahead of the next frame. To be called after AddSound.
     IoResult WriteAhead();
@@ -74,6 +75,7 @@ class TimedAviWriter {
     int64_t lastLength_ = 0;  // of the last frame; 0 when unknown
     TimeStamps stamps_;
     std::optional<SoundTrack> sound_;
+    size_t maxSoundHeld_ = kMaxSoundHeld;
     bool soundIsCut_ = false;
 };
 

@@ -116,6 +116,7 @@ tavo::IoResult CAviSink::OpenStore(tavo::ByteStore& store, const FileOptions& op
     const tavo::SoundFormat sound =
         m_soundPin.IsConnected() ? m_soundPin.Sound() : tavo::SoundFormat{};
     if (sound.IsKnown()) m_writer->SetSound(sound);
+    m_writer->SetMaxSoundHeld(options.maxSoundHeld);
     const tavo::IoResult result = m_writer->Begin();
     const long length = m_pin.QueueLength();
     const bool queued = length > 0 && m_queue.Start(static_cast<size_t>(length));

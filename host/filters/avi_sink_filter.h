@@ -106,7 +106,9 @@ class CAviSink final : public CBaseFilter,
 
     struct FileOptions {
         Timing timing = Timing::Kept;
-        tavo::AspectRatio displayAspect;
+        tavo::AspectRatio displayAspect = {};
+        // Bytes of sound that may wait for the first frame.
+        size_t maxSoundHeld = tavo::TimedAviWriter::kMaxSoundHeld;
     };
 
     // Creates or empties the file. The pin is connected and the graph stopped.

@@ -37,6 +37,9 @@ constexpr size_t kFrameBytes = kSide * kSide * 2;
 // A block is a byte, and 1000 of them are a second.
 constexpr SoundFormat kBytes = {1, 1000, 8, false};
 
+// What may wait for the first frame.
+constexpr size_t kHeld = 64u << 20;
+
 struct SoundSpec {
     WORD tag = WAVE_FORMAT_PCM;
     WORD channels = 1;
@@ -136,7 +139,7 @@ class AviSinkSound : public testing::Test {
         ASSERT_EQ(graph_->Connect(&sound_->pin(), sink_->GetPin(1)), S_OK);
         sink_->SoundPin().SetSection(section);
         if (together) sink_->KeepTogether();
-        ASSERT_EQ(sink_->OpenStore(*target_, {}), IoResult::Ok);
+        ASSERT_EQ(sink_->OpenStore(*target_, {.maxSoundHeld = kHeld}), IoResult::Ok);
         ASSERT_EQ(graph_->Run(), S_OK);
     }
 
@@ -372,13 +375,13 @@ TEST_F(AviSinkSound, AnotherFormatDoesNotWaitForTheDisk) {
 // A source that sends both from one thread would stand still for ever if it had to wait.
 TEST_F(AviSinkSound, NeverWaitsForFrames) {
     Start();
-    constexpr size_t kPieces = (TimedAviWriter::kMaxSoundHeld >> 16) + 2;
+    constexpr size_t kPieces = (kHeld >> 16) + 2;
     for (size_t n = 0; n < kPieces; ++n) ASSERT_EQ(Sound(1, 1 << 16, {}), S_OK);
     EXPECT_FALSE(sink_->WantsMore()) << "enough";
     EXPECT_EQ(Frame(0), S_OK);
     EXPECT_EQ(frames_->pin().SendEndOfStream(), S_OK);
     EXPECT_TRUE(graph_->WaitForEvent(EC_COMPLETE));
-    EXPECT_EQ(Finish().sound.size(), TimedAviWriter::kMaxSoundHeld);
+    EXPECT_EQ(Finish().sound.size(), kHeld);
     EXPECT_TRUE(result_.soundIsCut);
 }
 
@@ -387,7 +390,7 @@ TEST_F(AviSinkSound, OfAPictureThatStandsStillItIsWhole) {
     target_ = &file;
     Start();
     EXPECT_EQ(Frame(0), S_OK);
-    constexpr size_t kPieces = (TimedAviWriter::kMaxSoundHeld >> 16) + 300;
+    constexpr size_t kPieces = (kHeld >> 16) + 300;
     for (size_t n = 0; n < kPieces; ++n) ASSERT_EQ(Sound(1, 1 << 16, {}), S_OK);
     EXPECT_TRUE(sink_->WantsMore());
     EXPECT_EQ(graph_->Stop(), S_OK);
