@@ -23,7 +23,7 @@ figures() {
     awk '{ sub(/^[0-9]+: /, "") }
          /^\[ RUN / { test = $4 }
          /^\[  FAILED  \] .* ms\)$/ { print "    " test " FAILED" }
-         /^  +[0-9]+ [a-z]/ { sub(/^ +/, ""); print "    " test ": " $0 }
+         test != "" && /^  +[0-9]+ [a-z]/ { sub(/^ +/, ""); print "    " test ": " $0 }
          /^  [A-Za-z]+: .* inputs/ { print "  " $0 }
          /^[\t ]+[0-9]+ - .*\((Failed|Timeout|Not Run|Exception|SEGFAULT)/ { print "    " $0 }' "$1"
 }
