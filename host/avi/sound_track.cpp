@@ -97,6 +97,14 @@ void SoundTrack::Append(uint64_t silence, std::span<const std::byte> bytes) {
     heldBytes_ += bytes.size();
 }
 
+uint64_t SoundTrack::WaitingBefore(int64_t time) const {
+    if (!origin_) return 0;
+    const uint64_t block = sound_.BlockBytes();
+    const auto before = static_cast<uint64_t>(std::max<int64_t>(Blocks(time - *origin_), 0));
+    const uint64_t taken = blocks_ - waitingBytes_ / block;
+    return before > taken ? std::min((before - taken) * block, waitingBytes_) : 0;
+}
+
 std::vector<std::byte> SoundTrack::Take(size_t most) {
     const size_t block = sound_.BlockBytes();
     const auto size = static_cast<size_t>(std::min<uint64_t>(waitingBytes_, most / block * block));

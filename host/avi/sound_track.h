@@ -40,6 +40,8 @@ class SoundTrack {
     // What waits to be written, in whole blocks, at most that many bytes.
     std::vector<std::byte> Take(size_t most);
     uint64_t Waiting() const { return waitingBytes_; }
+    // How much of it lies before that time.
+    uint64_t WaitingBefore(int64_t time) const;
     // The memory in use. Silence takes none.
     size_t Held() const { return heldBytes_; }
 

@@ -11,6 +11,8 @@ namespace {
 constexpr FrameRate kUnknownRate = {25, 1};
 // Chunks of sound that wait for the next frame.
 constexpr uint64_t kChunksThatWait = 4;
+// How far sound lies in front of the frames of its time.
+constexpr int64_t kSoundLead = kUnitsPerSecond;
 
 FrameRate NominalRate(int64_t frameDuration) {
     return frameDuration > 0 ? RateFromDuration(frameDuration) : kUnknownRate;
@@ -71,9 +73,12 @@ IoResult TimedAviWriter::WriteRest(uint32_t repeats) {
 }
 
 // Behind the frame just written.
-IoResult TimedAviWriter::WriteSound() {
-    if (!sound_ || writer_.FrameCount() == 0 || sound_->Waiting() == 0) return IoResult::Ok;
-    return writer_.WriteSound(sound_->Take(AviWriter::kMaxSoundBytes));
+IoResult TimedAviWriter::WriteSound(std::optional<int64_t> end) {
+    if (!sound_ || writer_.FrameCount() == 0) return IoResult::Ok;
+    const uint64_t due = end ? sound_->WaitingBefore(*end) : sound_->Waiting();
+    if (due == 0) return IoResult::Ok;
+    const uint64_t most = AviWriter::kMaxSoundBytes;
+    return writer_.WriteSound(sound_->Take(static_cast<size_t>(std::min(due, most))));
 }
 
 IoResult TimedAviWriter::Append(std::span<const std::byte> frame, std::optional<int64_t> start,
@@ -85,7 +90,10 @@ IoResult TimedAviWriter::Append(std::span<const std::byte> frame, std::optional<
         starts_.push_back(time);
         if (time > last) result = writer_.ReserveRepeats(MaxRepeats(time - last));
     }
-    if (result == IoResult::Ok) result = WriteSound();
+    // A source that sends its sound long before the frames must not make a file like that: who
+    // reads it would have to keep as much.
+    const auto end = start ? std::optional(BoundedTime(*start) + kSoundLead) : std::nullopt;
+    if (result == IoResult::Ok) result = WriteSound(end);
     if (result == IoResult::Ok) result = writer_.WriteFrame(frame);
     if (result == IoResult::Ok) {
         lastLength_ = length;

@@ -63,7 +63,8 @@ class TimedAviWriter {
     int64_t TypicalInterval() const;
     // Chunks of sound, until less than so many wait.
     IoResult WriteAhead(uint64_t chunks);
-    IoResult WriteSound();
+    // Without an end, all that waits.
+    IoResult WriteSound(std::optional<int64_t> end = {});
     IoResult WriteRest(uint32_t repeats);
 
     AviWriter writer_;

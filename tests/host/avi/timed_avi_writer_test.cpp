@@ -90,5 +90,31 @@ TEST(TimedAviWriter, AFrameThatFailsHasNoTime) {
     EXPECT_EQ(CheckAvi(store).fault, "");
 }
 
+// A second of sound lies in front of the frames of its time, however early it comes.
+TEST(TimedAviWriter, SoundGoesBesideItsFrames) {
+    const VideoFormat video = tavo_test::Video(PixelFormat::YUY2, 8, 4);
+    const std::vector<std::byte> frame = tavo_test::Picture(video, 0);
+    for (const Timing timing : {Timing::Kept, Timing::FrameForFrame}) {
+        MemoryStore store;
+        TimedAviWriter writer(store, video, 40 * kMs, timing);
+        writer.SetSound({1, 1000, 8, false});
+        ASSERT_EQ(writer.Begin(), IoResult::Ok);
+        ASSERT_TRUE(writer.AddSound(std::vector<std::byte>(10'000), 0));
+        for (int64_t n = 0; n < 250; ++n) {
+            ASSERT_EQ(writer.WriteFrame(frame, n * 40 * kMs, 40 * kMs), IoResult::Ok);
+        }
+        ASSERT_EQ(writer.SettleTiming(), IoResult::Ok);
+        ASSERT_EQ(writer.Finish(), IoResult::Ok);
+        const CheckedAvi avi = CheckAvi(store);
+        EXPECT_EQ(avi.fault, "");
+        EXPECT_EQ(avi.sound.size(), 10'000u);
+        // 1040 ms behind the first frame, then 40 ms behind each.
+        ASSERT_EQ(avi.soundChunks.size(), 225u);
+        EXPECT_EQ(avi.frames[1] - avi.soundChunks[0], 1040u + 8);
+        EXPECT_EQ(avi.frames[2] - avi.soundChunks[1], 40u + 8);
+        EXPECT_EQ(avi.framesBefore.back(), 225u);
+    }
+}
+
 }  // namespace
 }  // namespace tavo
