@@ -264,6 +264,6 @@ RULES = [
     (r"cmake -S \. -B build/\S+ -G Ninja( -D\S+)*|cmake --build build/\S+", check_cmake),
     (r"(TAVO_\w+=\d+ )?(xvfb-run -a )?ctest --preset \S+( -R \S+)?", check_cmake),
     (r"build/fuzz/tests/fuzz/fuzz_(\w+) FILE", check_fuzzer),
-    (r"scripts/(demo|test|soak|fuzz|bench|screenshots|guide_pictures|kernel_pictures)\.(sh|py)( .*)?", check_script),
+    (r"scripts/(demo|test|soak|fuzz|bench|screenshots|guide_pictures|kernel_pictures|run_csharp)\.(sh|py)( .*)?", check_script),
     (r"(powershell|appverif|gflags|windbg) .*|pip install comtypes", only_on_windows),
 ]
