@@ -14,7 +14,7 @@ failures=0
 
 if [ -z "${TAVO_IN_DISPLAY:-}" ]; then
     install_packages "${packages_build[@]}" "${packages_wine[@]}" "${packages_display[@]}" \
-        "${packages_packing[@]}" gstreamer1.0-plugins-good gstreamer1.0-libav ffmpeg
+        "${packages_packing[@]}" gstreamer1.0-plugins-good gstreamer1.0-libav ffmpeg mono-mcs
     TAVO_IN_DISPLAY=1 exec xvfb-run -a "$0" "$@"
 fi
 
@@ -92,6 +92,28 @@ scale() {
         expect "$bitness scales with the registered filter" "0 80,60,300" "$code $(ffprobe -v error \
             -select_streams v:0 -count_packets -show_entries stream=width,height,nb_read_packets \
             -of csv=p=0 "$work/scaled.avi" 2>/dev/null)"
+    done
+}
+
+# run_examples FOLDER: those of its sdk, built as its documents say, with the installed filter.
+run_examples() {
+    local bits command program
+    for bits in x86_64 i686; do
+        while read -r command; do
+            program=$(grep -oE '[a-z_]+\.exe' <<<"$command")
+            (cd "$1/sdk" && eval "${command//x86_64/$bits}" && mv "$program" "$work/$bits-$program") ||
+                die "this fails: $command"
+        done < <(tr -d '\r' <"$1/docs/programming.md" | grep '^x86_64-w64-mingw32-g')
+    done
+    (cd "$1/sdk" && mcs -out:"$work/LiveResize.exe" csharp/*.cs) || die "the C# example cannot be built"
+    for program in "$work"/{x86_64,i686}-*.exe; do
+        "$root/scripts/wine.sh" "$program" "$(windows_path "$work/moving.avi")" 128 96 25 80 60 \
+            >"${program%.exe}.txt" 2>/dev/null </dev/null &
+    done
+    wait
+    for program in "$work"/{x86_64,i686}-*.exe; do
+        expect "${program##*/} plays in both sizes" "128x96 80x60" \
+            "$(sed 's/:.*//' "${program%.exe}.txt" | tr -d '\r' | xargs)"
     done
 }
 
@@ -206,6 +228,7 @@ test_installer() {
         "$(tree "$folder" | grep -v -e ' \./uninstall\.exe$' -e ' \./installed\.txt$')"
     expect "both are registered" "$place\\x86\\TavoResample.ax $place\\x64\\TavoResample.ax" "$(registered)"
     scale "$folder"
+    run_examples "$folder"
 
     say "While it is in use"
     before=$(tree "$folder")
@@ -314,6 +337,8 @@ say "Starting Wine"
 trap 'wineserver -k 2>/dev/null || true' EXIT
 ffmpeg -v error -f lavfi -i testsrc2=size=160x120:rate=1:duration=300 -c:v rawvideo -pix_fmt yuv420p \
     "$work/clip.avi"
+ffmpeg -v error -f lavfi -i testsrc2=size=160x120:rate=25:duration=8 -c:v rawvideo -pix_fmt bgr24 \
+    "$work/moving.avi"
 # At its first use of a filter graph, Wine makes keys of its own.
 start_playing win32
 stop_playing
