@@ -3,6 +3,7 @@
 
 #include "host/avi/timed_avi_writer.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace tavo {
