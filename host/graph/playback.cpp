@@ -16,7 +16,6 @@
 namespace tavo {
 namespace {
 
-constexpr wchar_t kCaption[] = L"Mira Vantrel";
 constexpr wchar_t kFrameTitle[] = L"Mira Vantrel Properties";
 // How often playback is polled beside the property frame.
 constexpr UINT kPollMs = 100;

@@ -12,7 +12,6 @@
 namespace tavo {
 namespace {
 
-constexpr wchar_t kCaption[] = L"Mira Vantrel";
 // Beside the pages, in pixels at 96 dpi.
 constexpr int kVideoLeft = 460;
 constexpr int kVideoTop = 40;

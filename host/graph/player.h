@@ -12,6 +12,9 @@
 
 namespace tavo {
 
+// Of the video's window and of the pages'.
+inline constexpr wchar_t kCaption[] = L"Mira Vantrel";
+
 struct PlayResult {
     std::wstring error;    // one line; empty when all is well
     bool stopped = false;  // by Ctrl-C

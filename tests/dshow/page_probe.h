@@ -12,6 +12,9 @@ namespace tavo_test {
 
 inline constexpr UINT kProbeMessage = WM_APP + 1;
 
+// Of no resource.
+inline constexpr int kMissing = 999;
+
 class ProbePage final : public CBasePropertyPage {
   public:
     explicit ProbePage(CallLog& log, int dialog = IDD_PAGE, int title = IDS_PAGE_TITLE,

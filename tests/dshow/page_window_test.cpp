@@ -5,8 +5,6 @@ using namespace tavo_test;
 
 namespace {
 
-constexpr int kMissing = 999;
-
 TEST_F(Page, ActivateOutOfTurn) {
     EXPECT_EQ(page_->Activate(frame_, nullptr, FALSE), E_POINTER);
     EXPECT_EQ(Activate(), E_UNEXPECTED);

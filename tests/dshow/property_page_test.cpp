@@ -10,8 +10,6 @@ using namespace tavo_test;
 
 namespace {
 
-constexpr int kMissing = 999;
-
 INT_PTR CALLBACK TakeEverything(HWND, UINT, WPARAM, LPARAM) { return TRUE; }
 
 BOOL CALLBACK CountOwnDialogs(HWND window, LPARAM count) {

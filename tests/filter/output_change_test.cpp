@@ -5,12 +5,11 @@
 #include "tests/filter/support/inside_filter.h"
 #include "tests/filter/support/multimedia_time.h"
 #include "tests/support/hand_clock.h"
+#include "tests/support/time_units.h"
 
 using namespace tavo_test;
 
 namespace {
-
-constexpr REFERENCE_TIME kMs = 10'000;
 
 class MidStreamTest : public InsideFilterTest {
   protected:

@@ -3,12 +3,11 @@
 #include "tests/filter/support/multimedia_time.h"
 #include "tests/filter/support/pictures.h"
 #include "tests/support/hand_clock.h"
+#include "tests/support/time_units.h"
 
 using namespace tavo_test;
 
 namespace {
-
-constexpr REFERENCE_TIME kMs = 10'000;
 
 class ExactStatisticsTest : public FilterTest {
   protected:

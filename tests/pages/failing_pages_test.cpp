@@ -12,8 +12,6 @@ using namespace tavo_test;
 
 namespace {
 
-constexpr CLSID kPages[] = {CLSID_ResamplePropertyPage, CLSID_TimeRegulatorPropertyPage};
-
 // Windows take their time: by default only some of the many requests for texts are refused. Odd, as
 // requests alternate between texts and items.
 const int kStride = Rounds(1) > 1 ? 1 : 7;

@@ -12,8 +12,6 @@ using namespace tavo_test;
 
 namespace {
 
-constexpr CLSID kPages[] = {CLSID_ResamplePropertyPage, CLSID_TimeRegulatorPropertyPage};
-
 class PageLifetime : public PagesTest {};
 
 // An object that is no filter of ours.

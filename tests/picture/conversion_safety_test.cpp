@@ -12,19 +12,20 @@
 #include "resample/kernel_table.h"
 #include "tests/picture/support/expected_pixels.h"
 #include "tests/picture/support/known_format.h"
+#include "tests/picture/support/methods.h"
 #include "tests/support/guarded_buffer.h"
 
 using namespace tavo;
 using tavo::test::BufferGuard;
 using tavo::test::GuardedBuffer;
 using tavo_test::AllFormats;
+using tavo_test::kMethods;
 using tavo_test::KnownFormat;
 using tavo_test::Layout;
 using tavo_test::PixelFormat;
 
 namespace {
 
-constexpr int kMethods[] = {0, 1, 2, 5, 6, 7, 10, 11, 12};
 constexpr int kMostPixels = 65;
 
 Picture PictureOf(const PixelFormat& format, int width, int height,

@@ -13,9 +13,11 @@
 #include "regulator/time_regulator.h"
 #include "resample/kernel_table.h"
 #include "resample/work_memory.h"
+#include "tests/picture/support/methods.h"
 #include "tests/support/rounds.h"
 
 using namespace tavo;
+using tavo_test::kMethods;
 using tavo_test::Rounds;
 
 namespace {
@@ -24,7 +26,6 @@ using Bytes = std::vector<uint8_t>;
 
 // More than there are pieces of work memory: some kernels go without.
 constexpr int kThreads = WorkMemory::kSharedPieces + 4;
-constexpr int32_t kMethods[] = {0, 1, 2, 5, 6, 7, 10, 11, 12};
 // What a table holds that was filled for another processor: it is not what this one is given.
 constexpr int kOtherLevel = 0;
 constexpr int kOtherSpeedClass = -1;

@@ -11,6 +11,7 @@
 #include "picture/conversion.h"
 #include "resample/kernel_table.h"
 #include "tests/picture/support/known_format.h"
+#include "tests/picture/support/methods.h"
 #include "tests/picture/support/pitched_rows.h"
 #include "tests/support/guarded_buffer.h"
 
@@ -18,6 +19,7 @@ using namespace tavo;
 using tavo::test::BufferGuard;
 using tavo::test::GuardedBuffer;
 using tavo_test::AllFormats;
+using tavo_test::kMethods;
 using tavo_test::KnownFormat;
 using tavo_test::Layout;
 using tavo_test::PitchedRows;
@@ -27,7 +29,6 @@ using tavo_test::RuleFrameBytes;
 
 namespace {
 
-constexpr int kMethods[] = {0, 1, 2, 5, 6, 7, 10, 11, 12};
 constexpr uint8_t kBetween = 0xEE;
 
 // What an unpitched frame is in rows at a pitch.

@@ -11,6 +11,7 @@
 #include "tests/regulator/random_samples.h"
 #include "tests/regulator/regulated_stream.h"
 #include "tests/regulator/regulator_model.h"
+#include "tests/support/time_units.h"
 
 using namespace tavo_test;
 using tavo::FrameBranch;
@@ -18,8 +19,6 @@ using tavo::TimeRegulator;
 using tavo::TimeWindow;
 
 namespace {
-
-constexpr int64_t kMs = 10'000;
 
 struct Totals {
     int64_t frames = 0;

@@ -8,13 +8,12 @@
 
 #include "tests/filter/regulation/scenario.h"
 #include "tests/support/patience.h"
+#include "tests/support/time_units.h"
 
 using namespace tavo_test;
 
 namespace {
 
-constexpr int64_t kMs = 10'000;
-constexpr int64_t kHour = 3600 * 1000 * kMs;
 // So many slots lie before it that merely to walk over them would take days.
 constexpr int64_t kFarAhead = 200'000'000 * kHour;
 

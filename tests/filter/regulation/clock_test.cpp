@@ -4,12 +4,11 @@
 #include <algorithm>
 
 #include "tests/filter/regulation/scenario.h"
+#include "tests/support/time_units.h"
 
 using namespace tavo_test;
 
 namespace {
-
-constexpr int64_t kMs = 10'000;
 
 // The filter at 25 frames per second, streaming by a clock.
 class ClockedRig : public FilterRig {

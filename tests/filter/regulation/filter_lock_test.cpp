@@ -8,12 +8,11 @@
 #include "tests/filter/regulation/scenario.h"
 #include "tests/filter/support/pictures.h"
 #include "tests/support/patience.h"
+#include "tests/support/time_units.h"
 
 using namespace tavo_test;
 
 namespace {
-
-constexpr int64_t kMs = 10'000;
 
 // A graph that keeps a filter inside JoinFilterGraph, where the filter holds its lock.
 class HoldingGraph final : public IFilterGraph {

@@ -6,12 +6,12 @@
 
 #include "tests/filter/regulation/scenario.h"
 #include "tests/filter/support/pictures.h"
+#include "tests/support/time_units.h"
 
 using namespace tavo_test;
 
 namespace {
 
-constexpr int64_t kMs = 10'000;
 using Bytes = std::vector<BYTE>;
 
 struct Sizes {

@@ -6,12 +6,11 @@
 #include <thread>
 
 #include "tests/filter/regulation/scenario.h"
+#include "tests/support/time_units.h"
 
 using namespace tavo_test;
 
 namespace {
-
-constexpr int64_t kMs = 10'000;
 
 // Sets the rates one after another, over and over.
 class RateSetter {

@@ -5,12 +5,11 @@
 #include <limits>
 
 #include "tests/filter/regulation/scenario.h"
+#include "tests/support/time_units.h"
 
 using namespace tavo_test;
 
 namespace {
-
-constexpr int64_t kMs = 10'000;
 
 // Of one sample: picture, start and end of each slot in milliseconds.
 using Slots = std::vector<std::tuple<int, int64_t, int64_t>>;

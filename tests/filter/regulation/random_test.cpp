@@ -3,12 +3,11 @@
 
 #include "tests/filter/regulation/scenario.h"
 #include "tests/regulator/random_samples.h"
+#include "tests/support/time_units.h"
 
 using namespace tavo_test;
 
 namespace {
-
-constexpr int64_t kMs = 10'000;
 
 // A rate that may mean off.
 double AnyRate(RandomSamples& random) {

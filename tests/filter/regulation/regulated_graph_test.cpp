@@ -8,13 +8,11 @@
 #include "tests/filter/regulation/scenario.h"
 #include "tests/support/graph.h"
 #include "tests/support/patience.h"
+#include "tests/support/time_units.h"
 
 using namespace tavo_test;
 
 namespace {
-
-constexpr int64_t kMs = 10'000;
-constexpr int64_t kHour = 3600 * 1000 * kMs;
 
 // The rig's filters in a graph, with a clock that the test moves; every frame is noted.
 class RegulatedGraph {

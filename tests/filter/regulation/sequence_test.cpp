@@ -5,13 +5,11 @@
 #include <climits>
 
 #include "tests/filter/regulation/scenario.h"
+#include "tests/support/time_units.h"
 
 using namespace tavo_test;
 
 namespace {
-
-constexpr int64_t kMs = 10'000;
-constexpr int64_t kHour = 3600 * 1000 * kMs;
 
 class RegulatedSequenceTest : public FilterTest {
   protected:

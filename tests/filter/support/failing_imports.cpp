@@ -23,11 +23,6 @@ Refusals g_refusals;
 char g_names[400];
 std::map<std::string, long> g_allRefused;
 
-template <typename Function>
-ULONG_PTR AddressOf(Function* function) {
-    return reinterpret_cast<ULONG_PTR>(function);
-}
-
 }  // namespace
 
 FailingImports* FailingImports::current = nullptr;

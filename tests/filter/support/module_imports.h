@@ -1,7 +1,7 @@
 // Stands in for a function that a module imports: nobody else's calls are seen.
 //
 //   const ImportPatch patch(TheModule().handle(), "winmm.dll", "timeGetTime",
-//                           reinterpret_cast<ULONG_PTR>(MyTime));
+//                           AddressOf(MyTime));
 #pragma once
 
 #include <windows.h>
@@ -10,6 +10,11 @@ namespace tavo_test {
 
 // Where the module keeps the address of a function that it imports by name; null if it does not.
 ULONG_PTR* FindImport(HMODULE module, const char* library, const char* function);
+
+template <typename Function>
+ULONG_PTR AddressOf(Function* function) {
+    return reinterpret_cast<ULONG_PTR>(function);
+}
 
 class ImportPatch {
   public:

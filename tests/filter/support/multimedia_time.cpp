@@ -5,11 +5,6 @@ namespace tavo_test {
 
 namespace {
 
-template <typename Function>
-ULONG_PTR AddressOf(Function* function) {
-    return reinterpret_cast<ULONG_PTR>(function);
-}
-
 // The platform's own, also where this program is the module whose imports are exchanged.
 template <typename Function>
 Function* Original(const wchar_t* library, const char* name) {

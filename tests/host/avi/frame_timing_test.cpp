@@ -7,12 +7,14 @@
 #include <cmath>
 #include <random>
 
+#include "tests/support/time_units.h"
+
 namespace tavo {
 namespace {
 
-using Times = std::vector<int64_t>;
+using tavo_test::kMs;
 
-constexpr int64_t kMs = 10000;
+using Times = std::vector<int64_t>;
 
 // Times of the given slots of a rate, truncated to multiples of `unit`.
 Times TimesOf(const std::vector<int64_t>& slots, FrameRate rate, int64_t unit = 1) {

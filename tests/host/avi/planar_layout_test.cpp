@@ -6,12 +6,12 @@
 
 #include <vector>
 
+#include "tests/host/avi/written_frames.h"
+
 namespace tavo {
 namespace {
 
-VideoFormat Video(PixelFormat format, int width, int height) {
-    return {format, InfoOf(format).compression, width, height};
-}
+using tavo_test::Video;
 
 struct Lengths {
     PixelFormat format;

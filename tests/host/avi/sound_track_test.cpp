@@ -8,11 +8,13 @@
 
 #include "host/avi/timed_avi_writer.h"
 #include "tests/host/avi/written_frames.h"
+#include "tests/support/time_units.h"
 
 namespace tavo {
 namespace {
 
-constexpr int64_t kMs = 10'000;
+using tavo_test::kMs;
+
 // 1000 blocks of one byte per second.
 constexpr SoundFormat kBytes = {1, 1000, 8, false};
 
@@ -184,7 +186,8 @@ struct Frame {
     int64_t length = 0;
 };
 
-tavo_test::CheckedAvi Write(const std::vector<Frame>& frames, TimedAviWriter::Timing timing) {
+tavo_test::CheckedAvi WriteWithSound(const std::vector<Frame>& frames,
+                                     TimedAviWriter::Timing timing) {
     const VideoFormat video = tavo_test::Video(PixelFormat::YUY2, 8, 4);
     tavo_test::MemoryStore store;
     TimedAviWriter writer(store, video, 100 * kMs, timing);
@@ -209,12 +212,12 @@ TEST(SoundTrack, LiesBehindTheFramesOfItsTime) {
     const std::vector<Frame> steady = {
         {2000 * kMs, 100 * kMs}, {2100 * kMs, 100 * kMs}, {2200 * kMs, 100 * kMs}};
     for (const Timing timing : {Timing::Kept, Timing::FrameForFrame}) {
-        const tavo_test::CheckedAvi avi = Write(steady, timing);
+        const tavo_test::CheckedAvi avi = WriteWithSound(steady, timing);
         EXPECT_EQ(avi.sound, Joined({Blocks(0, 100), Blocks(1, 100), Blocks(2, 100)}));
         EXPECT_EQ(avi.framesBefore, (std::vector<uint32_t>{1, 2, 3}));
     }
-    const tavo_test::CheckedAvi gap =
-        Write({{0, 100 * kMs}, {100 * kMs, 100 * kMs}, {500 * kMs, 100 * kMs}}, Timing::Kept);
+    const tavo_test::CheckedAvi gap = WriteWithSound(
+        {{0, 100 * kMs}, {100 * kMs, 100 * kMs}, {500 * kMs, 100 * kMs}}, Timing::Kept);
     EXPECT_EQ(gap.repeats, (std::vector<uint32_t>{0, 3, 0}));
     EXPECT_EQ(gap.sound,
               Joined({Blocks(0, 100), Blocks(1, 100), Blocks(0x80, 300), Blocks(2, 100)}));

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "tests/host/avi/written_frames.h"
+#include "tests/support/time_units.h"
 
 namespace tavo {
 namespace {
@@ -15,9 +16,8 @@ namespace {
 using Timing = TimedAviWriter::Timing;
 using tavo_test::CheckAvi;
 using tavo_test::CheckedAvi;
+using tavo_test::kMs;
 using tavo_test::MemoryStore;
-
-constexpr int64_t kMs = 10'000;
 
 struct Stamp {
     std::optional<int64_t> start;

@@ -12,7 +12,7 @@
 
 #include "host/filters/avi_sink_filter.h"
 #include "tests/host/avi/avi_checker.h"
-#include "tests/host/avi/memory_store.h"
+#include "tests/host/filters/slow_store.h"
 #include "tests/support/graph.h"
 #include "tests/support/live_objects.h"
 #include "tests/support/test_source.h"
@@ -28,39 +28,7 @@ using tavo_test::TestSource;
 using tavo_test::VideoSpec;
 using tavo_test::WaitUntil;
 
-constexpr LONG kSide = 16;
-constexpr size_t kFrameBytes = kSide * kSide * 2;
 constexpr long kQueueLength = 8;
-
-VideoSpec Yuy2() { return {.subtype = MEDIASUBTYPE_YUY2, .width = kSide, .height = kSide}; }
-
-// A disk on which frames wait until it is opened.
-class SlowStore final : public tavo_test::MemoryStore {
-  public:
-    IoResult WriteAt(uint64_t offset, std::span<const std::byte> source) override {
-        if (source.size() == kFrameBytes) {
-            std::unique_lock lock(mutex_);
-            ++waiting;
-            opened_.wait(lock, [&] { return open_; });
-            if (outOfMemory) throw std::bad_alloc();
-        }
-        return MemoryStore::WriteAt(offset, source);
-    }
-
-    void Open() {
-        const std::lock_guard lock(mutex_);
-        open_ = true;
-        opened_.notify_all();
-    }
-
-    std::atomic<int> waiting = 0;  // frames that have come so far
-    bool outOfMemory = false;
-
-  private:
-    std::mutex mutex_;
-    std::condition_variable opened_;
-    bool open_ = false;
-};
 
 class AviSinkQueue : public testing::Test {
   protected:

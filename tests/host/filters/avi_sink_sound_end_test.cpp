@@ -7,36 +7,12 @@
 #include <thread>
 
 #include "tests/host/filters/avi_sink_sound_fixture.h"
+#include "tests/host/filters/slow_store.h"
 
 namespace tavo {
 namespace {
 
 using tavo_test::CheckedAvi;
-
-constexpr size_t kFrameBytes = kSide * kSide * 2;
-
-// A disk on which frames wait until it is opened.
-class SlowStore final : public tavo_test::MemoryStore {
-  public:
-    IoResult WriteAt(uint64_t offset, std::span<const std::byte> source) override {
-        if (source.size() == kFrameBytes) {
-            std::unique_lock lock(mutex_);
-            opened_.wait(lock, [&] { return open_; });
-        }
-        return MemoryStore::WriteAt(offset, source);
-    }
-
-    void Open() {
-        const std::lock_guard lock(mutex_);
-        open_ = true;
-        opened_.notify_all();
-    }
-
-  private:
-    std::mutex mutex_;
-    std::condition_variable opened_;
-    bool open_ = false;
-};
 
 TEST_F(AviSinkSound, AnotherFormatEndsTheRun) {
     Start();

@@ -12,14 +12,15 @@
 #include "host/filters/avi_sink_filter.h"
 #include "tests/host/avi/avi_checker.h"
 #include "tests/host/avi/memory_store.h"
+#include "tests/host/filters/small_frames.h"
 #include "tests/support/graph.h"
 #include "tests/support/live_objects.h"
 #include "tests/support/test_source.h"
+#include "tests/support/time_units.h"
 
 namespace tavo {
 
-constexpr int64_t kMs = 10'000;
-constexpr LONG kSide = 16;
+using tavo_test::kMs;
 
 // What may wait for the first frame.
 constexpr size_t kHeld = 64u << 20;

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/host/avi/movie_files.h"
+#include "tests/host/filters/small_frames.h"
 #include "tests/support/graph.h"
 #include "tests/support/live_objects.h"
 #include "tests/support/test_source.h"
@@ -22,11 +23,6 @@ using tavo_test::Movie;
 using tavo_test::ReadMovie;
 using tavo_test::TestSource;
 using tavo_test::VideoSpec;
-
-constexpr LONG kSide = 16;
-constexpr size_t kFrameBytes = kSide * kSide * 2;
-
-VideoSpec Yuy2() { return {.subtype = MEDIASUBTYPE_YUY2, .width = kSide, .height = kSide}; }
 
 class AviSink : public tavo_test::MovieTest {
   protected:

@@ -7,7 +7,7 @@ namespace {
 
 constexpr RECT kPlace = {10, 20, 410, 270};
 
-std::string TextOf(HWND window) {
+std::string AnsiTextOf(HWND window) {
     char text[400] = {};
     GetWindowTextA(window, text, sizeof text);
     return text;
@@ -51,7 +51,7 @@ HRESULT PageFrame::Open() {
     return page->Activate(window_, &kPlace, FALSE);
 }
 
-std::string PageFrame::Text(int id) const { return TextOf(Control(id)); }
+std::string PageFrame::Text(int id) const { return AnsiTextOf(Control(id)); }
 
 std::string PageFrame::Selected(int id) const {
     const LRESULT index = SendMessageA(Control(id), CB_GETCURSEL, 0, 0);
@@ -60,7 +60,7 @@ std::string PageFrame::Selected(int id) const {
     SendMessageA(Control(id), CB_GETLBTEXT, static_cast<WPARAM>(index),
                  reinterpret_cast<LPARAM>(text));
     // The closed list shows the same.
-    EXPECT_EQ(TextOf(Control(id)), text);
+    EXPECT_EQ(AnsiTextOf(Control(id)), text);
     return text;
 }
 

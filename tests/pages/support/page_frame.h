@@ -19,6 +19,8 @@
 
 namespace tavo_test {
 
+inline constexpr CLSID kPages[] = {CLSID_ResamplePropertyPage, CLSID_TimeRegulatorPropertyPage};
+
 class PageFrame {
   public:
     explicit PageFrame(REFCLSID clsid, int left = 0);
