@@ -14,135 +14,12 @@ import random
 import subprocess
 import sys
 
-ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
-TOOL = os.path.join(ROOT, "build/native/bench/kernel_picture")
-OUT = os.path.join(ROOT, "docs/kernels")
-FONT = "/usr/share/fonts/truetype/dejavu/DejaVuSans.ttf"
+sys.dont_write_bytecode = True
+from kernel_drawing import *  # beside this file
+
+AUTO, BILINEAR_AUTO = 0, 2
 NEAREST, NEAREST_MMX, BILINEAR, BILINEAR_MMX, BILINEAR_SSE = 3, 4, 6, 7, 8
 BLACK, WHITE, RED, BLUE = (0, 0, 0), (255, 255, 255), (220, 30, 30), (30, 60, 220)
-
-
-def blend(a, b, weight):
-    return a + (((b - a) * weight) >> 8)
-
-
-def axis(source, target):
-    """Index and weight of each entry."""
-    ratio = source / target
-    offset = 0.25 if ratio >= 1 else 0.0
-    entries = []
-    for i in range(target):
-        x = i * ratio
-        entries.append((int(x), min(int((x - int(x) + offset) * 256), 255)))
-    return entries
-
-
-# Pictures are lists of rows; a pixel is a number where the picture is a plane, else three.
-def size(picture):
-    return len(picture[0]), len(picture)
-
-
-def kernel(family, slot, axes, data, source, target):
-    text = ["%dx%d" % source, "%dx%d" % target]
-    return subprocess.run(
-        [TOOL, family, str(slot), axes] + text, input=bytes(data), stdout=subprocess.PIPE, check=True
-    ).stdout
-
-
-def scale_plane(slot, axes, picture, target):
-    data = kernel("planar", slot, axes, sum(picture, []), size(picture), target)
-    return [list(data[y * target[0] : (y + 1) * target[0]]) for y in range(target[1])]
-
-
-def scale_rgb24(slot, axes, picture, target):
-    def stride(width):
-        return (width * 3 + 3) // 4 * 4
-
-    data = b""
-    for row in picture:
-        line = b"".join(bytes(reversed(pixel)) for pixel in row)
-        data += line.ljust(stride(len(row)), b"\0")
-    out = kernel("RGB24", slot, axes, data, size(picture), target)
-    rows = []
-    for y in range(target[1]):
-        line = out[y * stride(target[0]) :]
-        rows.append([tuple(reversed(line[x * 3 : x * 3 + 3])) for x in range(target[0])])
-    return rows
-
-
-def scale_yuy2(slot, axes, lumas, chromas, target):
-    """lumas: a plane. chromas: rows of (U, V), one for each two pixels. Returns both."""
-    data = b""
-    for row, pairs in zip(lumas, chromas):
-        for i, (u, v) in enumerate(pairs):
-            data += bytes([row[2 * i], u, row[2 * i + 1], v])
-    out = kernel("YUY2", slot, axes, data, size(lumas), target)
-    stride = target[0] * 2
-    rows = [out[y * stride : (y + 1) * stride] for y in range(target[1])]
-    return (
-        [list(row[0::2]) for row in rows],
-        [list(zip(row[1::4], row[3::4])) for row in rows],
-    )
-
-
-def to_rgb(luma, chroma):
-    y, u, v = luma - 16, chroma[0] - 128, chroma[1] - 128
-    parts = (1.164 * y + 1.596 * v, 1.164 * y - 0.392 * u - 0.813 * v, 1.164 * y + 2.017 * u)
-    return tuple(max(0, min(255, round(part))) for part in parts)
-
-
-def colours(lumas, chromas):
-    return [[to_rgb(y, chromas[r][x // 2]) for x, y in enumerate(row)] for r, row in enumerate(lumas)]
-
-
-def bilinear_plane(picture, target, across_first=False):
-    """The formula with no departures: at an edge a sample is its own neighbour."""
-    width, height = size(picture)
-    columns, rows = axis(width, target[0]), axis(height, target[1])
-    out = []
-    for iy, wy in rows:
-        below = min(iy + 1, height - 1)
-        line = []
-        for ix, wx in columns:
-            right = min(ix + 1, width - 1)
-            a, b, c, d = picture[iy][ix], picture[iy][right], picture[below][ix], picture[below][right]
-            if across_first:
-                line.append(blend(blend(a, b, wx), blend(c, d, wx), wy))
-            else:
-                line.append(blend(blend(a, c, wy), blend(b, d, wy), wx))
-        out.append(line)
-    return out
-
-
-def per_colour(function, picture):
-    planes = [function([[pixel[i] for pixel in row] for row in picture]) for i in range(3)]
-    return [list(zip(*rows)) for rows in zip(*planes)]
-
-
-def panel(picture, width, label, height=None):
-    """A picture enlarged to this width, and to this height if the pixels shall not be square."""
-    columns, rows = size(picture)
-    height = height or round(rows * width / columns)
-    pixels = [p if isinstance(p, tuple) else (p, p, p) for row in picture for p in row]
-    ppm = b"P6 %d %d 255\n" % (columns, rows) + b"".join(bytes(p) for p in pixels)
-    return ppm, f"{width}x{height}!", label
-
-
-def draw(name, *panels):
-    files, arguments = [], ["convert-im6.q16", "-background", "white"]
-    for i, (ppm, shown, label) in enumerate(panels):
-        path = os.path.join(OUT, f"{name}.{i}.ppm")
-        with open(path, "wb") as file:
-            file.write(ppm)
-        files.append(path)
-        arguments += ["(", "(", path, "-filter", "point", "-resize", shown]
-        arguments += ["-bordercolor", "#888888", "-border", "1", ")"]
-        arguments += ["(", "-font", FONT, "-pointsize", "12", "-fill", "#222222", f"label:{label}", ")"]
-        arguments += ["-gravity", "Center", "-append", "-bordercolor", "white", "-border", "6x4", ")"]
-    arguments += ["-gravity", "North", "+append", "-strip", "+dither", "-colors", "256"]
-    subprocess.run(arguments + [f"PNG8:{OUT}/{name}.png"], check=True)
-    for path in files:
-        os.remove(path)
 
 
 def lines(width, height, step, first=0):
@@ -345,6 +222,95 @@ def group_chroma():
     )
 
 
+def dimmed():
+    chance = random.Random(2)
+    lumas = [[chance.randrange(1, 256) for _ in range(32)] for _ in range(12)]
+    chromas = [[(128, 128)] * 16 for _ in range(12)]
+    one = scale_yuy2(BILINEAR, "640", lumas, chromas, (24, 12))[0]
+    other = scale_yuy2(BILINEAR_SSE, "640", lumas, chromas, (24, 12))[0]
+    draw(
+        "dimmed",
+        panel(lumas, 192, "source, 4:2:2, noise"),
+        panel(other, 192, "640 to 480 by _MMX and _SSE"),
+        panel(marked(one, other), 192, "red: 1 below _Portable"),
+    )
+
+
+# What pictures of memory are painted with: a picture's own bytes are grey.
+UNTOUCHED, STRAY = (150, 190, 240), RED
+BEFORE = 2
+
+
+def memory(data, stride, rows, is_picture):
+    """The bytes of these rows: blue where they hold what they held before, red where others do."""
+    return [
+        [
+            data[y * stride + x] if is_picture(x, y)
+            else UNTOUCHED if data[y * stride + x] == BEFORE
+            else STRAY
+            for x in range(stride)
+        ]
+        for y in range(rows)
+    ]
+
+
+def padding():
+    width, stride, target = 3, 12, (3, 6)
+    chance = random.Random(3)
+    source = []
+    for _ in range(4):
+        source += [chance.randrange(60, 256) for _ in range(width * 3)] + [0] * (stride - width * 3)
+
+    def shown(data, rows):
+        return memory(data, stride, rows, lambda x, y: x < width * 3)
+
+    def scaled(slot):
+        return shown(kernel("RGB24", slot, "height", source, (width, 4), target, BEFORE), target[1])
+
+    draw(
+        "padding",
+        panel(shown(source, 4), 180, "source, RGB24, 3 x 4"),
+        panel(scaled(BILINEAR), 180, "Bi-Linear, 3 x 6"),
+        panel(scaled(NEAREST), 180, "Nearest Neighbor, 3 x 6"),
+    )
+
+
+def copied(slot, *level):
+    """A plane of 9 x 5 as a copy leaves it, and the two rows of memory behind it."""
+    source = [60 + 4 * i for i in range(45)]
+    data = kernel("planar", slot, "copy", source, (9, 5), (9, 5), BEFORE, *level)
+    return memory(data, 9, 7, lambda x, y: y < 5)
+
+
+def copy_spill():
+    source = [[60 + 4 * (9 * y + x) for x in range(9)] for y in range(5)]
+    draw(
+        "copy_spill",
+        panel(source, 162, "source, a plane of 9 x 5"),
+        panel(copied(BILINEAR), 162, "by CopyPlane_Portable"),
+        panel(copied(BILINEAR_MMX), 162, "by CopyPlane_MMX"),
+    )
+
+
+def automatic_copy():
+    draw(
+        "automatic_copy",
+        panel(copied(AUTO, 0), 162, "AUTO, no MMX"),
+        panel(copied(BILINEAR_AUTO, 0), 162, "Bi-Linear AUTO, no MMX"),
+        panel(copied(BILINEAR_AUTO, 2), 162, "Bi-Linear AUTO, SSE"),
+    )
+
+
+def automatic_slots_of_thirds():
+    variants = {BILINEAR: ("_Portable", "#dddddd"), BILINEAR_MMX: ("_MMX", "#b8d4f4"),
+                BILINEAR_SSE: ("_SSE", "#bfe6bf")}
+    rows = [[(text, "white") for text in ("AUTO, YUY2", "no MMX", "MMX", "SSE")]]
+    for axes, title in (("both", "both axes"), ("width", "width"), ("640", "640 to 480"), ("720", "720 to 480")):
+        slots = [automatic_slots("YUY2", axes, level)[AUTO] for level in (0, 1, 2)]
+        rows.append([(title, "white")] + [variants[slot] for slot in slots])
+    draw_table("automatic_slots", rows)
+
+
 def main():
     if not os.access(TOOL, os.X_OK):
         sys.exit(__doc__)
@@ -352,6 +318,7 @@ def main():
     for picture in (
         quarter, fixed, last_row, right_strip, packed_last_row, packed_nearest, packed_odd_chroma,
         rounding, row_ends, mixed, wrong_ratio, spill, faint_end, group_chroma,
+        dimmed, padding, copy_spill, automatic_slots_of_thirds, automatic_copy,
     ):
         picture()
 
