@@ -60,7 +60,8 @@ enum VantrelScaleMethod VANTREL_INT {
     VantrelMethodBilinearSse = 12
 };
 
-/* Which pixel format the filter accepts. Auto accepts all ten, and I420, which is handled as IYUV.
+/* Which pixel format the filter accepts. Auto accepts the ten that have a code, and as the
+   eleventh I420, whose pictures are those of IYUV.
    Codes that are not listed lift the restriction altogether. */
 enum VantrelPixelFormat VANTREL_INT {
     VantrelFormatAuto = 0,

@@ -86,6 +86,27 @@ Attempt BuildForScreen(const RunOptions& options, const FilterFactory& factory,
     return second;
 }
 
+Attempt BuildForOutput(const RunOptions& options, const FilterFactory& factory,
+                       const InputFile& input) {
+    return options.ToScreen() ? BuildForScreen(options, factory, input)
+                              : BuildByAnyRoute(options, factory, input);
+}
+
+bool GivesI420(const VideoGraph& graph) {
+    const auto type = ReadVideoType(graph.inputType);
+    return type && type->video.compression == kCompressionI420;
+}
+
+// I420 has the pictures of IYUV, but no setting of the filter names it: only AUTO takes it.
+Attempt BuildForI420(const RunOptions& options, const FilterFactory& factory,
+                     const InputFile& input) {
+    RunOptions open = options;
+    open.format = VantrelFormatAuto;
+    Attempt attempt = BuildForOutput(open, factory, input);
+    if (attempt.graph && !GivesI420(*attempt.graph)) attempt.graph.reset();
+    return attempt;
+}
+
 }  // namespace
 
 // The last release of the graph takes out its filters, which may hold each other. So the interfaces
@@ -97,8 +118,11 @@ VideoGraph::~VideoGraph() {
 
 std::unique_ptr<VideoGraph> BuildVideoGraph(const RunOptions& options, const FilterFactory& factory,
                                             const InputFile& input, std::wstring& error) {
-    Attempt attempt = options.ToScreen() ? BuildForScreen(options, factory, input)
-                                         : BuildByAnyRoute(options, factory, input);
+    Attempt attempt = BuildForOutput(options, factory, input);
+    if (attempt.inputRefused && options.format == VantrelFormatIyuv) {
+        Attempt other = BuildForI420(options, factory, input);
+        if (other.graph) attempt = std::move(other);
+    }
     if (attempt.graph) return std::move(attempt.graph);
     error = attempt.error;
     if (attempt.inputRefused && IsRestricted(options)) {

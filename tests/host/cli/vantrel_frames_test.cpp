@@ -215,6 +215,29 @@ TEST_F(VantrelFrames, PlanarFormatsAreScaledByNearestNeighbour) {
     }
 }
 
+// The filter has a setting for IYUV and none for I420; their pictures are the same.
+TEST_F(VantrelFrames, IyuvAndI420AreTakenByEitherName) {
+    for (const uint32_t compression : {FourCc('I', 'Y', 'U', 'V'), kCompressionI420}) {
+        const VideoFormat video = {PixelFormat::IYUV, compression, 64, 48};
+        SCOPED_TRACE(Name(video));
+        const std::vector<Frame> frames = NoiseFrames(video, 2);
+        WriteMovie(Path(L"in.avi"), video, frames);
+        for (const wchar_t* name : {L"IYUV", L"I420"}) {
+            SCOPED_TRACE(testing::Message() << name);
+            const Output run =
+                RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--format", name});
+            ASSERT_EQ(run.exitCode, 0u) << run.error;
+            EXPECT_EQ(ReadMovie(Path(L"out.avi")).frames, frames);
+        }
+    }
+    const VideoFormat other = Video(PixelFormat::YUY2, 64, 48);
+    WriteMovie(Path(L"in.avi"), other, NoiseFrames(other, 2));
+    const Output run =
+        RunVantrel({Path(L"in.avi"), Path(L"out.avi"), L"--overwrite", L"--format", L"I420"});
+    EXPECT_EQ(run.exitCode, 1u);
+    EXPECT_NE(run.error.find("gives video YUY2"), std::string::npos) << run.error;
+}
+
 // How often the text is in the file.
 size_t CountLines(const std::filesystem::path& path, const std::string& part) {
     std::ifstream file(path, std::ios::binary);
