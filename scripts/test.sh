@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Installs what is missing, builds everything, and runs all tests: natively in 64 and 32 bits, under
-# the sanitizers, and under Wine in both bitnesses; then installs the packages under Wine.
+# Installs what is missing, builds everything, and runs all tests: under Wine in both bitnesses, where it
+# installs the packages too; natively in 64 and 32 bits, and under the sanitizers.
 # Usage: scripts/test.sh [PRESET...] [-- ARGUMENT...]
-#   PRESET      native native32 asan tsan win32 win64, and package for the packages; all of them by
+#   PRESET      win32 win64 native native32 asan tsan, and package for the packages; all of them by
 #               default
 #               tsan: what threads share, with a sanitizer of its own
 #               arm64: in an emulator, and only when asked for
@@ -16,7 +16,8 @@ while [ $# -gt 0 ] && [ "$1" != -- ]; do
     shift
 done
 [ $# -eq 0 ] || shift
-[ ${#presets[@]} -gt 0 ] || presets=(native native32 asan tsan win32 win64 package)
+in_order=(win32 win64 package native native32 asan tsan arm64)
+[ ${#presets[@]} -gt 0 ] || presets=("${in_order[@]:0:7}")
 packages_preset=()
 for preset in "${presets[@]}"; do
     case $preset in
@@ -26,8 +27,14 @@ for preset in "${presets[@]}"; do
         win64) packages_preset+=(fp-compiler fpc-source) ;;
         package) packages_preset+=("${packages_packing[@]}") ;;
         arm64) packages_preset+=(clang lld libstdc++-12-dev-arm64-cross libc6-dev-arm64-cross) ;;
-        *) die "there is no build called $preset (native native32 asan tsan win32 win64 package arm64)" ;;
+        *) die "there is no build called $preset (${in_order[*]})" ;;
     esac
+done
+
+wanted=" ${presets[*]} "
+presets=()
+for preset in "${in_order[@]}"; do
+    case $wanted in *" $preset "*) presets+=("$preset") ;; esac
 done
 
 install_packages "${packages_build[@]}" "${packages_wine[@]}" "${packages_display[@]}" \
@@ -47,34 +54,50 @@ build_tests() {
     build "$1" -DTAVO_BUILD_TESTS=ON -DTAVO_BUILD_BENCH=ON "${targets[@]}"
 }
 
-# Tests that wait for windows, or for the longest of them, leave processors idle: the next preset is
-# built meanwhile.
+# Tests that wait for windows, or for the longest of them, leave processors idle: all other builds are
+# made meanwhile, in their order. Those under Wine come first, for their tests wait most.
+built=$logs/built # the presets whose build ahead has ended, well or not
 ahead=
-build_ahead() { # PRESET
-    (renice -n 10 "$BASHPID" && build_tests "$1") >/dev/null 2>&1 &
+build_ahead() { # PRESET...
+    local preset
+    : >"$built"
+    [ $# -gt 0 ] || return 0
+    set -m # a process group of its own, to be ended with all that it has begun
+    (
+        renice -n 10 "$BASHPID"
+        for preset in "$@"; do
+            (build_tests "$preset") || true # it is built again when its turn comes, which says why
+            echo "$preset" >>"$built"
+        done
+    ) >/dev/null 2>&1 &
     ahead=$!
+    set +m
+    trap 'kill -- "-$ahead" 2>/dev/null' EXIT
 }
-await_ahead() { # PRESET
-    [ -n "$ahead" ] || return 0
-    if kill -0 "$ahead" 2>/dev/null; then
-        say "Waiting for the build of $1"
-        tail -n +1 -f --pid="$ahead" "$logs/build-$1.log" 2>/dev/null | show_progress /dev/null
-    fi
-    wait "$ahead" || true # the build below says why
-    ahead=
+is_building() { kill -0 "$ahead" 2>/dev/null && ! grep -qx "$1" "$built"; } # PRESET
+await_ahead() {                                                             # PRESET
+    if [ -z "$ahead" ] || ! is_building "$1"; then return 0; fi
+    say "Waiting for the build of $1"
+    while is_building "$1"; do
+        grep -s '^\[' "$logs/build-$1.log" | tail -n 1 || true
+        sleep 2
+    done | show_progress /dev/null
 }
 
 failed=()
 for ((i = 0; i < ${#presets[@]}; i++)); do
     preset=${presets[i]}
-    next=${presets[i + 1]:-}
     if [ "$preset" = package ]; then
         "$root/scripts/test_package.sh" || failed+=(package)
         continue
     fi
     await_ahead "$preset"
     build_tests "$preset"
-    [ -z "$next" ] || [ "$next" = package ] || build_ahead "$next"
+    if [ "$i" -eq 0 ]; then
+        later=()
+        for next in "${presets[@]:1}"; do [ "$next" = package ] || later+=("$next"); done
+        build_ahead "${later[@]}"
+    fi
     say "Testing $preset"
     runner=()
     case $preset in
