@@ -72,7 +72,7 @@ build_ahead() { # PRESET...
     ) >/dev/null 2>&1 &
     ahead=$!
     set +m
-    trap 'kill -- "-$ahead" 2>/dev/null' EXIT
+    trap 'kill -- "-$ahead" 2>/dev/null || true' EXIT
 }
 is_building() { kill -0 "$ahead" 2>/dev/null && ! grep -qx "$1" "$built"; } # PRESET
 await_ahead() {                                                             # PRESET

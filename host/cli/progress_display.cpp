@@ -24,6 +24,8 @@ void ProgressDisplay::Update(const RunPosition& position) {
     progress.seconds = position.seconds;
     const double step = progress.seconds - lastSeconds_;
     if (step > 0) progress.fps = static_cast<double>(progress.frames - lastFrames_) / step;
+    if (progress.frames != lastFrames_) frameSeconds_ = progress.seconds;
+    progress.waiting = progress.seconds - frameSeconds_;
     lastFrames_ = progress.frames;
     lastSeconds_ = progress.seconds;
     Show(ProgressLine(progress));

@@ -22,6 +22,7 @@ class ProgressDisplay final : public RunDisplay {
     const bool terminal_;
     uint64_t lastFrames_ = 0;
     double lastSeconds_ = 0.0;
+    double frameSeconds_ = 0.0;  // when the last frame was there
     size_t width_ = 0;  // of the line on the terminal
 };
 

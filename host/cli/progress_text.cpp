@@ -10,6 +10,8 @@ namespace tavo {
 namespace {
 
 constexpr int kBarWidth = 26;
+// Slow decoders and slow disks take seconds for a frame.
+constexpr double kLongWait = 15.0;
 
 // Rounded down: 100 % is shown only at the end.
 std::wstring PercentText(double fraction) {
@@ -21,8 +23,11 @@ std::wstring PercentText(double fraction) {
 }  // namespace
 
 std::wstring ProgressLine(const Progress& progress) {
-    const std::wstring counts =
-        L"frame " + std::to_wstring(progress.frames) + L"  " + FixedText(progress.fps, 1) + L" fps";
+    const std::wstring frame = L"frame " + std::to_wstring(progress.frames) + L"  ";
+    if (progress.waiting >= kLongWait) {
+        return frame + L"none came for " + ClockText(progress.waiting) + L"; Ctrl-C ends it here";
+    }
+    const std::wstring counts = frame + FixedText(progress.fps, 1) + L" fps";
     if (progress.fraction < 0) return counts + L"  " + ClockText(progress.seconds);
 
     const double fraction = std::clamp(progress.fraction, 0.0, 1.0);

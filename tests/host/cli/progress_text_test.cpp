@@ -19,10 +19,14 @@ TEST(ProgressText, Line) {
               L"[..........................]   0%  frame 0  0.0 fps");
     EXPECT_EQ(ProgressLine({0, 7.0, 0.0, 0.0}).substr(28), L" 100%  frame 0  0.0 fps  0:00 left");
     EXPECT_EQ(ProgressLine({123, -1.0, 65.0, 2.0}), L"frame 123  2.0 fps  1:05");
+    EXPECT_EQ(ProgressLine({123, -1.0, 65.0, 2.0, 14.9}), L"frame 123  2.0 fps  1:05");
+    EXPECT_EQ(ProgressLine({123, 0.5, 80.0, 0.0, 24.0}),
+              L"frame 123  none came for 0:24; Ctrl-C ends it here");
 }
 
 TEST(ProgressText, LineFitsATerminal) {
     EXPECT_LE(ProgressLine({4294967295u, 0.0011, 1e6, 99999.9}).size(), 79u);
+    EXPECT_LE(ProgressLine({4294967295u, 0.5, 1e6, 0.0, 1e6}).size(), 79u);
 }
 
 #ifdef _WIN32
