@@ -23,7 +23,7 @@ class ProgressDisplay final : public RunDisplay {
     uint64_t lastFrames_ = 0;
     double lastSeconds_ = 0.0;
     double frameSeconds_ = 0.0;  // when the last frame was there
-    size_t width_ = 0;  // of the line on the terminal
+    size_t width_ = 0;           // of the line on the terminal
 };
 
 }  // namespace tavo
