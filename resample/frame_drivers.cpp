@@ -29,22 +29,55 @@ ColumnRun ColumnsThatFit(const Frame& frame, int32_t first, int32_t end, int32_t
             static_cast<int32_t>(last - (indices + first))};
 }
 
+// The columns of the source that a block of columns is blended of.
+struct SourceColumns {
+    ptrdiff_t first;  // in bytes
+    int32_t bytes;
+
+    SourceColumns(const Frame& frame, const ColumnRun& columns)
+        : first(frame.Bytes(columns.firstIndex)),
+          bytes(static_cast<int32_t>(
+              frame.Bytes(columns.indices[columns.count - 1] + 2 - columns.firstIndex))) {}
+};
+
+// Asks for source rows before they are read, each once and in their order. The processor does so by
+// itself, but begins anew in each page of memory.
+class RowsAhead {
+  public:
+    RowsAhead(const Frame& frame, const SourceColumns& columns, const PixelOps& ops, int32_t rows)
+        : frame_(frame), columns_(columns), fetch_(ops.Fetch), rows_(rows) {}
+
+    // While destination row `y` is made.
+    void Fetch(int32_t y) {
+        constexpr int32_t kRowsAhead = 2;
+        const int32_t ahead = y + kRowsAhead;
+        if (!fetch_ || ahead >= rows_) return;
+        const int32_t last = frame_.LowerRow(ahead);
+        for (next_ = std::max(next_, frame_.UpperRow(ahead)); next_ <= last; ++next_) {
+            fetch_(frame_.SrcRow(next_) + columns_.first, columns_.bytes);
+        }
+    }
+
+  private:
+    const Frame& frame_;
+    const SourceColumns columns_;
+    void (*const fetch_)(const uint8_t* row, int32_t bytes);
+    const int32_t rows_;  // of the destination that are made
+    int32_t next_ = 0;
+};
+
 // Blends the two source rows of a destination row, then the columns of the result.
-void BlendBlockRow(const Frame& frame, const ColumnBlock& block, int32_t y, const PixelOps& ops,
-                   uint8_t* blendedRow) {
-    const ColumnRun& columns = block.plan.columns;
-    const ptrdiff_t from = frame.Bytes(columns.firstIndex);
-    const int32_t pixels = columns.indices[columns.count - 1] + 2 - columns.firstIndex;
+void BlendBlockRow(const Frame& frame, const ColumnBlock& block, const SourceColumns& source,
+                   int32_t y, const PixelOps& ops, uint8_t* blendedRow) {
     uint8_t* const dst = frame.DstRow(y) + frame.Bytes(block.first);
-    const uint8_t* const upper = frame.SrcRow(frame.UpperRow(y)) + from;
-    const uint8_t* const lower = frame.SrcRow(frame.LowerRow(y)) + from;
+    const uint8_t* const upper = frame.SrcRow(frame.UpperRow(y)) + source.first;
+    const uint8_t* const lower = frame.SrcRow(frame.LowerRow(y)) + source.first;
     const int32_t weight = frame.yMap->weights[y];
-    const int32_t bytes = pixels * frame.bytesPerPixel;
     if (ops.BlendDownAndAcross) {
-        ops.BlendDownAndAcross(dst, blendedRow, upper, lower, weight, bytes, block.plan);
+        ops.BlendDownAndAcross(dst, blendedRow, upper, lower, weight, source.bytes, block.plan);
         return;
     }
-    ops.BlendRows(blendedRow, upper, lower, weight, bytes);
+    ops.BlendRows(blendedRow, upper, lower, weight, source.bytes);
     ops.BlendColumns(dst, blendedRow, block.plan);
 }
 
@@ -136,8 +169,11 @@ void BlendInterior(const Frame& frame, Interior interior, PixelKind kind, Kernel
         block.first = first;
         block.source = columns.firstIndex;
         ops.Of(kind).PlanBlend(block.plan, columns, rowBytes);
+        const SourceColumns source(frame, columns);
+        RowsAhead rowsAhead(frame, source, ops.Of(kind), interior.rows);
         for (int32_t y = 0; y < interior.rows; ++y) {
-            BlendBlockRow(frame, block, y, ops.Of(kind), blendedRow);
+            rowsAhead.Fetch(y);
+            BlendBlockRow(frame, block, source, y, ops.Of(kind), blendedRow);
             const bool isEnd = y % kRowsAtOnce == kRowsAtOnce - 1 || y == interior.rows - 1;
             if (block.End() == end && isEnd) {
                 endRows(frame, interior, {y - y % kRowsAtOnce, y + 1});

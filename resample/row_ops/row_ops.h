@@ -62,6 +62,9 @@ struct PixelOps {
     // is the set's own affair. Null where there is no faster way than the two calls.
     void (*BlendDownAndAcross)(uint8_t* dst, uint8_t* row, const uint8_t* a, const uint8_t* b,
                                int32_t weight, int32_t bytes, const ColumnPlan& plan) = nullptr;
+
+    // Asks for bytes that will be read soon. Null where that gains nothing.
+    void (*Fetch)(const uint8_t* row, int32_t bytes) = nullptr;
 };
 
 // The bytes of packed 4:2:2. Two pixels share a group of four: a luma byte each, and two chroma

@@ -11,6 +11,7 @@ struct Avx2 {
     using Reg = __m256i;
     static constexpr int32_t kParts = 2;
     static constexpr bool kSharesWindow = false;
+    static constexpr bool kFetchesPlanes = false;
 
     static Reg Load(const uint8_t* p) {
         return _mm256_loadu_si256(reinterpret_cast<const Reg*>(p));

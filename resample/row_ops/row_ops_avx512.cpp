@@ -20,6 +20,7 @@ struct Avx512 {
     using Reg = __m512i;
     static constexpr int32_t kParts = 4;
     static constexpr bool kSharesWindow = true;
+    static constexpr bool kFetchesPlanes = true;
 
     static Reg Load(const uint8_t* p) { return _mm512_loadu_si512(p); }
     static void Store(uint8_t* p, Reg a) { _mm512_storeu_si512(p, a); }

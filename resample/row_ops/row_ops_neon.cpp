@@ -12,6 +12,7 @@ struct Neon {
     using Reg = uint8x16_t;
     static constexpr int32_t kParts = 1;
     static constexpr bool kSharesWindow = false;
+    static constexpr bool kFetchesPlanes = false;
 
     static Reg Load(const uint8_t* p) { return vld1q_u8(p); }
     static void Store(uint8_t* p, Reg a) { vst1q_u8(p, a); }

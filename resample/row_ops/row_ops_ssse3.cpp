@@ -11,6 +11,7 @@ struct Ssse3 {
     using Reg = __m128i;
     static constexpr int32_t kParts = 1;
     static constexpr bool kSharesWindow = false;
+    static constexpr bool kFetchesPlanes = false;
 
     static Reg Load(const uint8_t* p) { return _mm_loadu_si128(reinterpret_cast<const Reg*>(p)); }
     static void Store(uint8_t* p, Reg a) { _mm_storeu_si128(reinterpret_cast<Reg*>(p), a); }

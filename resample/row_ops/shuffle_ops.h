@@ -127,6 +127,11 @@ struct ShuffleOps {
         std::memcpy(dst, src, static_cast<size_t>(blocks) * 8);
     }
 
+    static void Fetch(const uint8_t* row, int32_t bytes) {
+        constexpr int32_t kCacheLine = 64;
+        for (int32_t i = 0; i < bytes; i += kCacheLine) __builtin_prefetch(row + i);
+    }
+
     static void Finish() {}
 
     template <typename Pixel>
@@ -139,6 +144,7 @@ struct ShuffleOps {
             .BlendColumnsUp = BlendByteColumns<Pixel, Rounding::Up>,
             .NearestColumns = NearestColumns<Pixel>,
             .BlendDownAndAcross = BlendBytesDownAndAcross<Pixel>,
+            .Fetch = V::kFetchesPlanes && Pixel::kSize == 1 ? Fetch : nullptr,
         };
     }
     template <HasFields Pixel>

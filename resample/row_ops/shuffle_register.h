@@ -17,6 +17,8 @@ concept ShuffleRegister = requires(typename V::Reg a, typename V::Reg b, uint8_t
     requires V::kParts == 1 || V::kParts == 2 || V::kParts == 4;
     // Whether a shuffle reaches across all parts, so that they share a window (shuffle_plan.h).
     requires V::kSharesWindow || V::kParts <= 2;
+    // Whether planes are blended so fast that it pays to ask for their rows ahead.
+    requires V::kFetchesPlanes || !V::kFetchesPlanes;
 
     // Memory at any address.
     a = V::Load(from);
