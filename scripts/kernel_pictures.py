@@ -5,8 +5,8 @@ Usage: scripts/kernel_pictures.py    (needs ImageMagick, and the program kernel_
        cmake --preset native -DTAVO_BUILD_BENCH=ON &&
        cmake --build --preset native --target kernel_picture)
 
-Each picture has the source, what the formulas by themselves would give, and what the kernel gives.
-The middle one is computed here; the last one is always made by the kernel.
+Most have the source, what the formulas by themselves would give, and what the kernel gives. The middle
+one is computed here; the last one is always made by the kernel.
 """
 
 import os
@@ -15,7 +15,10 @@ import subprocess
 import sys
 
 sys.dont_write_bytecode = True
-from kernel_drawing import *  # beside this file
+from kernel_drawing import (  # beside this file
+    FONT, OUT, TOOL, automatic_slots, axis, bilinear_plane, blend, colours, draw, draw_table, kernel, panel,
+    per_colour, scale_plane, scale_rgb24, scale_yuy2, to_rgb,
+)
 
 AUTO, BILINEAR_AUTO = 0, 2
 NEAREST, NEAREST_MMX, BILINEAR, BILINEAR_MMX, BILINEAR_SSE = 3, 4, 6, 7, 8
