@@ -3,9 +3,13 @@
 #include <windows.h>
 
 #include <algorithm>
+#include <exception>
 #include <filesystem>
 #include <new>
+#include <span>
 #include <string>
+#include <string_view>
+#include <thread>
 #include <vector>
 
 #include "host/cli/batch.h"
@@ -78,6 +82,16 @@ int Run(const std::vector<std::wstring_view>& arguments) {
     return code;
 }
 
+int RunSafely(const std::span<wchar_t* const> arguments) {
+    try {
+        return Run({arguments.begin(), arguments.end()});
+    } catch (const std::bad_alloc&) {
+        return ReportError(L"out of memory", kFailed, false);
+    } catch (const std::exception&) {
+        return ReportError(L"an unexpected error of the C++ library", kFailed, false);
+    }
+}
+
 }  // namespace
 }  // namespace tavo
 
@@ -87,11 +101,14 @@ int _dowildcard = 0;
 }
 
 int wmain(int count, wchar_t** values) {
+    // Under Wine, Ctrl-C interrupts the first thread, which hangs if it was allocating memory. So
+    // all work is done on another one.
+    int code = tavo::kFailed;
     try {
-        return tavo::Run(std::vector<std::wstring_view>(values + 1, values + count));
-    } catch (const std::bad_alloc&) {
-        return tavo::ReportError(L"out of memory", tavo::kFailed, false);
+        std::thread worker([&] { code = tavo::RunSafely({values + 1, values + count}); });
+        worker.join();
     } catch (const std::exception&) {
-        return tavo::ReportError(L"an unexpected error of the C++ library", tavo::kFailed, false);
+        return tavo::ReportError(L"a thread cannot be started", tavo::kFailed, false);
     }
+    return code;
 }

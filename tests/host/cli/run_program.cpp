@@ -69,6 +69,7 @@ RunningProgram::RunningProgram(const std::filesystem::path& program,
     if (CreateProcessW(program.c_str(), line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
                        &start, &info)) {
         process_ = info.hProcess;
+        firstThread_ = info.dwThreadId;
         CloseHandle(info.hThread);
     }
     CloseHandle(start.hStdOutput);

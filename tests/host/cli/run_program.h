@@ -32,6 +32,8 @@ class RunningProgram {
     bool Started() const { return process_ != nullptr; }
     bool HasEnded() const;
     DWORD Id() const { return GetProcessId(process_); }
+    // The identifier of the thread that it began with.
+    DWORD FirstThread() const { return firstThread_; }
 
     // Waits up to `seconds`; the default suits very slow machines. Exit code 9999 when the program
     // did not end.
@@ -39,6 +41,7 @@ class RunningProgram {
 
   private:
     HANDLE process_ = nullptr;
+    DWORD firstThread_ = 0;
     std::filesystem::path outFile_;
     std::filesystem::path errorFile_;
 };

@@ -68,6 +68,17 @@ TEST_F(VantrelPages, EndWithCtrlC) {
     EXPECT_EQ(program.Wait().exitCode, 3u);
 }
 
+// Wine interrupts the first thread for Ctrl-C, which may not draw or allocate then.
+TEST_F(VantrelPages, LeaveTheFirstThreadToCtrlC) {
+    RunningProgram program(VantrelPath(), {L"--pages", Movie(1500)});
+    const HWND frame = FindFrame(program);
+    ASSERT_NE(frame, nullptr);
+    EXPECT_NE(GetWindowThreadProcessId(frame, nullptr), program.FirstThread());
+    EXPECT_NE(GetWindowThreadProcessId(FindVideo(program), nullptr), program.FirstThread());
+    PostMessageW(frame, WM_COMMAND, IDCANCEL, 0);
+    ExpectGoodEnd(program.Wait());
+}
+
 TEST_F(VantrelPages, SettingsAreAppliedWhileTheVideoPlays) {
     // The platform reads the first and seeks in it; the program itself reads the second.
     for (const PixelFormat format : {PixelFormat::RGB24, PixelFormat::RGB565}) {
