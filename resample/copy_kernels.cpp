@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <cstdlib>
-#include <cstring>
 
 #include "resample/row_ops/row_ops.h"
 
@@ -36,13 +35,14 @@ int32_t CopyRows(uint8_t* dst, const uint8_t* src, int32_t height, int32_t strid
     return rows;
 }
 
-int32_t CopyWords(uint8_t* dst, const uint8_t* src, int32_t height, RowShape row) {
+int32_t CopyPlainRows(uint8_t* dst, const uint8_t* src, int32_t height, RowShape row) {
+    const RowOpsScope ops(KernelVariant::Portable);
+    if (height > 0 && row.bytes == row.stride) {
+        ops->CopyRow(dst, src, row.bytes * height);
+        return height;
+    }
     return CopyRows(dst, src, height, row.stride,
-                    [bytes = row.bytes](uint8_t* to, const uint8_t* from) {
-                        const int32_t words = bytes & ~3;
-                        for (int32_t i = 0; i < words; i += 4) std::memcpy(to + i, from + i, 4);
-                        for (int32_t i = words; i < bytes; ++i) to[i] = from[i];
-                    });
+                    [&](uint8_t* to, const uint8_t* from) { ops->CopyRow(to, from, row.bytes); });
 }
 
 int32_t CopyBlocks(uint8_t* dst, const uint8_t* src, int32_t height, RowShape row) {
@@ -60,7 +60,7 @@ int32_t CopyBlocks(uint8_t* dst, const uint8_t* src, int32_t height, RowShape ro
 
 TAVO_COPY_KERNEL(CopyPlane_Portable) {
     (void)bitsPerPixel;
-    return CopyWords(dst, src, height, PlaneRow(width));
+    return CopyPlainRows(dst, src, height, PlaneRow(width));
 }
 
 TAVO_COPY_KERNEL(CopyPlane_MMX) {
@@ -69,7 +69,7 @@ TAVO_COPY_KERNEL(CopyPlane_MMX) {
 }
 
 TAVO_COPY_KERNEL(CopyPacked_Portable) {
-    return CopyWords(dst, src, height, PackedRow(width, bitsPerPixel));
+    return CopyPlainRows(dst, src, height, PackedRow(width, bitsPerPixel));
 }
 
 TAVO_COPY_KERNEL(CopyPacked_MMX) {

@@ -1,5 +1,9 @@
 #include "resample/row_ops/instruction_sets.h"
 
+#ifdef TAVO_X86
+#include <cpuid.h>
+#endif
+
 namespace tavo {
 
 namespace {
@@ -15,21 +19,40 @@ bool HasSsse3() { return TAVO_HAS("ssse3"); }
 bool HasAvx2() { return TAVO_HAS("avx2"); }
 bool HasAvx512() { return TAVO_HAS("avx512bw") && TAVO_HAS("avx512vbmi"); }
 #undef TAVO_HAS
+
+// A sanitizer does not see what a string move reads and writes.
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool kSeesStringMoves = false;
+#elif defined(__has_feature)
+constexpr bool kSeesStringMoves = !__has_feature(address_sanitizer);
+#else
+constexpr bool kSeesStringMoves = true;
+#endif
+
+// Whether the processor says that it moves strings by whole cache lines.
+bool HasFastStringMoves() {
+    constexpr unsigned kFeatureLeaf = 7, kFastStringMoves = 1 << 9;
+    unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
+    return kSeesStringMoves && __get_cpuid_count(kFeatureLeaf, 0, &eax, &ebx, &ecx, &edx) != 0 &&
+           (ebx & kFastStringMoves) != 0;
+}
+#else
+bool HasFastStringMoves() { return false; }
 #endif
 
 // clang-format off
 constexpr InstructionSetInfo kSets[] = {
-//   set                        name        key         level  MMX registers  operations       can run
-    {InstructionSet::Portable, "portable", "portable", 0,     false,         kPortableRowOps, RunsAnywhere},
+//   set                        name        key         level  MMX registers  operations       with string moves              can run
+    {InstructionSet::Portable, "portable", "portable", 0,     false,         kPortableRowOps, nullptr,                       RunsAnywhere},
 #ifdef TAVO_X86
-    {InstructionSet::Mmx,      "MMX",      "mmx",      1,     true,          kMmxRowOps,      HasMmx},
-    {InstructionSet::Sse,      "SSE",      "sse",      2,     true,          kSseRowOps,      HasSse},
-    {InstructionSet::Ssse3,    "SSSE3",    "ssse3",    2,     false,         kSsse3RowOps,    HasSsse3},
-    {InstructionSet::Avx2,     "AVX2",     "avx2",     2,     false,         kAvx2RowOps,     HasAvx2},
-    {InstructionSet::Avx512,   "AVX-512",  "avx512",   2,     false,         kAvx512RowOps,   HasAvx512},
+    {InstructionSet::Mmx,      "MMX",      "mmx",      1,     true,          kMmxRowOps,      nullptr,                       HasMmx},
+    {InstructionSet::Sse,      "SSE",      "sse",      2,     true,          kSseRowOps,      nullptr,                       HasSse},
+    {InstructionSet::Ssse3,    "SSSE3",    "ssse3",    2,     false,         kSsse3RowOps,    &kSsse3RowOpsWithStringMoves,  HasSsse3},
+    {InstructionSet::Avx2,     "AVX2",     "avx2",     2,     false,         kAvx2RowOps,     &kAvx2RowOpsWithStringMoves,   HasAvx2},
+    {InstructionSet::Avx512,   "AVX-512",  "avx512",   2,     false,         kAvx512RowOps,   &kAvx512RowOpsWithStringMoves, HasAvx512},
 #endif
 #ifdef TAVO_ARM64
-    {InstructionSet::Neon,     "NEON",     "neon",     0,     false,         kNeonRowOps,     RunsAnywhere},
+    {InstructionSet::Neon,     "NEON",     "neon",     0,     false,         kNeonRowOps,     nullptr,                       RunsAnywhere},
 #endif
 };
 // clang-format on
@@ -58,7 +81,9 @@ bool CanRun(InstructionSet set) {
 void ChooseRowOps(InstructionSet set) {
     const InstructionSetInfo* info = FindInstructionSet(set);
     if (!info) info = &kSets[0];
-    SetRowOps(info->inMmxRegisters ? kPortableRowOps : info->rowOps, info->rowOps);
+    const bool movesStrings = info->withStringMoves != nullptr && HasFastStringMoves();
+    const RowOps& rowOps = movesStrings ? *info->withStringMoves : info->rowOps;
+    SetRowOps(info->inMmxRegisters ? kPortableRowOps : rowOps, rowOps);
 }
 
 }  // namespace tavo

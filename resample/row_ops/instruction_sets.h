@@ -18,7 +18,8 @@ struct InstructionSetInfo {
     int cpuLevel;         // the least processor level (cpu_level.h) that runs it
     bool inMmxRegisters;  // only kernels named for MMX or SSE may run it
     const RowOps& rowOps;
-    bool (*canRun)();  // whether this processor has it
+    const RowOps* withStringMoves;  // the same for processors whose string moves are fast, or null
+    bool (*canRun)();               // whether this processor has it
 };
 
 // Those that are part of the build, narrowest first. Portable is always the first one.

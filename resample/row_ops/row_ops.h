@@ -198,6 +198,11 @@ extern const RowOps kAvx2RowOps;
 extern const RowOps kAvx512RowOps;
 extern const RowOps kNeonRowOps;
 
+// The same sets, but long rows are copied by string moves (string_moves.h).
+extern const RowOps kSsse3RowOpsWithStringMoves;
+extern const RowOps kAvx2RowOpsWithStringMoves;
+extern const RowOps kAvx512RowOpsWithStringMoves;
+
 // Calls Finish on every way out of a kernel.
 class RowOpsScope {
   public:

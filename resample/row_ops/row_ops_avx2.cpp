@@ -3,6 +3,7 @@
 #include <immintrin.h>
 
 #include "resample/row_ops/shuffle_ops.h"
+#include "resample/row_ops/string_moves.h"
 
 namespace tavo {
 namespace {
@@ -91,5 +92,6 @@ struct Avx2 {
 }  // namespace
 
 const RowOps kAvx2RowOps = kShuffleRowOps<Avx2>;
+const RowOps kAvx2RowOpsWithStringMoves = kRowOpsWithStringMoves<kShuffleRowOps<Avx2>>;
 
 }  // namespace tavo

@@ -4,6 +4,7 @@
 #include <immintrin.h>
 
 #include "resample/row_ops/shuffle_ops.h"
+#include "resample/row_ops/string_moves.h"
 
 namespace tavo {
 namespace {
@@ -90,5 +91,6 @@ struct Avx512 {
 }  // namespace
 
 const RowOps kAvx512RowOps = kShuffleRowOps<Avx512>;
+const RowOps kAvx512RowOpsWithStringMoves = kRowOpsWithStringMoves<kShuffleRowOps<Avx512>>;
 
 }  // namespace tavo

@@ -3,6 +3,7 @@
 #include <tmmintrin.h>
 
 #include "resample/row_ops/shuffle_ops.h"
+#include "resample/row_ops/string_moves.h"
 
 namespace tavo {
 namespace {
@@ -76,5 +77,6 @@ struct Ssse3 {
 }  // namespace
 
 const RowOps kSsse3RowOps = kShuffleRowOps<Ssse3>;
+const RowOps kSsse3RowOpsWithStringMoves = kRowOpsWithStringMoves<kShuffleRowOps<Ssse3>>;
 
 }  // namespace tavo

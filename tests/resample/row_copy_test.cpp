@@ -1,0 +1,93 @@
+// The copies of rows in every instruction set, with string moves and without: all bytes, and none
+// besides.
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "resample/row_ops/instruction_sets.h"
+#include "tests/resample/support/test_data.h"
+#include "tests/support/guarded_buffer.h"
+
+namespace tavo::test {
+namespace {
+
+// Around a block, the registers, and where string moves begin; then a row of 4K, and a picture.
+std::vector<int32_t> Lengths() {
+    std::vector<int32_t> lengths = {11520, 100'001};
+    for (const auto& [first, last] : {std::pair{1, 200}, {2500, 2620}}) {
+        for (int32_t length = first; length <= last; ++length) lengths.push_back(length);
+    }
+    return lengths;
+}
+
+struct RowCopies {
+    std::string name;
+    const RowOps* ops;
+};
+
+std::vector<RowCopies> AllRowCopies() {
+    std::vector<RowCopies> all;
+    for (const InstructionSetInfo& info : InstructionSets()) {
+        if (!info.canRun()) continue;
+        all.push_back({info.name, &info.rowOps});
+        if (info.withStringMoves != nullptr) {
+            all.push_back({std::string(info.name) + " with string moves", info.withStringMoves});
+        }
+    }
+    return all;
+}
+
+template <typename Copy>
+void ExpectCopies(int32_t length, BufferGuard guard, Copy copy) {
+    static GuardedBuffer source, target;
+    const auto size = static_cast<size_t>(length);
+    const std::vector<uint8_t> bytes = MakeBytes(Pattern::Random, length, 1, size);
+    std::memcpy(source.Place(size, guard, 0), bytes.data(), size);
+    uint8_t* const to = target.Place(size, guard, 0xa7);
+    copy(to, source.data());
+    ASSERT_EQ(std::memcmp(to, bytes.data(), size), 0) << length;
+    ASSERT_TRUE(target.Intact()) << length;
+}
+
+constexpr BufferGuard kGuards[] = {BufferGuard::kPageAfter, BufferGuard::kPageBefore};
+
+TEST(RowCopies, MoveEveryByteOfARow) {
+    for (const RowCopies& copies : AllRowCopies()) {
+        SCOPED_TRACE(copies.name);
+        SetCurrentTrial(copies.name.c_str());
+        for (const int32_t length : Lengths()) {
+            for (const BufferGuard guard : kGuards) {
+                ExpectCopies(length, guard, [&](uint8_t* to, const uint8_t* from) {
+                    copies.ops->CopyRow(to, from, length);
+                    copies.ops->Finish();
+                });
+                if (HasFatalFailure()) return;
+            }
+        }
+    }
+}
+
+TEST(RowCopies, MoveEveryBlock) {
+    for (const RowCopies& copies : AllRowCopies()) {
+        SCOPED_TRACE(copies.name);
+        SetCurrentTrial(copies.name.c_str());
+        for (const int32_t length : Lengths()) {
+            const int32_t blocks = length / 8;
+            if (blocks == 0) continue;
+            for (const BufferGuard guard : kGuards) {
+                ExpectCopies(blocks * 8, guard, [&](uint8_t* to, const uint8_t* from) {
+                    copies.ops->CopyBlocks(to, from, blocks);
+                    copies.ops->Finish();
+                });
+                if (HasFatalFailure()) return;
+            }
+        }
+    }
+}
+
+}  // namespace
+}  // namespace tavo::test
