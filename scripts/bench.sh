@@ -58,7 +58,8 @@ MISSED below.
 Where only the height changes, and where pixels are only moved, all run at the memory limit: ratios near
 1 are ties there, and small differences fall on either side from run to run. Where both axes change the
 time goes into computing, the more so when a picture fits the caches: there a small multiple of the
-memory limit is out of reach of every blend that was tried.
+memory limit is out of reach of every blend that was tried. The last column of the means is what the memory
+limit itself would reach, a scaler that computes nothing.
 
 What a frame costs at common sizes stands behind the means. I420 stands for all planar formats with
 chroma of half the width and height; its three planes are counted.

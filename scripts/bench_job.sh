@@ -1,25 +1,29 @@
 #!/usr/bin/env bash
 # Measures the whole job of vantrel beside FFmpeg's: a 1080p film of a minute is decoded, scaled to
 # 720p, bilinear, and written as an uncompressed AVI. Both take turns; ratios are of medians.
-# Usage: scripts/bench_job.sh [--preset win32|win64] [--rounds N] [--seconds N] [--against EXE] [VIDEO]
+# Usage: scripts/bench_job.sh [--preset win32|win64] [--rounds N] [--seconds N] [--ffmpeg PROGRAM]
+#                             [--against EXE] [VIDEO]
 #   --preset    which build of vantrel (default win32)
+#   --ffmpeg    another FFmpeg than the system's, for instance a 32-bit one: decoders are slower in 32 bits
 #   --against   another vantrel.exe, with its module beside it, that takes turns too
 #   VIDEO       scaled to 1080p first (default: a clip of a pedestrian street)
 
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-preset=win32 rounds=5 length=60 against= video=()
+preset=win32 rounds=5 length=60 ffmpeg=ffmpeg against= video=()
 while [ $# -gt 0 ]; do
     case $1 in
         --preset) preset=${2:?} && shift ;;
         --rounds) rounds=${2:?} && shift ;;
         --seconds) length=${2:?} && shift ;;
+        --ffmpeg) ffmpeg=${2:?} && shift ;;
         --against) against=${2:?} && shift ;;
         -*) die "there is no option $1" ;;
         *) video=("$1") ;;
     esac
     shift
 done
+command -v "$ffmpeg" >/dev/null || [ "$ffmpeg" = ffmpeg ] || die "there is no program $ffmpeg"
 case $preset in win32 | win64) ;; *) die "--preset is win32 or win64, not $preset" ;; esac
 [[ $rounds =~ ^[1-9][0-9]*$ && $length =~ ^[1-9][0-9]*$ ]] || die "--rounds and --seconds want a number"
 
@@ -45,9 +49,9 @@ ffmpeg -v error -y -i "$source" -t 1 -c copy "$short" || die "$source cannot be 
 # job CONTESTANT SOURCE: sets command to what the contestant does.
 job() {
     case $1 in
-        ffmpeg) command=(ffmpeg -v error -y -threads "$(nproc)" -i "$2" -pix_fmt yuv420p
+        ffmpeg) command=("$ffmpeg" -v error -y -threads "$(nproc)" -i "$2" -pix_fmt yuv420p
             -vf scale=1280:720:flags=bilinear -c:v rawvideo "$out/ffmpeg.avi") ;;
-        decoding) command=(ffmpeg -v error -y -threads "$(nproc)" -i "$2" -f null -) ;;
+        decoding) command=("$ffmpeg" -v error -y -threads "$(nproc)" -i "$2" -f null -) ;;
         vantrel) run_vantrel "$root/build/$preset/bin/vantrel.exe" "$2" vantrel.avi ;;
         against) run_vantrel "$against" "$2" against.avi ;;
     esac

@@ -31,6 +31,11 @@ double CaseResult::Ratio(Build build) const {
     return best && ours[build] > 0 ? best->nanoseconds / ours[build] : 0;
 }
 
+double CaseResult::MemoryRatio() const {
+    const PeerTime* const best = Best();
+    return best && memory > 0 ? best->nanoseconds / memory : 0;
+}
+
 double CaseResult::TimeToMemory(Build build) const { return memory > 0 ? ours[build] / memory : 0; }
 
 double Results::GeometricMean(const std::vector<double>& values) {

@@ -37,6 +37,8 @@ struct CaseResult {
 
     // How many times faster than the best peer.
     double Ratio(Build build) const;
+    // The same of the memory limit.
+    double MemoryRatio() const;
     // Time as a multiple of the memory limit's.
     double TimeToMemory(Build build) const;
 };
@@ -49,9 +51,20 @@ struct Results {
     // Geometric mean of the ratios that were measured, of the cases that are chosen; 0 if none was.
     template <typename Choose>
     double MeanRatio(Build build, Choose choose) const {
+        return MeanOf([&](const CaseResult& result) { return result.Ratio(build); }, choose);
+    }
+    // The same of the memory limit.
+    template <typename Choose>
+    double MeanMemoryRatio(Choose choose) const {
+        return MeanOf([](const CaseResult& result) { return result.MemoryRatio(); }, choose);
+    }
+
+  private:
+    template <typename Ratio, typename Choose>
+    double MeanOf(Ratio ratio, Choose choose) const {
         std::vector<double> ratios;
         for (const CaseResult& result : cases) {
-            if (choose(result.work)) ratios.push_back(result.Ratio(build));
+            if (choose(result.work)) ratios.push_back(ratio(result));
         }
         return GeometricMean(ratios);
     }

@@ -25,7 +25,7 @@ std::string Means(const Results& results) {
         Format("Times faster than the best peer, %s: geometric means\nmethod    axes     family ",
                NameOf(results.caches));
     for (const char* const name : kBuildNames) text += Format(" %12s", name);
-    text += '\n';
+    text += Format(" %12s\n", "memory limit");
     const auto line = [&](Method method, const char* mode, const char* family, auto choose) {
         std::string means;
         bool isMeasured = false;
@@ -34,8 +34,10 @@ std::string Means(const Results& results) {
             means += Format(" %12s", Number(mean, "%.2f").c_str());
             isMeasured = isMeasured || mean > 0;
         }
-        if (isMeasured)
-            text += Format("%-9s %-8s %-7s", NameOf(method), mode, family) + means + '\n';
+        if (!isMeasured) return;
+        const double limit = results.MeanMemoryRatio(choose);
+        text += Format("%-9s %-8s %-7s", NameOf(method), mode, family) + means +
+                Format(" %12s\n", Number(limit, "%.2f").c_str());
     };
     for (const Method method : {Method::Bilinear, Method::Nearest}) {
         for (const AxisMode mode : {AxisMode::Both, AxisMode::Width, AxisMode::Height}) {
