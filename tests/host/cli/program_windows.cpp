@@ -12,6 +12,9 @@ namespace {
 
 const UnmanagedWindows unmanaged(L"vantrel.exe");
 
+// Room for the largest video that is looked at, with its frame.
+constexpr SIZE kCorner = {450, 250};
+
 struct WindowSearch {
     DWORD process;
     bool dialog;  // else the window of the video
@@ -51,7 +54,14 @@ BOOL CALLBACK FindControl(HWND window, LPARAM target) {
 }  // namespace
 
 HWND FindFrame(const RunningProgram& program) { return Find(program, true); }
-HWND FindVideo(const RunningProgram& program) { return Find(program, false); }
+
+HWND FindVideo(const RunningProgram& program) {
+    const HWND video = Find(program, false);
+    SetWindowPos(video, nullptr, GetSystemMetrics(SM_CXSCREEN) - kCorner.cx,
+                 GetSystemMetrics(SM_CYSCREEN) - kCorner.cy, 0, 0,
+                 SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
+    return video;
+}
 
 HWND ControlWithin(HWND frame, int id) {
     std::pair<int, HWND> search = {id, nullptr};

@@ -25,6 +25,8 @@ bool WaitFor(Condition condition) {
 
 // Null when the program ends before it has one.
 HWND FindFrame(const RunningProgram& program);
+// Puts it in a corner of the screen, where no console of another test covers it: what is covered
+// cannot be looked at.
 HWND FindVideo(const RunningProgram& program);
 
 HWND ControlWithin(HWND frame, int id);
