@@ -137,7 +137,7 @@ bool Conversion::Scale(FrameSpan output, FrameSpan source, int32_t scaleMethod) 
     if (!hasRoom && !spillOutput_) return false;
     uint8_t* const target = hasRoom ? output.data : spillOutput_.Data();
     ScalePicture(currentKernel_, target, source.data);
-    if (!hasRoom) std::memcpy(output.data, target, outputBytes_);
+    if (!hasRoom) CopyBytes(output.data, target, outputBytes_);
     return true;
 }
 
@@ -212,9 +212,9 @@ bool Conversion::Copy(FrameSpan output, FrameSpan source, int32_t slot) {
         return true;
     }
     if (!spillSource_ || !spillOutput_) return false;
-    std::memcpy(spillSource_.Data(), source.data, sourceBytes_);
+    CopyBytes(spillSource_.Data(), source.data, sourceBytes_);
     CopyPicture(spillOutput_.Data(), spillSource_.Data(), slot);
-    std::memcpy(output.data, spillOutput_.Data(), outputBytes_);
+    CopyBytes(output.data, spillOutput_.Data(), outputBytes_);
     return true;
 }
 
@@ -235,7 +235,7 @@ void Conversion::CopyOutput(FrameSpan to, FrameSpan from) const {
     if (IsPitched(output_)) {
         CopyPixels(to.data, output_, from.data, output_, RowOrder::Kept);
     } else {
-        std::memcpy(to.data, from.data, std::min(to.size, from.size));
+        CopyBytes(to.data, from.data, std::min(to.size, from.size));
     }
 }
 

@@ -2,6 +2,7 @@
 
 #include "resample/copy_kernels.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdlib>
 
@@ -74,6 +75,16 @@ TAVO_COPY_KERNEL(CopyPacked_Portable) {
 
 TAVO_COPY_KERNEL(CopyPacked_MMX) {
     return CopyBlocks(dst, src, height, PackedRow(width, bitsPerPixel));
+}
+
+void CopyBytes(uint8_t* dst, const uint8_t* src, size_t bytes) {
+    const RowOpsScope ops(KernelVariant::Portable);
+    constexpr size_t kMostAtOnce = 1 << 30;
+    for (size_t done = 0; done < bytes;) {
+        const size_t part = std::min(bytes - done, kMostAtOnce);
+        ops->CopyRow(dst + done, src + done, static_cast<int32_t>(part));
+        done += part;
+    }
 }
 
 }  // namespace tavo

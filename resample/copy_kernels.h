@@ -6,6 +6,9 @@
 
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "resample/scale_kernel.h"
 
 namespace tavo {
@@ -17,5 +20,8 @@ TAVO_COPY_KERNEL(CopyPlane_MMX);
 // Rows of width * bitsPerPixel / 8 bytes, padded to a multiple of four.
 TAVO_COPY_KERNEL(CopyPacked_Portable);
 TAVO_COPY_KERNEL(CopyPacked_MMX);
+
+// Bytes of any meaning, in the fastest way of this processor. `dst` must not overlap them.
+void CopyBytes(uint8_t* dst, const uint8_t* src, size_t bytes);
 
 }  // namespace tavo

@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "resample/copy_kernels.h"
 #include "resample/row_ops/instruction_sets.h"
 #include "tests/resample/support/test_data.h"
 #include "tests/support/guarded_buffer.h"
@@ -85,6 +86,24 @@ TEST(RowCopies, MoveEveryBlock) {
                 });
                 if (HasFatalFailure()) return;
             }
+        }
+    }
+}
+
+TEST(RowCopies, MoveBytesInTheWayThatIsChosen) {
+    ExpectCopies(1, BufferGuard::kPageAfter, [](uint8_t* to, const uint8_t* from) {
+        CopyBytes(nullptr, nullptr, 0);
+        CopyBytes(to, from, 1);
+    });
+    for (const InstructionSetInfo& info : InstructionSets()) {
+        if (!info.canRun()) continue;
+        SCOPED_TRACE(info.name);
+        ChooseRowOps(info.set);
+        for (const int32_t length : Lengths()) {
+            ExpectCopies(length, BufferGuard::kPageAfter, [&](uint8_t* to, const uint8_t* from) {
+                CopyBytes(to, from, static_cast<size_t>(length));
+            });
+            if (HasFatalFailure()) return;
         }
     }
 }
