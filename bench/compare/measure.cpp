@@ -60,12 +60,13 @@ void AddWays(std::vector<Contestant>& contestants, const Peer& peer, size_t inde
     try {
         for (Way& way : peer.waysFor(work)) {
             const std::string setting = way.setting + suffix;
-            contestants.push_back({RoundsOf(std::move(way.run)),
-                                   [index, setting](CaseResult& result, double nanoseconds) {
-                                       result.peers.push_back({index, setting, nanoseconds});
-                                   },
-                                   {},
-                                   {}});
+            contestants.push_back(
+                {RoundsOf(std::move(way.run)),
+                 [index, setting, takesAvx512 = way.takesAvx512](CaseResult& result, double time) {
+                     result.peers.push_back({index, setting, time, takesAvx512});
+                 },
+                 {},
+                 {}});
         }
     } catch (const std::exception& failure) {
         std::fprintf(stderr, "%s: %s\n", TextOf(work).c_str(), failure.what());

@@ -22,12 +22,13 @@ const PeerTime* CaseResult::BestOf(size_t peer) const {
     return Fastest(peers, [peer](const PeerTime& time) { return time.peer == peer; });
 }
 
-const PeerTime* CaseResult::Best() const {
-    return Fastest(peers, [](const PeerTime&) { return true; });
+const PeerTime* CaseResult::Best(Build build) const {
+    const bool isHeld = build >= Avx2Build64;
+    return Fastest(peers, [isHeld](const PeerTime& time) { return !isHeld || !time.takesAvx512; });
 }
 
 double CaseResult::Ratio(Build build) const {
-    const PeerTime* const best = Best();
+    const PeerTime* const best = Best(build);
     return best && ours[build] > 0 ? best->nanoseconds / ours[build] : 0;
 }
 

@@ -23,6 +23,7 @@ struct PeerTime {
     size_t peer;  // index into Run::peerNames
     std::string setting;
     double nanoseconds;
+    bool takesAvx512;  // because it is told to (peer.h)
 };
 
 struct CaseResult {
@@ -31,9 +32,10 @@ struct CaseResult {
     double memory = 0;
     std::vector<PeerTime> peers;
 
-    // The fastest way of one peer, or of all of them; null where there is none.
+    // The fastest way of one peer, or of all of them; null where there is none. A build that is
+    // held to a set without AVX-512 meets no peer that is told to take it.
     const PeerTime* BestOf(size_t peer) const;
-    const PeerTime* Best() const;
+    const PeerTime* Best(Build build = Build64) const;
 
     // How many times faster than the best peer.
     double Ratio(Build build) const;

@@ -16,6 +16,8 @@ namespace tavo::bench {
 struct Way {
     std::string setting;
     std::function<void()> run;
+    // By a setting of the user's. All else that a library takes is what it finds on the processor.
+    bool takesAvx512 = false;
 };
 
 struct Peer {

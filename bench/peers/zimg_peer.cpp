@@ -81,7 +81,8 @@ class Job {
 };
 
 Way WayFor(const Case& work, const char* name, zimg_pixel_type_e type, zimg_cpu_type_e cpu) {
-    return {name, [job = std::make_shared<Job>(work, type, cpu)] { (*job)(); }};
+    return {name, [job = std::make_shared<Job>(work, type, cpu)] { (*job)(); },
+            cpu == ZIMG_CPU_AUTO_64B};
 }
 
 std::vector<Way> WaysFor(const Case& work) {
