@@ -47,11 +47,11 @@ machine, or another hour on a busy one, gives others. All contestants take turns
 of about two milliseconds each, cold and hot, and the medians of the rounds are compared; the clock is the
 processor time of the thread. The method is AUTO, or "Nearest Neighbor AUTO". Each library is there
 with its fastest way, which the last column names, and always as the distribution's 64-bit package,
-beside our 32-bit build too. Libraries take what they find on the processor, also where ours are held to a smaller
-set; only zimg has to be told to take AVX-512, and is told so beside "64-bit" and "32-bit" alone. They do not all compute the same: libyuv, OpenCV and the "fast bilinear"
-of swscale take two samples on each axis, as the kernels here do; the "bilinear" of swscale and zimg
-take more when they reduce, which is slower and smoother. "On bytes" is a scaler of planes, applied
-to rows whose width stays.
+beside our 32-bit build too. Libraries take what they find on the processor, also where ours are held to a
+smaller set; only zimg has to be told to take AVX-512, and is told so beside "64-bit" and "32-bit" alone.
+They do not all compute the same: libyuv, OpenCV and the "fast bilinear" of swscale take two samples on
+each axis, as the kernels here do; the "bilinear" of swscale and zimg take more when they reduce, which is
+slower and smoother. "On bytes" is a scaler of planes, applied to rows whose width stays.
 
 Of the goals that the kernels are held to, $demands are reached in this run; the others are marked
 MISSED below.

@@ -20,20 +20,20 @@ bool HasAvx2() { return TAVO_HAS("avx2"); }
 bool HasAvx512() { return TAVO_HAS("avx512bw") && TAVO_HAS("avx512vbmi"); }
 #undef TAVO_HAS
 
-// A sanitizer does not see what a string move reads and writes.
+// Not where an address sanitizer runs, which does not see what a string move reads and writes.
 #if defined(__SANITIZE_ADDRESS__)
-constexpr bool kSeesStringMoves = false;
+constexpr bool kMayMoveStrings = false;
 #elif defined(__has_feature)
-constexpr bool kSeesStringMoves = !__has_feature(address_sanitizer);
+constexpr bool kMayMoveStrings = !__has_feature(address_sanitizer);
 #else
-constexpr bool kSeesStringMoves = true;
+constexpr bool kMayMoveStrings = true;
 #endif
 
 // Whether the processor says that it moves strings by whole cache lines.
 bool HasFastStringMoves() {
     constexpr unsigned kFeatureLeaf = 7, kFastStringMoves = 1 << 9;
     unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
-    return kSeesStringMoves && __get_cpuid_count(kFeatureLeaf, 0, &eax, &ebx, &ecx, &edx) != 0 &&
+    return kMayMoveStrings && __get_cpuid_count(kFeatureLeaf, 0, &eax, &ebx, &ecx, &edx) != 0 &&
            (ebx & kFastStringMoves) != 0;
 }
 #else
